@@ -1,0 +1,227 @@
+#include "platform/SettingsStore.h"
+
+#include "platform/EventLoop.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStringConverter>
+#include <QTextStream>
+
+#include <memory>
+#include <unistd.h>
+
+namespace tv {
+
+SettingsStore::SettingsStore(QString path, EventLoop* loop)
+    : path_(std::move(path)), loop_(loop), alive_(std::make_shared<bool>(true)) {
+    load();
+}
+
+SettingsStore::~SettingsStore() {
+    *alive_ = false;
+    flush();
+}
+
+QString SettingsStore::escapeValue(const QString& v) {
+    QString out;
+    out.reserve(v.size());
+    for (QChar c : v) {
+        if (c == QLatin1Char('\\'))
+            out += QLatin1String("\\\\");
+        else if (c == QLatin1Char('\n'))
+            out += QLatin1String("\\n");
+        else if (c == QLatin1Char('\r'))
+            out += QLatin1String("\\r");
+        else if (c == QChar(0))
+            out += QLatin1String("\\0");
+        else
+            out += c;
+    }
+    return out;
+}
+
+QString SettingsStore::unescapeValue(const QString& v) {
+    QString out;
+    out.reserve(v.size());
+    for (int i = 0; i < v.size(); ++i) {
+        QChar c = v[i];
+        if (c != QLatin1Char('\\') || i + 1 >= v.size()) {
+            out += c;
+            continue;
+        }
+        QChar n = v[++i];
+        if (n == QLatin1Char('n'))
+            out += QLatin1Char('\n');
+        else if (n == QLatin1Char('r'))
+            out += QLatin1Char('\r');
+        else if (n == QLatin1Char('0'))
+            out += QChar(0);
+        else
+            out += n;  // "\\" and any unknown escape stand for the character itself
+    }
+    return out;
+}
+
+void SettingsStore::load() {
+    QFile f(path_);
+    if (!f.exists()) return;
+    if (!f.open(QIODevice::ReadOnly)) {
+        loadProblem_ = QStringLiteral("cannot read %1: %2").arg(path_, f.errorString());
+        keepCorruptCopy_ = true;
+        return;
+    }
+    const QByteArray raw = f.readAll();
+    auto toUtf16 = QStringDecoder(QStringDecoder::Utf8);
+    const QString text = toUtf16(raw);
+    int bad = 0;
+    if (toUtf16.hasError()) ++bad;
+    Section* current = nullptr;
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    for (QString line : lines) {
+        if (line.endsWith(QLatin1Char('\r'))) line.chop(1);
+        const QString t = line.trimmed();
+        if (t.isEmpty() || t.startsWith(QLatin1Char(';')) || t.startsWith(QLatin1Char('#'))) continue;
+        if (t.startsWith(QLatin1Char('['))) {
+            if (!t.endsWith(QLatin1Char(']')) || t.size() < 3) {
+                ++bad;
+                current = nullptr;
+                continue;
+            }
+            const QString name = t.mid(1, t.size() - 2).trimmed();
+            current = findSection(name);
+            if (!current) {
+                sections_.push_back({name, {}});
+                current = &sections_.back();
+            }
+            continue;
+        }
+        const int eq = line.indexOf(QLatin1Char('='));
+        const QString key = eq > 0 ? line.left(eq).trimmed() : QString();
+        if (!current || key.isEmpty() || line.contains(QChar(0))) {
+            ++bad;
+            continue;
+        }
+        const QString value = unescapeValue(line.mid(eq + 1));
+        bool found = false;
+        for (auto& e : current->entries)
+            if (e.key.compare(key, Qt::CaseInsensitive) == 0) {
+                e.value = value;  // a later line of the same key wins, as it would in any INI reader
+                found = true;
+            }
+        if (!found) current->entries.push_back({key, value});
+    }
+    if (bad > 0) {
+        loadProblem_ = QStringLiteral("%1 line(s) of %2 could not be read and were skipped").arg(bad).arg(path_);
+        keepCorruptCopy_ = true;
+    }
+}
+
+SettingsStore::Section* SettingsStore::findSection(const QString& name) {
+    for (auto& s : sections_)
+        if (s.name.compare(name, Qt::CaseInsensitive) == 0) return &s;
+    return nullptr;
+}
+
+const SettingsStore::Section* SettingsStore::findSection(const QString& name) const {
+    return const_cast<SettingsStore*>(this)->findSection(name);
+}
+
+QString SettingsStore::GetSetting(const QString& section, const QString& key, const QString& defaultValue) const {
+    if (const Section* s = findSection(section))
+        for (const auto& e : s->entries)
+            if (e.key.compare(key, Qt::CaseInsensitive) == 0) return e.value;
+    return defaultValue;
+}
+
+bool SettingsStore::contains(const QString& section, const QString& key) const {
+    if (const Section* s = findSection(section))
+        for (const auto& e : s->entries)
+            if (e.key.compare(key, Qt::CaseInsensitive) == 0) return true;
+    return false;
+}
+
+QStringList SettingsStore::keys(const QString& section) const {
+    QStringList out;
+    if (const Section* s = findSection(section))
+        for (const auto& e : s->entries) out << e.key;
+    return out;
+}
+
+void SettingsStore::SaveSetting(const QString& section, const QString& key, const QString& value) {
+    Section* s = findSection(section);
+    if (!s) {
+        sections_.push_back({section, {}});
+        s = &sections_.back();
+    }
+    for (auto& e : s->entries)
+        if (e.key.compare(key, Qt::CaseInsensitive) == 0) {
+            if (e.value == value) return;
+            e.value = value;
+            scheduleFlush();
+            return;
+        }
+    s->entries.push_back({key, value});
+    scheduleFlush();
+}
+
+void SettingsStore::DeleteSetting(const QString& section, const QString& key) {
+    Section* s = findSection(section);
+    if (!s) return;
+    const auto before = s->entries.size();
+    s->entries.erase(std::remove_if(s->entries.begin(), s->entries.end(),
+                                    [&](const Entry& e) { return e.key.compare(key, Qt::CaseInsensitive) == 0; }),
+                     s->entries.end());
+    if (s->entries.size() != before) scheduleFlush();
+}
+
+void SettingsStore::scheduleFlush() {
+    dirty_ = true;
+    if (!loop_) {
+        flush();
+        return;
+    }
+    if (flushPosted_) return;
+    flushPosted_ = true;
+    std::weak_ptr<bool> alive = alive_;
+    loop_->post([this, alive] {
+        auto a = alive.lock();
+        if (!a || !*a) return;
+        flushPosted_ = false;
+        flush();
+    });
+}
+
+bool SettingsStore::flush() {
+    if (!dirty_) return true;
+    QFileInfo info(path_);
+    QDir().mkpath(info.absolutePath());
+    if (keepCorruptCopy_ && info.exists()) {
+        // Keep what we could not read, so that nothing the operator had is lost by our rewrite.
+        const QString copy = path_ + QStringLiteral(".corrupt");
+        QFile::remove(copy);
+        QFile::copy(path_, copy);
+    }
+    keepCorruptCopy_ = false;
+    QString text;
+    for (const auto& s : sections_) {
+        if (s.entries.empty()) continue;
+        text += QLatin1Char('[') + s.name + QLatin1String("]\n");
+        for (const auto& e : s.entries) text += e.key + QLatin1Char('=') + escapeValue(e.value) + QLatin1Char('\n');
+        text += QLatin1Char('\n');
+    }
+    QSaveFile f(path_);
+    bool ok = f.open(QIODevice::WriteOnly);
+    if (ok) ok = f.write(text.toUtf8()) >= 0;
+    if (ok) ok = ::fsync(f.handle()) == 0 || true;  // fsync may be unsupported (tmpfs); the rename still is atomic
+    if (ok) ok = f.commit();
+    if (!ok) {
+        if (onWriteFailure) onWriteFailure(QStringLiteral("cannot write %1: %2").arg(path_, f.errorString()));
+        return false;
+    }
+    dirty_ = false;
+    return true;
+}
+
+}  // namespace tv

@@ -11,8 +11,9 @@
 namespace tv {
 
 // A restartable timer on the loop's thread. Like a form timer: an interval in milliseconds and an
-// enabled switch; enabling (or changing the interval of an enabled timer) restarts the count, so the
-// next tick comes one full interval later. An interval of 0 never ticks.
+// enabled switch. Enabling a disabled timer, or changing the interval of an enabled one, restarts the
+// count, so the next tick comes one full interval later; enabling an enabled timer changes nothing
+// (a stream of "make sure it runs" calls must not postpone its tick). An interval of 0 never ticks.
 class LoopTimer {
 public:
     virtual ~LoopTimer() = default;

@@ -21,6 +21,7 @@ public:
     }
     int interval() const override { return interval_; }
     void setEnabled(bool on) override {
+        if (on == enabled_) return;
         enabled_ = on;
         if (on)
             restart();

@@ -1,0 +1,156 @@
+#include "app/Program.h"
+
+#include "platform/Dialogs.h"
+#include "platform/EventLoop.h"
+#include "services/Errors.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+namespace tv {
+
+namespace {
+const QString kGeneral = QStringLiteral("General");
+// Long enough for the suite link's reply to "shutdown" to leave before the program goes.
+constexpr int kShutdownDelayMs = 100;
+
+AppInfo makeInfo(const ProgramPaths& p) {
+    AppInfo info;
+    info.title = QStringLiteral("Tolvane");
+    info.major = TOLVANE_VERSION_MAJOR;
+    info.minor = TOLVANE_VERSION_MINOR;
+    info.revision = TOLVANE_VERSION_PATCH;
+    info.appPath = p.appDir;
+    info.exeName = p.exeName;
+    info.logDir = p.configDir;
+    return info;
+}
+}  // namespace
+
+QString defaultConfigDir() {
+    QString base = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    if (base.isEmpty()) base = QDir::homePath() + QStringLiteral("/.config");
+    return base + QStringLiteral("/Tolvane");
+}
+
+QString defaultAppDir(const QString& exeDir) {
+    const QStringList candidates = {exeDir, exeDir + QStringLiteral("/../share/tolvane"),
+                                    QStringLiteral("/usr/local/share/tolvane"), QStringLiteral("/usr/share/tolvane")};
+    for (const QString& c : candidates)
+        if (QFileInfo::exists(c + QStringLiteral("/Radios.txt"))) return QDir(c).absolutePath();
+    return exeDir;
+}
+
+Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFactory serialFactory)
+    : loop(l),
+      settings((QDir().mkpath(paths.configDir), paths.configDir + QStringLiteral("/Tolvane.ini")), &l),
+      common(l, settings, dialogs, makeInfo(paths)),
+      main(l),
+      config(l),
+      messages(l),
+      comm(common, std::move(serialFactory)),
+      module(common, main, config, messages, comm) {
+    setErrorReporter([this](int number, const QString& label, const QString& description) {
+        common.ReportError(number, label, description);
+    });
+    settings.onWriteFailure = [this](const QString& why) { common.LogLine(QStringLiteral("Settings: ") + why); };
+    common.onLogStarted = [this] { module.ErrorLogExists(); };
+    for (Form* f : std::initializer_list<Form*>{&main, &config, &messages}) common.registerForm(f);
+    main.ClockTimer.TimerEvent = [this] { module.UpdateCaption(); };
+    main.ShutdownTimer.TimerEvent = [this] {
+        main.ShutdownTimer.setEnabled(false);
+        FormUnload();
+    };
+    main.ShutdownTimer.setInterval(kShutdownDelayMs);
+    comm.onData = [this] { module.HandleIncomingChar(QByteArray()); };
+}
+
+Program::~Program() {
+    FormUnload();
+    setErrorReporter({});
+}
+
+void Program::loadConfigForm() {
+    common.LogLine(QStringLiteral("KavConfig.Form_Load"));
+    common.RestoreWindowPosition(config);
+    const QString browser = settings.GetSetting(kGeneral, QStringLiteral("BrowserPathname"), QString());
+    config.BrowserPathname.setText(browser);
+    common.SetBrowserPathname(browser);
+    config.DualMonitorCheck.setChecked(common.dualMonitor());
+    common.LogLine(QStringLiteral("KavConfig.Form_Load complete"));
+}
+
+bool Program::FormLoad() {
+    if (loaded_) return true;
+    loaded_ = true;
+    bool ok = true;
+    Guard("KavMain.Form_load", [&] {
+        // 1-2.
+        common.Initialize();
+        module.ClearErrorLogFlag();
+        // 3.
+        const bool debug = settings.GetSetting(kGeneral, QStringLiteral("Debug"), QStringLiteral("0")).trimmed() ==
+                           QLatin1String("1");
+        config.DebugCheck.setChecked(debug);
+        common.SetDebug(debug);
+        // 4.
+        main.ShutdownTimer.setEnabled(false);
+        main.OriginalFormHeight.setCaption(QString::number(main.height()));
+        // 5.
+        loadConfigForm();
+        comm.InitializePort();
+        // 6.
+        common.LogLine(QStringLiteral("KavMain.Form_load: forms loaded"));
+        // 7.
+        module.Initialize();
+        if (module.terminateRequested()) {
+            // Without a catalogue the program ends at once; there is nothing to save yet.
+            ok = false;
+            unloaded_ = true;
+            return;
+        }
+        common.LogLine(QStringLiteral("KavMain.Form_load: KavModule intialized"));
+        // 8.
+        callHook(module.hooks.DDEInitialize);
+        // 9.
+        main.ClockTimer.setInterval(1000);
+        main.ClockTimer.setEnabled(true);
+        common.LogLine(QStringLiteral("KavMain.Form_load: DDEServerModule initialized"));
+    });
+    return ok;
+}
+
+void Program::FormUnload() {
+    if (unloaded_ || !loaded_) return;
+    unloaded_ = true;
+    Guard("KavMain.Form_Unload", [&] {
+        main.ClockTimer.setEnabled(false);
+        // 1.
+        settings.SaveSetting(kGeneral, QStringLiteral("Debug"), config.DebugCheck.checked() ? QStringLiteral("1")
+                                                                                          : QStringLiteral("0"));
+        // 2.
+        callHook(module.hooks.DDETerminate);
+        // 3.
+        common.Terminate();
+        // 4.
+        module.Terminate();
+        // 5. The windows go; the port is closed with its window.
+        common.SaveWindowPosition(config);
+        common.SaveWindowPosition(messages);
+        config.Hide();
+        messages.Hide();
+        comm.ClosePort();
+        main.XcvrCmdTimer.setEnabled(false);
+        main.AutoRepeatTimer.setEnabled(false);
+        main.ExpectTimer.setEnabled(false);
+        main.Hide();
+    });
+    // Nothing is left unwritten when the process ends.
+    settings.flush();
+    if (onUnloaded) onUnloaded();
+}
+
+void Program::RequestShutdown() { main.ShutdownTimer.setEnabled(true); }
+
+}  // namespace tv

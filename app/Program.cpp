@@ -143,7 +143,7 @@ void Program::FormUnload() {
         comm.ClosePort();
         main.XcvrCmdTimer.setEnabled(false);
         main.AutoRepeatTimer.setEnabled(false);
-        main.ExpectTimer.setEnabled(false);
+        messages.ExpectTimer.setEnabled(false);
         main.Hide();
     });
     // Nothing is left unwritten when the process ends.

@@ -2,6 +2,7 @@
 // handed to the link. Port numbers 1 to 8 name device paths through the settings.
 
 #include "core/KavModule.h"
+#include "platform/EventLoop.h"
 
 #include "forms/KavConfig.h"
 #include "forms/KavMain.h"

@@ -28,7 +28,6 @@ struct UpperHooks {
     std::function<void()> SDRTerminate;
     std::function<void()> DDEInitialize;
     std::function<void()> DDETerminate;
-    std::function<void()> ClearMessageDisplay;
     std::function<void()> SaveAutoRepeatRate;
     std::function<void()> UpdateWindow;
     // Filter group to command with a mode on CI-V radios when filters follow the mode.

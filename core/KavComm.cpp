@@ -1,4 +1,5 @@
 #include "core/KavComm.h"
+#include "platform/EventLoop.h"
 
 #include "services/Common.h"
 #include "services/Errors.h"
@@ -169,7 +170,9 @@ void KavComm::EnableCommRXEvents() {
     // Bytes that came while events were off are not lost: their event is raised now.
     if (dataPending_ && PortIsOpen && dev_ && dev_->bytesAvailable() > 0) {
         dataPending_ = false;
-        common_.loop().post([this] {
+        std::weak_ptr<int> alive = alive_;
+        common_.loop().post([this, alive] {
+            if (alive.expired()) return;
             if (rxEvents_ && PortIsOpen && onData) onData();
         });
     }

@@ -72,6 +72,8 @@ private:
     bool modemLinesWarned_ = false;
     QString settings_;
     SerialSettings serialSettings_;
+    // Work posted on the loop checks this first: the link may be gone when it runs.
+    std::shared_ptr<int> alive_ = std::make_shared<int>(0);
 };
 
 }  // namespace tv

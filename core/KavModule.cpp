@@ -100,7 +100,8 @@ bool KavModule::LoadRadioInfo() {
     config_.RadioCombo.Clear();
     for (int i = 0; i < catalogue.count(); ++i) config_.RadioCombo.AddItem(catalogue.at(i).comboName);
     for (const QString& e : result.errorReports)
-        common_.ReportError(kErrInvalidCall, QStringLiteral("KavModule.LoadRadioInfo"), e);
+        common_.ReportError(result.errorNumber ? result.errorNumber : kErrInvalidCall,
+                            QStringLiteral("KavModule.LoadRadioInfo"), e);
     for (const QString& m : result.boxMessages) dialogs().messageBox(m, common_.info().title);
     if (result.fatal) {
         common_.LogLine(result.fatalMessage);
@@ -229,7 +230,7 @@ void KavModule::Initialize() {
         // 15.
         callHook(hooks.LoadUserSequences);
         log(QStringLiteral("User Sequences loaded"));
-        callHook(hooks.ClearMessageDisplay);
+        messages_.ClearMessageDisplay();
         UpdateCaption();
         log(QStringLiteral("Caption updated"));
         config_.ConfigTab.setTab(0);

@@ -5,6 +5,7 @@
 
 #include "forms/KavConfig.h"
 #include "forms/KavMain.h"
+#include "forms/KavMessages.h"
 #include "platform/Dialogs.h"
 #include "platform/EventLoop.h"
 #include "platform/SettingsStore.h"
@@ -73,7 +74,7 @@ void KavModule::UpdateRadio(bool interrogate) {
         }
         // 2.
         main_.XcvrCmdTimer.setEnabled(false);
-        main_.ExpectTimer.setEnabled(false);
+        messages_.ExpectTimer.setEnabled(false);
         RcvCount = 0;
         ExpectedBytes = 0;
         ExpectOperation.clear();

@@ -281,6 +281,30 @@ private:
     std::vector<Shape> shapes_;
 };
 
+// A tabbed control: the captions of its tabs and the one in front. Changing the tab raises Click.
+class TabStrip : public Control {
+public:
+    TabStrip(Form* form, QString name, const QStringList& tabs) : Control(form, std::move(name)), tabs_(tabs) {}
+    int count() const { return int(tabs_.size()); }
+    QString tabCaption(int i) const { return i >= 0 && i < count() ? tabs_[i] : QString(); }
+    void setTabCaption(int i, const QString& c) {
+        if (i < 0 || i >= count() || tabs_[i] == c) return;
+        tabs_[i] = c;
+        changed();
+    }
+    int tab() const { return tab_; }
+    void setTab(int i) {
+        if (i < 0 || i >= count() || i == tab_) return;
+        tab_ = i;
+        changed();
+        fire(Click);
+    }
+
+private:
+    QStringList tabs_;
+    int tab_ = 0;
+};
+
 // A form's timer control, on the program's loop: Interval in ms, Enabled, and the Timer event.
 // Enabling, or setting the interval of an enabled timer, restarts the count. Interval 0 never ticks.
 class Timer : public Control {

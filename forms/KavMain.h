@@ -1,0 +1,108 @@
+#pragma once
+// The main window as a model: its controls with their design captions and tooltips, and its timers.
+// The logic writes to these controls and the Qt view draws them; no behaviour lives here.
+
+#include "forms/Controls.h"
+#include "forms/Form.h"
+
+namespace tv {
+
+class KavMain : public Form {
+public:
+    // The height the window was designed with; the memory bank pane grows it from here.
+    static constexpr int kDesignHeight = 420;
+    static constexpr int kDesignWidth = 640;
+
+    explicit KavMain(EventLoop& loop);
+
+    // ---- timers ----
+    Timer XcvrCmdTimer{this, QStringLiteral("XcvrCmdTimer")};
+    Timer ClockTimer{this, QStringLiteral("ClockTimer")};
+    Timer AutoRepeatTimer{this, QStringLiteral("AutoRepeatTimer")};
+    Timer ShutdownTimer{this, QStringLiteral("ShutdownTimer")};
+
+    // ---- frequency ----
+    TextBox FreqDisplay{this, QStringLiteral("FreqDisplay")};
+    Label OriginalFormHeight{this, QStringLiteral("OriginalFormHeight")};
+
+    // ---- mode ----
+    Frame ModeFrame{this, QStringLiteral("ModeFrame")};
+    OptionGroup modeGroup;
+    ControlArray<OptionButton> ModeSel{this, QStringLiteral("ModeSel"), 0, 9, &modeGroup};
+
+    // ---- VFOs ----
+    Frame VFOFrame{this, QStringLiteral("VFOFrame")};
+    CommandButton VFOASelCmd{this, QStringLiteral("VFOASelCmd")};
+    CommandButton VFOBSelCmd{this, QStringLiteral("VFOBSelCmd")};
+    CommandButton VFOEqualCmd{this, QStringLiteral("VFOEqualCmd")};
+    CommandButton VFOXchCmd{this, QStringLiteral("VFOXchCmd")};
+    CommandButton MainSelCmd{this, QStringLiteral("MainSelCmd")};
+    CommandButton SubSelCmd{this, QStringLiteral("SubSelCmd")};
+    CommandButton MainSubEqualCmd{this, QStringLiteral("MainSubEqualCmd")};
+    CommandButton MainSubXchCmd{this, QStringLiteral("MainSubXchCmd")};
+    CommandButton XFCCmd{this, QStringLiteral("XFCCmd")};
+    CheckBox SplitBox{this, QStringLiteral("SplitBox")};
+    CheckBox DualBox{this, QStringLiteral("DualBox")};
+
+    // ---- bands and tuning ----
+    CheckBox HamBandSequence{this, QStringLiteral("HamBandSequence")};
+    CommandButton BandUpCmd{this, QStringLiteral("BandUpCmd")};
+    CommandButton BandDownCmd{this, QStringLiteral("BandDownCmd")};
+    CommandButton HzUpCmd{this, QStringLiteral("HzUpCmd")};
+    CommandButton HzDownCmd{this, QStringLiteral("HzDownCmd")};
+    PictureBox BandSpreadBackground{this, QStringLiteral("BandSpreadBackground")};
+    PictureBox BandspreadSlider{this, QStringLiteral("BandspreadSlider")};
+    CommandButton BandspreadUpCmd{this, QStringLiteral("BandspreadUpCmd")};
+    CommandButton BandspreadDownCmd{this, QStringLiteral("BandspreadDownCmd")};
+    ScrollBar Bandspread{this, QStringLiteral("Bandspread")};
+    Label BandLo{this, QStringLiteral("BandLo")};
+    Label BandHi{this, QStringLiteral("BandHi")};
+
+    // ---- S-meter ----
+    PictureBox SMeter{this, QStringLiteral("SMeter")};
+    PictureBox SMeterDummy{this, QStringLiteral("SMeterDummy")};
+    Label SMeterValue{this, QStringLiteral("SMeterValue")};
+
+    // ---- transceivers ----
+    OptionGroup xcvrGroup;
+    ControlArray<OptionButton> XcvrSelButton{this, QStringLiteral("XcvrSelButton"), 0, 2, &xcvrGroup};
+
+    // ---- PTT ----
+    Frame PTTFrame{this, QStringLiteral("PTTFrame")};
+    CommandButton PTTonCmd{this, QStringLiteral("PTTonCmd")};
+    CommandButton PTTOffCmd{this, QStringLiteral("PTTOffCmd")};
+
+    // ---- panes ----
+    CommandButton MBCmd{this, QStringLiteral("MBCmd")};
+    CommandButton FDCmd{this, QStringLiteral("FDCmd")};
+
+    // ---- filters ----
+    Frame FilterFrame{this, QStringLiteral("FilterFrame")};
+    ComboBox FilterGroupCombo{this, QStringLiteral("FilterGroupCombo")};
+    Label FilterGroupLabel{this, QStringLiteral("FilterGroupLabel")};
+    ComboBox MainFilter1Combo{this, QStringLiteral("MainFilter1Combo")};
+    Label MainFilter1Label{this, QStringLiteral("MainFilter1Label")};
+    ComboBox MainFilter2Combo{this, QStringLiteral("MainFilter2Combo")};
+    Label MainFilter2Label{this, QStringLiteral("MainFilter2Label")};
+    ComboBox SubFilterCombo{this, QStringLiteral("SubFilterCombo")};
+    Label SubFilterLabel{this, QStringLiteral("SubFilterLabel")};
+    ComboBox LowCutoffCombo{this, QStringLiteral("LowCutoffCombo")};
+    Label LowCutLabel{this, QStringLiteral("LowCutLabel")};
+    ComboBox HighCutoffCombo{this, QStringLiteral("HighCutoffCombo")};
+    Label HighCutLabel{this, QStringLiteral("HighCutLabel")};
+    ComboBox ShiftCombo{this, QStringLiteral("ShiftCombo")};
+    Label ShiftLabel{this, QStringLiteral("ShiftLabel")};
+    ComboBox WidthCombo{this, QStringLiteral("WidthCombo")};
+    Label WidthLabel{this, QStringLiteral("WidthLabel")};
+
+    // ---- the other windows ----
+    CommandButton MessagesCmd{this, QStringLiteral("MessagesCmd")};
+    CommandButton ControlHelpCmd{this, QStringLiteral("ControlHelpCmd")};
+    CommandButton ConfigCmd{this, QStringLiteral("ConfigCmd")};
+
+    // The mode captions as designed, by mode number.
+    static const char* const kModeCaptions[10];
+    static const char* const kModeToolTips[10];
+};
+
+}  // namespace tv

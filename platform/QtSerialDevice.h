@@ -1,0 +1,38 @@
+#pragma once
+// A real serial device (a USB adapter, a built-in port, a pseudo-terminal) through QSerialPort.
+
+#include "platform/SerialDevice.h"
+
+#include <memory>
+
+class QSerialPort;
+
+namespace tv {
+
+class QtSerialDevice : public SerialDevice {
+public:
+    QtSerialDevice();
+    ~QtSerialDevice() override;
+
+    bool open(const QString& path, const SerialSettings& settings, int* errorNumber, QString* errorText) override;
+    void close() override;
+    bool isOpen() const override;
+    QString path() const override { return path_; }
+    void write(const QByteArray& bytes) override;
+    QByteArray readAll() override;
+    qint64 bytesAvailable() const override;
+    bool setDtr(bool on) override;
+    bool setRts(bool on) override;
+    bool setRtsCtsFlowControl(bool on) override;
+
+private:
+    void onError(int error);
+    bool setLine(bool dtr, bool on);
+
+    std::unique_ptr<QSerialPort> port_;
+    QString path_;
+    // While a modem line is being set, an "unsupported" error is the answer, not a fault.
+    bool settingLine_ = false;
+};
+
+}  // namespace tv

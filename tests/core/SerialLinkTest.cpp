@@ -1,0 +1,204 @@
+// The serial link as the operator meets it: opening with the chosen parameters, the reasons a port
+// can't be had, PTT by modem lines, a port that vanishes, and what a closed port does with writes.
+
+#include "services/Errors.h"
+#include "support/TestStation.h"
+
+#include <gtest/gtest.h>
+
+namespace tv::test {
+namespace {
+
+const QString G = QStringLiteral("General");
+
+// A station with a Kenwood radio on port 1 (/dev/ttyUSB0 unless set otherwise).
+void presetKenwoodOnPort1(TestStation& st) {
+    st.preset(G, QStringLiteral("Radio"), QStringLiteral("TS-2000"));
+    st.preset(G, QStringLiteral("CommPort"), QStringLiteral("1"));
+}
+
+TEST(SerialLink, PortBusyAndOtherFailuresSayWhyInCaptionAndBox) {
+    // Busy: another program has the device.
+    {
+        TestStation st;
+        presetKenwoodOnPort1(st);
+        st.dialogs.onShow = nullptr;
+        ASSERT_TRUE(st.start());
+        ASSERT_NE(st.serial(), nullptr);
+        st.serial()->failOpenWith = 8005;
+        st.serial()->failOpenText = QStringLiteral("Device or resource busy");
+        st.dialogs.shown.clear();
+        st.m().SelectCommPort(1);
+        EXPECT_FALSE(st.p().comm.PortOpened());
+        EXPECT_TRUE(st.p().main.caption().contains(QStringLiteral(" - selected Com port already in use")));
+        ASSERT_EQ(st.dialogs.shown.size(), 1u);
+        EXPECT_EQ(st.dialogs.shown[0].text, QStringLiteral("Unable to open Com1"));
+        EXPECT_EQ(st.dialogs.shown[0].title, QStringLiteral("Already in use"));
+    }
+    // Anything else: the description reaches the caption and the details the log.
+    {
+        TestStation st;
+        st.preset(G, QStringLiteral("Radio"), QStringLiteral("TS-2000"));
+        ASSERT_TRUE(st.start());
+        st.m().SelectCommPort(3);  // makes the device
+        ASSERT_NE(st.serial(), nullptr);
+        st.serial()->failOpenWith = 8015;
+        st.serial()->failOpenText = QStringLiteral("Permission denied");
+        st.dialogs.shown.clear();
+        st.m().SelectCommPort(3);
+        EXPECT_FALSE(st.p().comm.PortOpened());
+        EXPECT_TRUE(st.p().main.caption().contains(
+            QStringLiteral(" - selected Com port failed to open: Permission denied")));
+        ASSERT_EQ(st.dialogs.shown.size(), 1u);
+        EXPECT_EQ(st.dialogs.shown[0].text, QStringLiteral("Unable to open Com3"));
+        EXPECT_EQ(st.dialogs.shown[0].title, QStringLiteral("Tolvane"));
+        EXPECT_TRUE(st.log().contains(QStringLiteral(" (8015), port = 3, settings = 9600,n,8,2")));
+        // A closed port swallows writes without a word, and polling goes on harmlessly.
+        const auto boxes = st.dialogs.shown.size();
+        st.m().SendCommand(QByteArray("FA;"));
+        st.loop.advance(2000);
+        EXPECT_TRUE(st.serial()->written.isEmpty());
+        EXPECT_EQ(st.dialogs.shown.size(), boxes);
+    }
+}
+
+TEST(SerialLink, ChosenParametersReachTheDeviceWithOneAndAHalfStopBitsAsOne) {
+    TestStation st;
+    presetKenwoodOnPort1(st);
+    st.preset(G, QStringLiteral("CommPortDevice1"), QStringLiteral("/tmp/radio-link"));
+    st.preset(G, QStringLiteral("CommSpeed"), QStringLiteral("4800"));
+    st.preset(G, QStringLiteral("CommParity"), QStringLiteral("3"));
+    st.preset(G, QStringLiteral("CommWordLength"), QStringLiteral("2"));
+    st.preset(G, QStringLiteral("CommStopBits"), QStringLiteral("2"));
+    ASSERT_TRUE(st.start());
+    ASSERT_NE(st.serial(), nullptr);
+    ASSERT_TRUE(st.serial()->isOpen());
+    EXPECT_EQ(st.serial()->path(), QStringLiteral("/tmp/radio-link"));
+    EXPECT_EQ(st.serial()->lastSettings.baud, 4800);
+    EXPECT_EQ(st.serial()->lastSettings.parity, 'E');
+    EXPECT_EQ(st.serial()->lastSettings.dataBits, 7);
+    EXPECT_EQ(st.serial()->lastSettings.stopBits, 1);
+    EXPECT_EQ(st.p().comm.settingsText(), QStringLiteral("4800,e,7,1"));
+
+    // Choosing a speed in the window reopens the port and stores the choice; during load it wouldn't.
+    st.p().config.Show();
+    st.p().config.Speed[8].setValue(true);
+    st.m().SelectPortSpeed(8);
+    EXPECT_EQ(st.serial()->lastSettings.baud, 57600);
+    st.loop.runPosted();
+    EXPECT_EQ(st.stored(G, QStringLiteral("CommSpeed")), QStringLiteral("57600"));
+}
+
+TEST(SerialLink, PttByModemLinesKeysAheadOfTheQueue) {
+    TestStation st;
+    presetKenwoodOnPort1(st);
+    st.preset(G, QStringLiteral("DTR"), QStringLiteral("2"));
+    st.preset(G, QStringLiteral("RTS"), QStringLiteral("1"));
+    ASSERT_TRUE(st.start());
+    auto* dev = st.serial();
+    ASSERT_TRUE(dev && dev->isOpen());
+    EXPECT_FALSE(dev->dtr);  // "on to xmit" stays off while receiving
+    EXPECT_TRUE(dev->rts);   // "always on"
+    st.p().comm.Transmit();
+    EXPECT_TRUE(dev->dtr);
+    EXPECT_TRUE(dev->rts);
+    st.p().comm.Receive();
+    EXPECT_FALSE(dev->dtr);
+
+    // Flow control comes only from a later RTS choice, never from opening.
+    st.m().SetRTSControl(3);
+    st.p().comm.ConfigureRTS(3);
+    EXPECT_TRUE(dev->rtsCts);
+    st.m().SelectCommPort(1);
+    EXPECT_FALSE(dev->rtsCts);
+}
+
+TEST(SerialLink, DeviceWithoutModemLinesIsLoggedOnceAndStillWorks) {
+    TestStation st;
+    presetKenwoodOnPort1(st);
+    st.preset(G, QStringLiteral("DTR"), QStringLiteral("2"));
+    ASSERT_TRUE(st.start());
+    auto* dev = st.serial();
+    ASSERT_NE(dev, nullptr);
+    dev->modemLinesSupported = false;  // as a pseudo-terminal
+    st.m().SelectCommPort(1);
+    for (int i = 0; i < 3; ++i) {
+        st.p().comm.Transmit();
+        st.p().comm.Receive();
+    }
+    EXPECT_TRUE(st.p().comm.PortOpened());
+    EXPECT_EQ(st.log().count(QStringLiteral("has no modem lines")), 1);
+    st.m().SendCommand(QByteArray("IF;"));
+    EXPECT_TRUE(dev->written.endsWith("IF;"));
+}
+
+TEST(SerialLink, UnpluggedAdapterIsReportedAndLaterWritesVanish) {
+    TestStation st;
+    presetKenwoodOnPort1(st);
+    ASSERT_TRUE(st.start());
+    auto* dev = st.serial();
+    ASSERT_TRUE(dev && dev->isOpen());
+    dev->unplug();
+    st.loop.runPosted();
+    EXPECT_FALSE(st.p().comm.PortOpened());
+    EXPECT_TRUE(st.p().main.caption().contains(QStringLiteral("Com port was lost")));
+    EXPECT_TRUE(st.log().contains(QStringLiteral("KavComm.CommError: ")));
+    const auto before = dev->written.size();
+    st.loop.advance(3000);  // polling goes on against a closed port
+    st.m().SendCommand(QByteArray("FA;"));
+    EXPECT_EQ(dev->written.size(), before);
+    // Choosing the port again brings the link back.
+    st.m().SelectCommPort(1);
+    EXPECT_TRUE(st.p().comm.PortOpened());
+    EXPECT_FALSE(st.p().main.caption().contains(QStringLiteral("was lost")));
+}
+
+TEST(SerialLink, FlushOnAClosedPortIsAnErrorForTheCaller) {
+    TestStation st;
+    ASSERT_TRUE(st.start());
+    EXPECT_THROW(st.p().comm.FlushPort(), TvError);
+}
+
+TEST(SerialLink, SentFramesAreCapturedForTextRadiosButNotForTheEchoingBus) {
+    TestStation st;
+    presetKenwoodOnPort1(st);
+    st.preset(G, QStringLiteral("MessageCapture"), QStringLiteral("T"));
+    st.preset(G, QStringLiteral("Debug"), QStringLiteral("1"));
+    ASSERT_TRUE(st.start());
+    auto& mon = st.p().messages;
+    mon.ClearMessageDisplay();
+    const int counter = st.m().MessageCounter;
+    st.m().SendCommand(QByteArray("FA;"));
+    EXPECT_EQ(st.m().MessageCounter, counter + 1);
+    EXPECT_TRUE(mon.DecimalDisplay.endsWith(QStringLiteral(": 070 065 059 \r\n")));
+    EXPECT_TRUE(mon.HexDisplay.endsWith(QStringLiteral(": 46 41 3B \r\n")));
+    EXPECT_TRUE(mon.AsciiDisplay.endsWith(QStringLiteral(": FA;\r\n")));
+    EXPECT_TRUE(mon.DecimalDisplay.startsWith(QStringLiteral("%1@").arg(counter + 1, 4, 10, QLatin1Char('0'))));
+
+    // A CI-V radio's bus echoes the frame, so sending shows nothing; the debug log has both images.
+    st.selectRadio(QStringLiteral("IC-756PRO"));
+    mon.ClearMessageDisplay();
+    st.m().SendCommand(QByteArray("\xFE\xFE\x5C\xE0\x03\xFD", 6));
+    EXPECT_TRUE(mon.DecimalDisplay.isEmpty());
+    // Hexadecimal digits are right-aligned in two places: 3 is " 3".
+    EXPECT_TRUE(st.log().contains(QStringLiteral("KavModule.SendCommand: Hex = FE FE 5C E0  3 FD ")));
+    EXPECT_TRUE(st.log().contains(QStringLiteral("KavModule.SendCommand: Dec = 254 254 092 224 003 253 ")));
+}
+
+TEST(SerialLink, FullMonitorStopsCaptureAndDropsTheLine) {
+    TestStation st;
+    presetKenwoodOnPort1(st);
+    st.preset(G, QStringLiteral("MessageCapture"), QStringLiteral("T"));
+    ASSERT_TRUE(st.start());
+    auto& mon = st.p().messages;
+    mon.ClearMessageDisplay();
+    mon.AppendToMessageDisplay(QString(32001, QLatin1Char('x')), 0);
+    st.m().SendCommand(QByteArray("FA;"));
+    EXPECT_FALSE(mon.CaptureEnabled.checked());
+    EXPECT_TRUE(mon.overflow.visible());
+    EXPECT_EQ(mon.DecimalDisplay.size(), 32001);
+    EXPECT_TRUE(mon.HexDisplay.isEmpty());
+}
+
+}  // namespace
+}  // namespace tv::test

@@ -64,6 +64,42 @@ QString SettingsStore::unescapeValue(const QString& v) {
     return out;
 }
 
+namespace {
+// Keys are escaped like values, and also where INI syntax would misread them: an '=', a leading
+// '[', ';', '#' or blank, a trailing blank.
+QString escapeKey(const QString& k) {
+    QString out;
+    for (int i = 0; i < k.size(); ++i) {
+        const QChar c = k[i];
+        const bool edge = (i == 0 && (c == QLatin1Char('[') || c == QLatin1Char(';') || c == QLatin1Char('#'))) ||
+                          ((i == 0 || i == k.size() - 1) && c.isSpace() && c != QLatin1Char('\n') && c != QLatin1Char('\r'));
+        if (c == QLatin1Char('=') || edge) out += QLatin1Char('\\');
+        out += SettingsStore::escapeValue(QString(c));
+    }
+    return out;
+}
+
+// The position of the first '=' that isn't escaped, or -1.
+int keyEnd(const QString& line) {
+    for (int i = 0; i < line.size(); ++i) {
+        if (line[i] == QLatin1Char('\\')) {
+            ++i;
+            continue;
+        }
+        if (line[i] == QLatin1Char('=')) return i;
+    }
+    return -1;
+}
+
+// Blanks around a hand-written key go, escaped ones stay.
+QString trimKey(const QString& raw) {
+    int b = 0, e = int(raw.size());
+    while (b < e && raw[b].isSpace()) ++b;
+    while (e > b && raw[e - 1].isSpace() && !(e - 2 >= b && raw[e - 2] == QLatin1Char('\\'))) --e;
+    return raw.mid(b, e - b);
+}
+}  // namespace
+
 void SettingsStore::load() {
     QFile f(path_);
     if (!f.exists()) return;
@@ -97,8 +133,8 @@ void SettingsStore::load() {
             }
             continue;
         }
-        const int eq = line.indexOf(QLatin1Char('='));
-        const QString key = eq > 0 ? line.left(eq).trimmed() : QString();
+        const int eq = keyEnd(line);
+        const QString key = eq > 0 ? unescapeValue(trimKey(line.left(eq))) : QString();
         if (!current || key.isEmpty() || line.contains(QChar(0))) {
             ++bad;
             continue;
@@ -150,6 +186,7 @@ QStringList SettingsStore::keys(const QString& section) const {
 }
 
 void SettingsStore::SaveSetting(const QString& section, const QString& key, const QString& value) {
+    if (key.isEmpty() || section.isEmpty()) return;  // nothing could ever read it back
     Section* s = findSection(section);
     if (!s) {
         sections_.push_back({section, {}});
@@ -208,13 +245,14 @@ bool SettingsStore::flush() {
     for (const auto& s : sections_) {
         if (s.entries.empty()) continue;
         text += QLatin1Char('[') + s.name + QLatin1String("]\n");
-        for (const auto& e : s.entries) text += e.key + QLatin1Char('=') + escapeValue(e.value) + QLatin1Char('\n');
+        for (const auto& e : s.entries) text += escapeKey(e.key) + QLatin1Char('=') + escapeValue(e.value) + QLatin1Char('\n');
         text += QLatin1Char('\n');
     }
     QSaveFile f(path_);
     bool ok = f.open(QIODevice::WriteOnly);
     if (ok) ok = f.write(text.toUtf8()) >= 0;
-    if (ok) ok = ::fsync(f.handle()) == 0 || true;  // fsync may be unsupported (tmpfs); the rename still is atomic
+    // On disk before the rename; a file system without fsync (tmpfs) still renames atomically.
+    if (ok && f.flush()) ::fsync(f.handle());
     if (ok) ok = f.commit();
     if (!ok) {
         if (onWriteFailure) onWriteFailure(QStringLiteral("cannot write %1: %2").arg(path_, f.errorString()));

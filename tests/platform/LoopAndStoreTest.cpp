@@ -1,0 +1,182 @@
+// The simulated loop that every timing test stands on, and the settings store that must never lose
+// or garble a setting.
+
+#include "platform/FakeSerialDevice.h"
+#include "platform/SettingsStore.h"
+#include "platform/SimEventLoop.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace tv {
+namespace {
+
+TEST(SimLoop, TimersFireInDeadlineOrderWithPostedWorkFirst) {
+    SimEventLoop loop;
+    std::vector<QString> order;
+    auto a = loop.createTimer(), b = loop.createTimer();
+    a->setInterval(300);
+    b->setInterval(200);
+    a->onTick = [&] {
+        order.push_back(QStringLiteral("a@%1").arg(loop.monotonicMs()));
+        a->setEnabled(false);
+    };
+    b->onTick = [&] {
+        order.push_back(QStringLiteral("b@%1").arg(loop.monotonicMs()));
+        loop.post([&] { order.push_back(QStringLiteral("posted@%1").arg(loop.monotonicMs())); });
+    };
+    a->setEnabled(true);
+    b->setEnabled(true);
+    loop.advance(450);
+    EXPECT_EQ(order, (std::vector<QString>{QStringLiteral("b@200"), QStringLiteral("posted@200"),
+                                           QStringLiteral("a@300"), QStringLiteral("b@400"),
+                                           QStringLiteral("posted@400")}));
+    EXPECT_EQ(loop.nextDueIn(), 150);
+    // A new interval on a running timer restarts its count.
+    loop.advance(100);  // t = 550
+    b->setInterval(1000);
+    EXPECT_EQ(loop.nextDueIn(), 1000);
+}
+
+TEST(SimLoop, YieldInsideAHandlerLetsDueTimersAndPostedWorkRun) {
+    SimEventLoop loop;
+    auto slow = loop.createTimer(), fast = loop.createTimer();
+    int fastTicks = 0;
+    bool insideSlow = false, fastRanInside = false;
+    fast->setInterval(10);
+    fast->onTick = [&] {
+        ++fastTicks;
+        fastRanInside = fastRanInside || insideSlow;
+    };
+    slow->setInterval(10);
+    slow->onTick = [&] {
+        insideSlow = true;
+        loop.yield();
+        insideSlow = false;
+        slow->setEnabled(false);
+    };
+    slow->setEnabled(true);
+    fast->setEnabled(true);
+    loop.advance(10);
+    EXPECT_TRUE(fastRanInside);
+    EXPECT_EQ(fastTicks, 1);
+}
+
+class Store : public ::testing::Test {
+protected:
+    QString path() const { return dir.filePath(QStringLiteral("Tolvane.ini")); }
+    QString fileText() const {
+        QFile f(path());
+        return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
+    }
+    QTemporaryDir dir;
+    SimEventLoop loop;
+};
+
+TEST_F(Store, KeysIgnoreCaseEveryReadHasItsDefaultAndWritesReachTheDiskWithinATurn) {
+    SettingsStore s(path(), &loop);
+    EXPECT_EQ(s.GetSetting(QStringLiteral("General"), QStringLiteral("CommSpeed"), QStringLiteral("9600")),
+              QStringLiteral("9600"));
+    s.SaveSetting(QStringLiteral("Windows"), QStringLiteral("KavMainWindowState"), QStringLiteral("2"));
+    s.SaveSetting(QStringLiteral("WINDOWS"), QStringLiteral("kavmainwindowstate"), QStringLiteral("1"));
+    EXPECT_EQ(s.GetSetting(QStringLiteral("windows"), QStringLiteral("KavMainWindowstate"), QString()),
+              QStringLiteral("1"));
+    EXPECT_TRUE(s.dirty());
+    EXPECT_FALSE(QFile::exists(path()));  // gathered, not yet written
+    loop.runPosted();
+    EXPECT_FALSE(s.dirty());
+    const QString text = fileText();
+    EXPECT_TRUE(text.contains(QStringLiteral("[Windows]")));  // the first spelling is kept
+    EXPECT_TRUE(text.contains(QStringLiteral("KavMainWindowState=1")));
+    EXPECT_EQ(text.count(QStringLiteral("indowState")), 1);
+    // No temporary file is left beside it.
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("Tolvane.ini")});
+}
+
+TEST_F(Store, AwkwardValuesSurviveARoundTrip) {
+    const QStringList values = {QStringLiteral("a=b;c"), QStringLiteral("  leading and trailing  "),
+                                QStringLiteral("two\nlines\r\n"), QStringLiteral("back\\slash\\n"),
+                                QStringLiteral("Grüße 73 ✓"), QStringLiteral("[not a section]"),
+                                QStringLiteral("'PS1;"), QString()};
+    {
+        SettingsStore s(path(), nullptr);
+        for (int i = 0; i < values.size(); ++i)
+            s.SaveSetting(QStringLiteral("Memory"), QStringLiteral("Note%1").arg(i), values[i]);
+        s.SaveSetting(QStringLiteral("Memory"), QStringLiteral("=odd key"), QStringLiteral("x"));
+    }
+    SettingsStore back(path(), nullptr);
+    EXPECT_TRUE(back.loadProblem().isEmpty()) << back.loadProblem().toStdString();
+    for (int i = 0; i < values.size(); ++i)
+        EXPECT_EQ(back.GetSetting(QStringLiteral("Memory"), QStringLiteral("Note%1").arg(i), QStringLiteral("<none>")),
+                  values[i])
+            << i;
+    EXPECT_TRUE(back.contains(QStringLiteral("memory"), QStringLiteral("NOTE7")));
+}
+
+TEST_F(Store, GarbageIsSkippedTheRestKeptAndTheOriginalSavedBeside) {
+    {
+        QFile f(path());
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write("junk before any section\n[General]\nRadio=IC-756PRO\n\x01\x02\xff\n[Bands\nCommPort=3\n"
+                "no equals sign\n[Windows]\nKavMainLeft=10\n");
+    }
+    SettingsStore s(path(), &loop);
+    EXPECT_FALSE(s.loadProblem().isEmpty());
+    EXPECT_EQ(s.GetSetting(QStringLiteral("General"), QStringLiteral("Radio"), QString()), QStringLiteral("IC-756PRO"));
+    EXPECT_EQ(s.GetSetting(QStringLiteral("Windows"), QStringLiteral("KavMainLeft"), QString()), QStringLiteral("10"));
+    s.SaveSetting(QStringLiteral("General"), QStringLiteral("Debug"), QStringLiteral("1"));
+    loop.runPosted();
+    EXPECT_TRUE(QFile::exists(path() + QStringLiteral(".corrupt")));
+    SettingsStore again(path(), nullptr);
+    EXPECT_TRUE(again.loadProblem().isEmpty());
+    EXPECT_EQ(again.GetSetting(QStringLiteral("General"), QStringLiteral("Debug"), QString()), QStringLiteral("1"));
+}
+
+TEST_F(Store, AFailedWriteIsToldAndNothingIsLost) {
+    // A folder that can't be made, even with every right: its parent is a plain file.
+    const QString blocker = dir.filePath(QStringLiteral("cfg"));
+    {
+        QFile f(blocker);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    }
+    SettingsStore s(blocker + QStringLiteral("/Tolvane.ini"), &loop);
+    QStringList failures;
+    s.onWriteFailure = [&](const QString& why) { failures << why; };
+    s.SaveSetting(QStringLiteral("General"), QStringLiteral("Radio"), QStringLiteral("TS-2000"));
+    loop.runPosted();
+    EXPECT_EQ(failures.size(), 1);
+    EXPECT_TRUE(s.dirty());
+    EXPECT_EQ(s.GetSetting(QStringLiteral("General"), QStringLiteral("Radio"), QString()), QStringLiteral("TS-2000"));
+    // Once the way is clear the pending change goes out.
+    ASSERT_TRUE(QFile::remove(blocker));
+    EXPECT_TRUE(s.flush());
+    SettingsStore back(blocker + QStringLiteral("/Tolvane.ini"), nullptr);
+    EXPECT_EQ(back.GetSetting(QStringLiteral("General"), QStringLiteral("Radio"), QString()), QStringLiteral("TS-2000"));
+}
+
+TEST(FakeSerial, DeliversBytesThroughTheLoopAndForgetsThemWhenClosed) {
+    SimEventLoop loop;
+    FakeSerialDevice dev(loop);
+    int events = 0;
+    dev.onBytesArrived = [&] { ++events; };
+    int n = 0;
+    QString t;
+    ASSERT_TRUE(dev.open(QStringLiteral("/dev/pts/9"), SerialSettings{}, &n, &t));
+    dev.feed("FA;");
+    EXPECT_EQ(events, 0);  // not inside the caller: on the loop, as real input
+    loop.runPosted();
+    EXPECT_EQ(events, 1);
+    EXPECT_EQ(dev.readAll(), QByteArray("FA;"));
+    dev.feed("IF;");
+    dev.close();
+    loop.runPosted();
+    EXPECT_EQ(events, 1);
+    dev.write("lost");
+    EXPECT_TRUE(dev.written.isEmpty());
+}
+
+}  // namespace
+}  // namespace tv

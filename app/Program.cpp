@@ -50,7 +50,11 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
       config(l),
       messages(l),
       comm(common, std::move(serialFactory)),
-      module(common, main, config, messages, comm) {
+      module(common, main, config, messages, comm),
+      icom(module) {
+    // CI-V radios of both makers speak the same bus language.
+    module.setProtocol(QLatin1Char('I'), &icom);
+    module.setProtocol(QLatin1Char('T'), &icom);
     setErrorReporter([this](int number, const QString& label, const QString& description) {
         common.ReportError(number, label, description);
     });

@@ -8,6 +8,7 @@
 #include "forms/KavMain.h"
 #include "forms/KavMessages.h"
 #include "platform/SettingsStore.h"
+#include "protocols/Icom.h"
 #include "services/Common.h"
 
 #include <QString>
@@ -50,6 +51,7 @@ public:
     KavMessages messages;
     KavComm comm;
     KavModule module;
+    IcomProtocol icom;
 
 private:
     void loadConfigForm();

@@ -118,8 +118,8 @@ void KavModule::SetXcvrMode(int mode) {
         std::int16_t arg = 0;
         if (isCivSupplier(s)) {
             arg = std::int16_t(RadioFilterGroup);
-            if (config_.ModeFiltersEnabledCheck.checked() && hooks.IcomFilterGroupForMode)
-                arg = std::int16_t(hooks.IcomFilterGroupForMode(mode));
+            if (config_.ModeFiltersEnabledCheck.checked())
+                arg = std::int16_t(IcomFilterGroupIndex(ModeFilters[size_t(mode)]));
         } else if (QStringLiteral("FNYK").contains(s)) {
             arg = 0;
         } else {
@@ -239,7 +239,7 @@ void KavModule::ExecuteNextXcvrCmd() {
             // A Yaesu reply of fixed length is on its way: nothing is sent into it.
             if (supplier == QLatin1Char('Y') && ExpectedBytes >= 1) return;
             c = XcvrCmdBuffer[size_t(XcvrCmdHead)];
-            common_.LogLine(QStringLiteral("KavModule.ExecuteNextXcvrCmd: %1 [%2] %3")
+            common_.DebugLog(QStringLiteral("KavModule.ExecuteNextXcvrCmd: %1 [%2] %3")
                                 .arg(c.theCmd)
                                 .arg(CommandName(c.theCmd), num(c.theFreq)));
             auto consume = [this] {
@@ -262,6 +262,8 @@ void KavModule::ExecuteNextXcvrCmd() {
                     if (!(p && p->SendString(c.theRawCmd.toLatin1()))) SendCommand(c.theRawCmd.toLatin1());
                     break;
                 default:
+                    // The display follows a mode command when it leaves, whatever the radio.
+                    if (c.theCmd == XcvrCmdMode) UpdateXcvrMode(c.theMode);
                     if (c.theCmd >= 0 && c.theCmd <= XcvrCmdStepFreq && p) p->Execute(c);
                     break;
             }

@@ -30,8 +30,10 @@ struct UpperHooks {
     std::function<void()> DDETerminate;
     std::function<void()> SaveAutoRepeatRate;
     std::function<void()> UpdateWindow;
-    // Filter group to command with a mode on CI-V radios when filters follow the mode.
-    std::function<int(int mode)> IcomFilterGroupForMode;
+    // The captions of the mode options after the filter group of a mode changed.
+    std::function<void(int mode)> UpdateModeCaption;
+    // The meter reading, 0 to 1 of full scale.
+    std::function<void(double)> UpdateSMeter;
     // A live item for the suite link changed (item name, value).
     std::function<void(const QString&, const QString&)> ItemChanged;
     // Unsaved filter group changes at shutdown: asked, and saved on yes.

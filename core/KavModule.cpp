@@ -27,6 +27,10 @@ bool SettingIsTrue(const QString& value) {
 KavModule::KavModule(Common& common, KavMain& main, KavConfig& config, KavMessages& messages, KavComm& comm)
     : common_(common), main_(main), config_(config), messages_(messages), comm_(comm) {
     main_.XcvrCmdTimer.TimerEvent = [this] { ExecuteNextXcvrCmd(); };
+    messages_.ExpectTimer.TimerEvent = [this] {
+        messages_.ExpectTimer.setEnabled(false);
+        ExpectTimeout();
+    };
     comm_.GetDTRControl = [this] { return DTRControl; };
     comm_.GetRTSControl = [this] { return RTSControl; };
     comm_.devicePath = [this](int port) { return CommPortDevicePath(port); };

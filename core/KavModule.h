@@ -34,7 +34,7 @@ enum ControlFlagIndex : int {
     FlagCaptureEnabled = 2,
     FlagHamBandSequence = 3,
     FlagModeSel = 4,
-    FlagMemoryControls = 5,
+    FlagFilterGroupList = 5,
     FlagRadioCombo = 6,
     FlagBandspread = 7,
     FlagSplitBox = 8,
@@ -192,6 +192,10 @@ public:
     bool ErrorLogFlag = false;
     std::array<bool, kControlFlagCount> ControlFlags{};
     bool FreqFocusGiven = false;
+    // The filter group remembered for each mode ("Wide", "Narrow", "Normal" on CI-V radios).
+    std::array<QString, 10> ModeFilters{};
+    // The first frequency report gives the frequency box the focus, once per run.
+    bool FreqNudgePending = false;
     // Settings read at start-up for the panes other parts own.
     bool MemoryNotesShown = false;
     bool ShowMemoryBankSetting = false;
@@ -213,6 +217,14 @@ public:
     // ---- receive path ----
     // Bytes from the link: an empty argument means "read the port".
     void HandleIncomingChar(const QByteArray& text);
+    // A fixed-length reply is awaited (radios whose replies have no end mark).
+    void Expect(const QString& operation, int byteCount);
+    void ExpectTimeout();
+    QString GetExpect() const { return ExpectOperation; }
+    int CaptureRowCount = 0;
+    QString CaptureDecimalLine, CaptureHexLine, CaptureAsciiLine;
+    // Set by a decoder that switched transceiver inside the decode: the port is already set up anew.
+    bool XcvrSwitchedInDecode = false;
 
     // ---- radio bring-up ----
     void UpdateRadio(bool interrogate);
@@ -227,6 +239,12 @@ private:
     bool readBool(const QString& key, const QString& def) const;
     void restoreChecked(CheckBox& box, int flag, bool on);
     void bringUpSupplier(const RadioInfo& r);
+    // Receive path: collect one byte (false: the buffer overflowed and reading ends), finish a
+    // message in the monitor, and deliver the operator's pending note.
+    bool collectByte(std::uint8_t byte);
+    void finishCapture();
+    void deliverPendingNote();
+    QString capturePrefix(const QString& counterText) const;
 
     Common& common_;
     KavMain& main_;

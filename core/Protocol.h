@@ -21,8 +21,9 @@ public:
     // A "String" record's text. Serial radios put it on the link as it stands (the default does that
     // through the module); the console radio sends it to its command channel.
     virtual bool SendString(const QByteArray& /*text*/) { return false; }
-    // Bytes from the link, already read from the port: frame them and decode complete messages.
-    virtual void Receive(const QByteArray& /*chunk*/) {}
+    // One complete message, framed by the receive path, is in the module's RcvBuffer (from index 1,
+    // RcvCount bytes): decode it.
+    virtual void Decode() {}
     // The supplier's own part of bringing a newly chosen radio up.
     virtual void BringUp() {}
 };

@@ -223,13 +223,16 @@ void KavModule::bringUpSupplier(const RadioInfo& r) {
     config_.DecLabel.setVisible(icomLike && config_.DecSel.value());
     const bool forceInterrogation = (s == QLatin1Char('I') && r.sMeter) || QStringLiteral("NYKF").contains(s);
     if (forceInterrogation) restoreChecked(config_.Interrogation, FlagInterrogation, true);
+    messages_.InterrogateFrame.setVisible(true);
 
     if (s == QLatin1Char('I')) {
         RadioDisplayName = QStringLiteral("Icom ") + r.model;
+        FreqNudgePending = false;
         UpdateCaption();
     } else if (s == QLatin1Char('T')) {
         RadioDisplayName = QStringLiteral("TenTec ") + r.model;
         TenTecModelName = model;
+        FreqNudgePending = false;
         UpdateCaption();
     } else if (s == QLatin1Char('N')) {
         RadioDisplayName = QStringLiteral("TenTec ") + r.model;
@@ -252,6 +255,9 @@ void KavModule::bringUpSupplier(const RadioInfo& r) {
         RadioDisplayName = QStringLiteral("Kenwood (model unknown)");
         UpdateCaption();
         common_.LogLine(QStringLiteral("KavModule.UpdateRadio: sending Kenwood model ID command"));
+        // Twice: a radio that was asleep may miss the first.
+        SendCommand(QByteArrayLiteral("ID;"));
+        SendCommand(QByteArrayLiteral("ID;"));
     } else if (s == QLatin1Char('F')) {
         callHook(hooks.SDRConnect);
         CurrentVFO = 0;

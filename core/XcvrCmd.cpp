@@ -48,4 +48,22 @@ QString LogModeName(int mode) {
     return QString::fromLatin1(kModes[size_t(mode)].logName);
 }
 
+QString FilterGroupName(int index) {
+    switch (index) {
+        case 0: return QString();
+        case 1: return QStringLiteral("Wide");
+        case 2: return QStringLiteral("Narrow");
+        case 3: return QStringLiteral("Normal");
+        default: return QStringLiteral("?");
+    }
+}
+
+int IcomFilterGroupIndex(const QString& name) {
+    const QString n = name.toUpper();
+    if (n == QLatin1String("WIDE") || n == QLatin1String("1")) return 1;
+    if (n == QLatin1String("NARROW") || n == QLatin1String("2")) return 2;
+    if (n == QLatin1String("NORMAL") || n == QLatin1String("3")) return 3;
+    return 0;
+}
+
 }  // namespace tv

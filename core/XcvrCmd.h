@@ -61,4 +61,9 @@ int ModeIndex(const QString& name);
 // The mode name a log wants: "SSB" for both sidebands, "CW", "RTTY", "FM" for their pairs; "" else.
 QString LogModeName(int mode);
 
+// Filter groups of CI-V radios: "", "Wide", "Narrow", "Normal" for 0..3; "?" for anything else.
+QString FilterGroupName(int index);
+// "WIDE"/"1" 1, "NARROW"/"2" 2, "NORMAL"/"3" 3 (any case); 0 for "" and any other text.
+int IcomFilterGroupIndex(const QString& name);
+
 }  // namespace tv

@@ -1,6 +1,7 @@
 // tolvane: the transceiver controller. Parses the command line, chooses the window or headless mode,
 // wires the program to the real loop, serial ports and dialogs, and runs it.
 
+#include "app/Demo.h"
 #include "app/Program.h"
 #include "platform/Dialogs.h"
 #include "platform/QtEventLoop.h"
@@ -12,6 +13,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSocketNotifier>
+#include <QTemporaryDir>
 
 #include <csignal>
 #include <cstdio>
@@ -70,11 +72,29 @@ int main(int argc, char** argv) {
     paths.appDir = parser.isSet(appOpt) ? QDir(parser.value(appOpt)).absolutePath() : tv::defaultAppDir(exeDir);
     paths.exeName = QFileInfo(QCoreApplication::applicationFilePath()).fileName();
 
-    if (parser.isSet(demoOpt)) {
-        std::fprintf(stderr, "tolvane: --demo needs the radio simulator, which this build does not have yet.\n");
-        return 2;
+    // Demo: a simulated radio and settings of its own, thrown away at the end.
+    const bool demo = parser.isSet(demoOpt);
+    tv::DemoRadio demoRadio;
+    QTemporaryDir demoDir;
+    if (demo) {
+        if (!parser.isSet(configOpt)) {
+            if (!demoDir.isValid()) {
+                std::fprintf(stderr, "tolvane: cannot make a folder for the demo's settings\n");
+                return 1;
+            }
+            paths.configDir = demoDir.path();
+        }
+        QString error;
+        const QString pty = demoRadio.start(exeDir, &error);
+        if (pty.isEmpty()) {
+            std::fprintf(stderr, "tolvane: %s\n", error.toLocal8Bit().constData());
+            return 1;
+        }
+        tv::DemoRadio::presetSettings(paths.configDir + QStringLiteral("/Tolvane.ini"), pty);
+        std::fprintf(stdout, "Demo: a simulated %s answers on %s; its dial turns by itself.\n",
+                     tv::DemoRadio::kModel, pty.toLocal8Bit().constData());
     }
-    if (!parser.isSet(headlessOpt))
+    if (!parser.isSet(headlessOpt) && !demo)
         std::fprintf(stderr, "tolvane: the main window is not part of this build yet; running headless.\n");
 
     tv::QtEventLoop loop;
@@ -104,6 +124,7 @@ int main(int argc, char** argv) {
     });
     program.onUnloaded = [&loop] { loop.quit(0); };
 
+    tv::reportStateOnStdout(program);
     if (!program.FormLoad()) return 1;
     program.common.LogLine(QStringLiteral("Tolvane is running headless; Ctrl-C stops it."));
     return loop.run();

@@ -4,5 +4,5 @@ set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 "$root/scripts/install-deps.sh"
 "$root/scripts/build.sh" release
-if [ $# -eq 0 ]; then set -- --headless; fi
+if [ $# -eq 0 ]; then set -- --demo; fi
 exec "$root/build/release/tolvane" "$@"

@@ -1,0 +1,91 @@
+#include "app/Demo.h"
+
+#include "app/Program.h"
+#include "core/XcvrCmd.h"
+#include "platform/SettingsStore.h"
+
+#include <QElapsedTimer>
+#include <QFileInfo>
+
+#include <cstdio>
+
+namespace tv {
+
+DemoRadio::~DemoRadio() { stop(); }
+
+QString DemoRadio::start(const QString& exeDir, QString* error) {
+    const QString program = exeDir + QStringLiteral("/tolvane-radiosim");
+    if (!QFileInfo(program).isExecutable()) {
+        if (error) *error = QStringLiteral("the radio simulator is missing: ") + program;
+        return {};
+    }
+    // The dial turns by itself, so that the demo shows the program following the radio.
+    sim_.setProgram(program);
+    sim_.setArguments({QStringLiteral("--model"), QString::fromLatin1(kModel), QStringLiteral("--freq"),
+                       QStringLiteral("14025.5"), QStringLiteral("--mode"), QStringLiteral("CW"),
+                       QStringLiteral("--dial-step"), QStringLiteral("100"), QStringLiteral("--dial-every"),
+                       QStringLiteral("1000")});
+    sim_.setProcessChannelMode(QProcess::SeparateChannels);
+    sim_.setStandardErrorFile(QProcess::nullDevice());
+    sim_.start();
+    if (!sim_.waitForStarted(5000)) {
+        if (error) *error = QStringLiteral("the radio simulator did not start: ") + sim_.errorString();
+        return {};
+    }
+    QByteArray out;
+    QElapsedTimer t;
+    t.start();
+    while (t.elapsed() < 5000) {
+        const qsizetype at = out.indexOf("PTY ");
+        if (at >= 0 && out.indexOf('\n', at) > at)
+            return QString::fromLocal8Bit(out.mid(at + 4, out.indexOf('\n', at) - at - 4)).trimmed();
+        if (!sim_.waitForReadyRead(200) && sim_.state() == QProcess::NotRunning) break;
+        out += sim_.readAllStandardOutput();
+    }
+    if (error) *error = QStringLiteral("the radio simulator did not name its pseudo-terminal");
+    stop();
+    return {};
+}
+
+void DemoRadio::stop() {
+    if (sim_.state() == QProcess::NotRunning) return;
+    sim_.write("quit\n");
+    if (!sim_.waitForFinished(2000)) {
+        sim_.kill();
+        sim_.waitForFinished(2000);
+    }
+}
+
+void DemoRadio::presetSettings(const QString& iniPath, const QString& pty) {
+    SettingsStore s(iniPath, nullptr);
+    const QString g = QStringLiteral("General");
+    s.SaveSetting(g, QStringLiteral("Radio"), QString::fromLatin1(kModel));
+    s.SaveSetting(g, QStringLiteral("RadioId"), QString::fromLatin1(kAddress));
+    s.SaveSetting(g, QStringLiteral("Radix"), QStringLiteral("Hexadecimal"));
+    s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
+    s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty);
+    s.SaveSetting(g, QStringLiteral("CommSpeed"), QStringLiteral("19200"));
+    s.SaveSetting(g, QStringLiteral("Interrogate"), QStringLiteral("T"));
+    s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
+    s.SaveSetting(g, QStringLiteral("MessageCapture"), QStringLiteral("T"));
+}
+
+void reportStateOnStdout(Program& program) {
+    auto print = [](const QString& line) {
+        std::fprintf(stdout, "%s\n", line.toLocal8Bit().constData());
+        std::fflush(stdout);
+    };
+    // Chained in front of whatever the upper layers hooked in.
+    auto freq = program.module.hooks.UpdateFreqDisplay;
+    program.module.hooks.UpdateFreqDisplay = [&program, freq, print] {
+        print(QStringLiteral("Radio: %1 kHz").arg(program.module.RadioFreq, 0, 'f', 3));
+        if (freq) freq();
+    };
+    auto item = program.module.hooks.ItemChanged;
+    program.module.hooks.ItemChanged = [item, print](const QString& name, const QString& value) {
+        if (name == QLatin1String("RadioMode")) print(QStringLiteral("Radio: mode ") + value);
+        if (item) item(name, value);
+    };
+}
+
+}  // namespace tv

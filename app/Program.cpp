@@ -59,7 +59,13 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
         common.ReportError(number, label, description);
     });
     settings.onWriteFailure = [this](const QString& why) { common.LogLine(QStringLiteral("Settings: ") + why); };
-    common.onLogStarted = [this] { module.ErrorLogExists(); };
+    // A failure in the caption's own update must not report itself round and round.
+    common.onErrorReported = [this] {
+        if (reportingError_) return;
+        reportingError_ = true;
+        module.ErrorLogExists();
+        reportingError_ = false;
+    };
     for (Form* f : std::initializer_list<Form*>{&main, &config, &messages}) common.registerForm(f);
     main.ClockTimer.TimerEvent = [this] { module.UpdateCaption(); };
     main.ShutdownTimer.TimerEvent = [this] {

@@ -56,6 +56,7 @@ public:
 private:
     void loadConfigForm();
     bool unloaded_ = false;
+    bool reportingError_ = false;
     bool loaded_ = false;
 };
 

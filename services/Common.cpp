@@ -111,6 +111,7 @@ void Common::ReportError(int number, const QString& label, const QString& descri
     LogLine(QStringLiteral("program error %1 in module %2: %3")
                 .arg(number)
                 .arg(label, description.isEmpty() ? ErrorText(number) : description));
+    if (onErrorReported) onErrorReported();
 }
 
 void Common::SetDebug(bool on) { debug_ = on; }

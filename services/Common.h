@@ -53,8 +53,10 @@ public:
     void SetDebug(bool on);
     bool DebugEnabled() const { return debug_; }
     bool logInUse() const { return logInUse_; }
-    // Told once, when the first line reaches the log (the caption then points at it).
+    // Told once, when the first line reaches the log.
     std::function<void()> onLogStarted;
+    // Told after each failure report (the caption then points at the log).
+    std::function<void()> onErrorReported;
     // Lines are also echoed here (the headless program writes them to standard output).
     std::function<void(const QString&)> echo;
     // A name for the month, 1 to 12: "Jan" ... "Dec".

@@ -5,6 +5,8 @@
 #include "forms/Form.h"
 #include "platform/SimEventLoop.h"
 
+#include "support/QtPrinters.h"
+
 #include <gtest/gtest.h>
 
 namespace tv {

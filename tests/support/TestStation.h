@@ -3,6 +3,7 @@
 // loop, scripted dialogs, in-memory serial devices, and the program built from them.
 
 #include "app/Program.h"
+#include "support/QtPrinters.h"
 #include "platform/Dialogs.h"
 #include "platform/FakeSerialDevice.h"
 #include "platform/SimEventLoop.h"

@@ -8,6 +8,7 @@
 #include <QFileInfo>
 
 #include <cstdio>
+#include <memory>
 
 namespace tv {
 
@@ -81,9 +82,14 @@ void reportStateOnStdout(Program& program) {
         print(QStringLiteral("Radio: %1 kHz").arg(program.module.RadioFreq, 0, 'f', 3));
         if (freq) freq();
     };
+    // Mode reports repeat with every poll: only a change is worth a line.
     auto item = program.module.hooks.ItemChanged;
-    program.module.hooks.ItemChanged = [item, print](const QString& name, const QString& value) {
-        if (name == QLatin1String("RadioMode")) print(QStringLiteral("Radio: mode ") + value);
+    auto lastMode = std::make_shared<QString>();
+    program.module.hooks.ItemChanged = [item, print, lastMode](const QString& name, const QString& value) {
+        if (name == QLatin1String("RadioMode") && value != *lastMode) {
+            *lastMode = value;
+            print(QStringLiteral("Radio: mode ") + value);
+        }
         if (item) item(name, value);
     };
 }

@@ -51,7 +51,13 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
       messages(l),
       comm(common, std::move(serialFactory)),
       module(common, main, config, messages, comm),
-      icom(module) {
+      icom(module),
+      mainLogic(module, comm),
+      configLogic(module, comm),
+      messagesLogic(module) {
+    mainLogic.connect();
+    configLogic.connect();
+    messagesLogic.connect();
     // CI-V radios of both makers speak the same bus language.
     module.setProtocol(QLatin1Char('I'), &icom);
     module.setProtocol(QLatin1Char('T'), &icom);
@@ -66,7 +72,9 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
         module.ErrorLogExists();
         reportingError_ = false;
     };
-    for (Form* f : std::initializer_list<Form*>{&main, &config, &messages}) common.registerForm(f);
+    for (Form* f : std::initializer_list<Form*>{&main, &config, &messages, &messages.note, &messages.overflow,
+                                                &messages.reject})
+        common.registerForm(f);
     main.ClockTimer.TimerEvent = [this] { module.UpdateCaption(); };
     main.ShutdownTimer.TimerEvent = [this] {
         main.ShutdownTimer.setEnabled(false);
@@ -109,6 +117,7 @@ bool Program::FormLoad() {
         main.OriginalFormHeight.setCaption(QString::number(main.height()));
         // 5.
         loadConfigForm();
+        messagesLogic.FormLoad();
         comm.InitializePort();
         // 6.
         common.LogLine(QStringLiteral("KavMain.Form_load: forms loaded"));

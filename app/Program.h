@@ -10,6 +10,9 @@
 #include "platform/SettingsStore.h"
 #include "protocols/Icom.h"
 #include "services/Common.h"
+#include "windows/KavConfigLogic.h"
+#include "windows/KavMainLogic.h"
+#include "windows/KavMessagesLogic.h"
 
 #include <QString>
 
@@ -52,6 +55,10 @@ public:
     KavComm comm;
     KavModule module;
     IcomProtocol icom;
+    // The windows' handlers, toolkit-free: the same with or without a display.
+    KavMainLogic mainLogic;
+    KavConfigLogic configLogic;
+    KavMessagesLogic messagesLogic;
 
 private:
     void loadConfigForm();

@@ -30,6 +30,12 @@ struct UpperHooks {
     std::function<void()> DDETerminate;
     std::function<void()> SaveAutoRepeatRate;
     std::function<void()> UpdateWindow;
+    std::function<void(bool)> SetFilterFrameVisibility;
+    std::function<void()> UpdateCurrentModeCaptions;
+    std::function<void()> ResetControlFolderErrorFlag;
+    std::function<void(bool)> ShowMemoryBanks;
+    // The operator chose transceiver 0..2 by its button.
+    std::function<void(int)> SelectMultiXcvrByIndex;
     // The captions of the mode options after the filter group of a mode changed.
     std::function<void(int mode)> UpdateModeCaption;
     // The meter reading, 0 to 1 of full scale.

@@ -166,6 +166,7 @@ void KavModule::Initialize() {
             config_.UserCommandsEnableBox.setChecked(true);
         }
         ShowMemoryBankSetting = readBool(QStringLiteral("ShowMemoryBank"), QStringLiteral("False"));
+        callHook(hooks.ShowMemoryBanks, ShowMemoryBankSetting);
         config_.DualReceiveEnableBox.setChecked(readBool(QStringLiteral("DualReceiveEnabled"), QStringLiteral("1")));
         config_.PollInterval.setText(settings().GetSetting(kGeneral, QStringLiteral("InterrogateInterval"), QStringLiteral("200")));
         // 6. The interval is known now; the command timer runs from here on.

@@ -17,6 +17,13 @@ class LoopTimer;
 
 // Modifier masks of mouse and key events.
 enum ShiftMask : int { kShift = 1, kCtrl = 2, kAlt = 4 };
+// Key codes of KeyDown and KeyUp (the virtual-key numbering the handlers are written in).
+enum KeyCode : int {
+    kKeyBack = 8, kKeyTab = 9, kKeyReturn = 13, kKeyEscape = 27, kKeyPageUp = 33, kKeyPageDown = 34,
+    kKeyEnd = 35, kKeyHome = 36, kKeyLeft = 37, kKeyUp = 38, kKeyRight = 39, kKeyDown = 40,
+    kKeyInsert = 45, kKeyDelete = 46, kKeyF1 = 112, kKeyF2 = 113, kKeyF3 = 114, kKeyF4 = 115,
+    kKeyF5 = 116, kKeyF12 = 123
+};
 // Mouse buttons.
 enum MouseButton : int { kLeftButton = 1, kRightButton = 2, kMiddleButton = 4 };
 
@@ -46,6 +53,13 @@ public:
     int width() const { return width_; }
     int height() const { return height_; }
     void setBounds(int left, int top, int width, int height);
+    // Text colour as 0xBBGGRR (255 is red); 0 is the default black.
+    unsigned foreColor() const { return foreColor_; }
+    void setForeColor(unsigned c) {
+        if (c == foreColor_) return;
+        foreColor_ = c;
+        changed();
+    }
     const QString& tag() const { return tag_; }
     void setTag(const QString& t) { tag_ = t; }
 
@@ -89,6 +103,7 @@ private:
     QString caption_, toolTip_, tag_;
     bool visible_ = true, enabled_ = true;
     int left_ = 0, top_ = 0, width_ = 0, height_ = 0;
+    unsigned foreColor_ = 0;
 };
 
 class Label : public Control {

@@ -107,6 +107,7 @@ KavConfig::KavConfig(EventLoop& loop)
     set(RTSButton[3], QStringLiteral("flow control"), QStringLiteral("click for hardware flow control using RTS and CTS"));
     set(ConfigComHelpCmd, QStringLiteral("Help"), QStringLiteral("display configuration help"));
 
+    for (int i = 0; i < 3; ++i) set(DeviceEnabled[i], QStringLiteral("Enable"));
     set(ModeFiltersEnabledCheck, QStringLiteral("restore Filter Group on mode change"));
 }
 
@@ -133,6 +134,7 @@ int KavConfig::tabOf(const Control& c) const {
         QStringLiteral("RTSFrame"),       QStringLiteral("RTSButton"),     QStringLiteral("ConfigComHelpCmd")};
     if (general.contains(c.name())) return 0;
     if (com.contains(c.name())) return 1;
+    if (c.name() == QStringLiteral("DeviceEnabled")) return 2 + c.index();
     if (c.name() == QStringLiteral("ModeFiltersEnabledCheck")) return 5;
     return -1;
 }

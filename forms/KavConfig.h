@@ -92,6 +92,9 @@ public:
     ControlArray<OptionButton> RTSButton{this, QStringLiteral("RTSButton"), 0, 3, &rtsGroup};
     CommandButton ConfigComHelpCmd{this, QStringLiteral("ConfigComHelpCmd")};
 
+    // ---- tabs "Device 0" to "Device 2" (the part the main window reads) ----
+    ControlArray<CheckBox> DeviceEnabled{this, QStringLiteral("DeviceEnabled"), 0, 2};
+
     // ---- tab "Filter Grps" (the part the core reads) ----
     CheckBox ModeFiltersEnabledCheck{this, QStringLiteral("ModeFiltersEnabledCheck")};
 

@@ -74,6 +74,13 @@ KavMain::KavMain(EventLoop& loop) : Form(loop, QStringLiteral("KavMain"), QStrin
     ShiftCombo.setToolTip(QStringLiteral("select the passband shift (hz)"));
     set(WidthLabel, "Width");
     WidthCombo.setToolTip(QStringLiteral("select the passband width (hz)"));
+    set(MemoryBankFrame, "");
+    MemoryBankFrame.setVisible(false);
+    for (int i = 0; i < 3; ++i) {
+        DeviceFrame[i].setCaption(QStringLiteral("Device"));
+        DeviceFrame[i].setVisible(false);
+    }
+    set(UserCommandFrame, "User-defined Command Sequences");
     set(MessagesCmd, "Msgs", "display CI-V messages");
     set(ControlHelpCmd, "Help", "display help panel for Control");
     set(ConfigCmd, "Config", "display configuration window");

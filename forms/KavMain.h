@@ -95,6 +95,11 @@ public:
     ComboBox WidthCombo{this, QStringLiteral("WidthCombo")};
     Label WidthLabel{this, QStringLiteral("WidthLabel")};
 
+    // ---- the shared area: memory bank or filter, device and PTT frames ----
+    Frame MemoryBankFrame{this, QStringLiteral("MemoryBankFrame")};
+    ControlArray<Frame> DeviceFrame{this, QStringLiteral("DeviceFrame"), 0, 2};
+    Frame UserCommandFrame{this, QStringLiteral("UserCommandFrame")};
+
     // ---- the other windows ----
     CommandButton MessagesCmd{this, QStringLiteral("MessagesCmd")};
     CommandButton ControlHelpCmd{this, QStringLiteral("ControlHelpCmd")};

@@ -190,8 +190,7 @@ TEST_F(Icom, AddressesInBothRadixesAndTheDefaultFillsOnlyAnEmptyOrZeroField) {
     EXPECT_TRUE(st.p().config.Address.text().isEmpty());
     // Decimal: the field converts, and the default reads in decimal.
     st.p().config.Address.setText(QStringLiteral("5C"));
-    st.p().config.DecSel.setValue(true);
-    m().SelectDecimalRadix();
+    st.p().config.DecSel.userClick();
     EXPECT_EQ(st.p().config.Address.text(), QStringLiteral("92"));
     EXPECT_EQ(st.p().config.DefaultAddress.caption(), QStringLiteral("Default: 70"));
     st.p().config.Address.setText(QStringLiteral("256"));

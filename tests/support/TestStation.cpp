@@ -46,6 +46,7 @@ bool TestStation::start() {
         return d;
     });
     for (auto& [letter, proto] : protocols) program->module.setProtocol(letter, proto.get());
+    if (onCreate) onCreate(*program);
     const bool ok = program->FormLoad();
     loop.runPosted();
     return ok;

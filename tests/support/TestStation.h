@@ -40,6 +40,8 @@ public:
 
     // Settings written before the program starts (section, key, value).
     void preset(const QString& section, const QString& key, const QString& value);
+    // Called with the new program before its load: tests attach what they need to it there.
+    std::function<void(Program&)> onCreate;
     // Builds the program and runs its load. Returns what FormLoad returned.
     bool start();
     // Unloads (as the window's close) and destroys the program; the files stay for a second start.

@@ -1,0 +1,338 @@
+// tolvane-radiosim: a simulated CI-V radio on a pseudo-terminal (or on a given tty), driven by the
+// controller through the bus and by a person or a test through stdin.
+
+#include "tools/radiosim/CivRadio.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+using tv::sim::CivModel;
+using tv::sim::CivRadio;
+
+namespace {
+
+int g_signalPipe[2] = {-1, -1};
+
+void onSignal(int) {
+    const char c = 1;
+    [[maybe_unused]] const ssize_t n = ::write(g_signalPipe[1], &c, 1);
+}
+
+void logLine(const QString& line) {
+    std::fputs(qPrintable(line + QLatin1Char('\n')), stderr);
+    std::fflush(stderr);
+}
+
+bool setNonBlocking(int fd) {
+    const int flags = ::fcntl(fd, F_GETFL);
+    return flags >= 0 && ::fcntl(fd, F_SETFL, flags | O_NONBLOCK) == 0;
+}
+
+bool makeRaw(int fd) {
+    termios t{};
+    if (::tcgetattr(fd, &t) != 0) return false;
+    ::cfmakeraw(&t);
+    return ::tcsetattr(fd, TCSANOW, &t) == 0;
+}
+
+// The bus end of the simulator: reads the controller's bytes, writes the radio's, and queues what a
+// full pty buffer won't take yet.
+class Bus : public QObject {
+public:
+    // `slave` is our own hold on the pty's other end, or -1 on a device.
+    Bus(int fd, int slave, CivRadio& radio, QObject* parent)
+        : QObject(parent), fd_(fd), slave_(slave), radio_(radio) {
+        setNonBlocking(fd_);
+        reader_ = new QSocketNotifier(fd_, QSocketNotifier::Read, this);
+        writer_ = new QSocketNotifier(fd_, QSocketNotifier::Write, this);
+        writer_->setEnabled(false);
+        connect(reader_, &QSocketNotifier::activated, this, [this] { readAll(); });
+        connect(writer_, &QSocketNotifier::activated, this, [this] { flush(); });
+    }
+
+    void send(const QByteArray& bytes) {
+        if (bytes.isEmpty()) return;
+        logLine(QStringLiteral("-> ") + QString::fromLatin1(bytes.toHex(' ').toUpper()));
+        pending_.append(bytes);
+        flush();
+    }
+
+private:
+    void readAll() {
+        QByteArray in;
+        char buf[512];
+        for (;;) {
+            const ssize_t n = ::read(fd_, buf, sizeof buf);
+            if (n > 0) {
+                in.append(buf, int(n));
+                continue;
+            }
+            if (n < 0 && errno == EINTR) continue;
+            if (n < 0 && errno != EAGAIN && errno != EWOULDBLOCK) {
+                // EIO while nobody holds the other end: wait a little instead of spinning.
+                reader_->setEnabled(false);
+                QTimer::singleShot(200, this, [this] { reader_->setEnabled(true); });
+            }
+            break;
+        }
+        if (in.isEmpty()) return;
+        logLine(QStringLiteral("<- ") + QString::fromLatin1(in.toHex(' ').toUpper()));
+        const QByteArray out = radio_.receive(in);
+        // The echo is the interface's and always comes back; log only the radio's own answer.
+        const QByteArray answer = out.mid(in.size());
+        if (!answer.isEmpty())
+            logLine(QStringLiteral("-> ") + QString::fromLatin1(answer.toHex(' ').toUpper()));
+        pending_.append(out);
+        flush();
+    }
+
+    void flush() {
+        while (!pending_.isEmpty()) {
+            const ssize_t n = ::write(fd_, pending_.constData(), size_t(pending_.size()));
+            if (n > 0) {
+                pending_.remove(0, int(n));
+                flushedSlave_ = false;
+                continue;
+            }
+            if (n < 0 && errno == EINTR) continue;
+            if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK) && slave_ >= 0 && !flushedSlave_) {
+                // The pty is full because nobody reads it: what we said went unheard, as on a line
+                // with no listener. Drop it so that a client opening later doesn't get stale reports.
+                ::tcflush(slave_, TCIFLUSH);
+                flushedSlave_ = true;
+                continue;
+            }
+            if (n < 0 && errno != EAGAIN && errno != EWOULDBLOCK) {
+                logLine(QStringLiteral("write failed: ") + QString::fromLocal8Bit(std::strerror(errno)));
+                pending_.clear();  // a dead line: what the radio said is lost, as on a real bus
+            }
+            break;
+        }
+        writer_->setEnabled(!pending_.isEmpty());
+    }
+
+    int fd_;
+    int slave_;
+    bool flushedSlave_ = false;
+    CivRadio& radio_;
+    QSocketNotifier* reader_;
+    QSocketNotifier* writer_;
+    QByteArray pending_;
+};
+
+// One stdin command; returns false for "quit".
+bool runCommand(const QString& line, CivRadio& radio, Bus& bus) {
+    const QStringList w = line.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (w.isEmpty()) return true;
+    const QString cmd = w[0].toLower();
+    const QString arg = w.size() > 1 ? w[1] : QString();
+    bool ok = false;
+    if (cmd == QLatin1String("quit") || cmd == QLatin1String("exit")) return false;
+    if (cmd == QLatin1String("dial")) {
+        const qint64 delta = arg.toLongLong(&ok);
+        if (ok) bus.send(radio.turnDial(delta));
+    } else if (cmd == QLatin1String("freq")) {
+        const double khz = arg.toDouble(&ok);
+        if (ok) bus.send(radio.setFrequency(qRound64(khz * 1000.0)));
+    } else if (cmd == QLatin1String("mode")) {
+        const int m = CivRadio::modeIndex(arg);
+        const int filter = w.size() > 2 ? w[2].toInt() : radio.filter();
+        ok = m >= 0;
+        if (ok) bus.send(radio.setMode(m, filter));
+    } else if (cmd == QLatin1String("silent") || cmd == QLatin1String("transceive")) {
+        ok = arg == QLatin1String("on") || arg == QLatin1String("off");
+        if (ok && cmd == QLatin1String("silent")) radio.setSilent(arg == QLatin1String("on"));
+        if (ok && cmd == QLatin1String("transceive")) radio.setTransceive(arg == QLatin1String("on"));
+    } else if (cmd == QLatin1String("reject")) {
+        radio.setRejectNext(true);
+        ok = true;
+    } else if (cmd == QLatin1String("garbage")) {
+        const int n = arg.isEmpty() ? 20 : arg.toInt(&ok);
+        ok = arg.isEmpty() || (ok && n >= 0 && n <= 4096);
+        if (ok) bus.send(CivRadio::garbage(n, QRandomGenerator::global()->generate()));
+    } else if (cmd == QLatin1String("meter")) {
+        const int v = arg.toInt(&ok);
+        if (ok) radio.setMeter(v);
+    } else {
+        logLine(QStringLiteral("unknown command: %1 (dial, freq, mode, silent, transceive, reject, garbage, "
+                               "meter, quit)").arg(line.trimmed()));
+        return true;
+    }
+    logLine(ok ? QStringLiteral("%1: %2 Hz %3").arg(line.trimmed()).arg(radio.frequency()).arg(CivRadio::modeName(radio.mode()))
+               : QStringLiteral("bad argument: %1").arg(line.trimmed()));
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("tolvane-radiosim"));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("A simulated CI-V radio on a pseudo-terminal. Prints \"PTY <path>\" on stdout, logs the "
+                       "bus in hexadecimal on stderr, and reads commands on stdin: dial +100, freq 7010.5, "
+                       "mode CW, silent on|off, transceive on|off, reject, garbage 20, meter 120, quit."));
+    parser.addHelpOption();
+    const QCommandLineOption modelOpt(QStringLiteral("model"),
+                                      QStringLiteral("Radio model: %1.").arg(CivRadio::modelNames().join(QStringLiteral(", "))),
+                                      QStringLiteral("NAME"), QStringLiteral("IC-7300"));
+    const QCommandLineOption addressOpt(QStringLiteral("address"), QStringLiteral("CI-V address in hex, instead of the model's."),
+                                        QStringLiteral("HEX"));
+    const QCommandLineOption deviceOpt(QStringLiteral("device"), QStringLiteral("Use this tty instead of making a pseudo-terminal."),
+                                       QStringLiteral("PATH"));
+    const QCommandLineOption freqOpt(QStringLiteral("freq"), QStringLiteral("Initial frequency in kHz."), QStringLiteral("KHZ"));
+    const QCommandLineOption modeOpt(QStringLiteral("mode"), QStringLiteral("Initial mode (LSB, USB, AM, CW, RTTY, FM, WBFM, CW-R, RTTY-R)."),
+                                     QStringLiteral("NAME"));
+    const QCommandLineOption noTransceiveOpt(QStringLiteral("no-transceive"), QStringLiteral("Don't report changes made at the radio."));
+    const QCommandLineOption dialStepOpt(QStringLiteral("dial-step"), QStringLiteral("Turn the dial by itself by this many Hz."),
+                                         QStringLiteral("HZ"));
+    const QCommandLineOption dialEveryOpt(QStringLiteral("dial-every"), QStringLiteral("... every this many milliseconds."),
+                                          QStringLiteral("MS"), QStringLiteral("1000"));
+    parser.addOptions({modelOpt, addressOpt, deviceOpt, freqOpt, modeOpt, noTransceiveOpt, dialStepOpt, dialEveryOpt});
+    parser.process(app);
+
+    auto fail = [](const QString& msg) {
+        logLine(QStringLiteral("tolvane-radiosim: ") + msg);
+        return 2;
+    };
+
+    std::optional<CivModel> model = CivRadio::model(parser.value(modelOpt));
+    if (!model) return fail(QStringLiteral("unknown model %1; known: %2").arg(parser.value(modelOpt), CivRadio::modelNames().join(QStringLiteral(", "))));
+    if (parser.isSet(addressOpt)) {
+        bool ok = false;
+        const uint address = parser.value(addressOpt).toUInt(&ok, 16);
+        if (!ok || address > 0xFF || address == 0x00 || address == 0xE0)
+            return fail(QStringLiteral("bad address %1 (hex 01..FF, not E0)").arg(parser.value(addressOpt)));
+        model->address = uint8_t(address);
+    }
+    CivRadio radio(*model);
+    radio.setTransceive(!parser.isSet(noTransceiveOpt));
+    if (parser.isSet(freqOpt)) {
+        bool ok = false;
+        const double khz = parser.value(freqOpt).toDouble(&ok);
+        if (!ok || khz < 0) return fail(QStringLiteral("bad frequency %1").arg(parser.value(freqOpt)));
+        radio.setFrequency(qRound64(khz * 1000.0));
+    }
+    if (parser.isSet(modeOpt)) {
+        const int m = CivRadio::modeIndex(parser.value(modeOpt));
+        if (m < 0) return fail(QStringLiteral("bad mode %1").arg(parser.value(modeOpt)));
+        radio.setMode(m, radio.filter());
+    }
+    qint64 dialStep = 0;
+    int dialEvery = 1000;
+    if (parser.isSet(dialStepOpt)) {
+        bool ok1 = false, ok2 = false;
+        dialStep = parser.value(dialStepOpt).toLongLong(&ok1);
+        dialEvery = parser.value(dialEveryOpt).toInt(&ok2);
+        if (!ok1 || !ok2 || dialEvery <= 0) return fail(QStringLiteral("bad --dial-step or --dial-every"));
+    }
+
+    // SIGTERM and SIGINT end the loop through a pipe, so that the exit is a normal one. Installed before
+    // the line is announced: whoever reads the announcement may stop us at once.
+    if (::pipe(g_signalPipe) == 0) {
+        setNonBlocking(g_signalPipe[0]);
+        struct sigaction sa {};
+        sa.sa_handler = onSignal;
+        sigemptyset(&sa.sa_mask);
+        ::sigaction(SIGTERM, &sa, nullptr);
+        ::sigaction(SIGINT, &sa, nullptr);
+        auto* sig = new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read, &app);
+        QObject::connect(sig, &QSocketNotifier::activated, &app, [] {
+            char c;
+            while (::read(g_signalPipe[0], &c, 1) > 0) {}
+            QCoreApplication::quit();
+        });
+    }
+    ::signal(SIGPIPE, SIG_IGN);
+
+    // Open the line: our own pseudo-terminal, or the tty we were given.
+    int fd = -1, slave = -1;
+    if (parser.isSet(deviceOpt)) {
+        const QByteArray path = QFile::encodeName(parser.value(deviceOpt));
+        fd = ::open(path.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+        if (fd < 0) return fail(QStringLiteral("can't open %1: %2").arg(parser.value(deviceOpt), QString::fromLocal8Bit(std::strerror(errno))));
+        if (::isatty(fd)) makeRaw(fd);
+        std::printf("DEVICE %s\n", path.constData());
+    } else {
+        fd = ::posix_openpt(O_RDWR | O_NOCTTY);
+        if (fd < 0 || ::grantpt(fd) != 0 || ::unlockpt(fd) != 0)
+            return fail(QStringLiteral("can't make a pseudo-terminal: %1").arg(QString::fromLocal8Bit(std::strerror(errno))));
+        const char* name = ::ptsname(fd);
+        if (!name) return fail(QStringLiteral("ptsname failed"));
+        const QByteArray slavePath(name);
+        // Held open so that reads on the master don't fail with EIO before a client opens the slave;
+        // raw, so that the client sees the bytes unchanged even if it doesn't set the line up itself.
+        slave = ::open(slavePath.constData(), O_RDWR | O_NOCTTY);
+        if (slave < 0 || !makeRaw(slave)) return fail(QStringLiteral("can't set up %1").arg(QString::fromLocal8Bit(slavePath)));
+        std::printf("PTY %s\n", slavePath.constData());
+    }
+    std::fflush(stdout);
+    logLine(QStringLiteral("%1 at address %2, %3 Hz %4")
+                .arg(model->name)
+                .arg(model->address, 2, 16, QLatin1Char('0'))
+                .arg(radio.frequency())
+                .arg(CivRadio::modeName(radio.mode())));
+
+    Bus bus(fd, slave, radio, &app);
+
+
+    // Stdin: one command a line. At end of input (e.g. started with </dev/null) the radio keeps running.
+    QByteArray stdinLine;
+    auto* in = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, &app);
+    QObject::connect(in, &QSocketNotifier::activated, &app, [&] {
+        char buf[256];
+        const ssize_t n = ::read(STDIN_FILENO, buf, sizeof buf);
+        if (n <= 0) {
+            if (n == 0 || (errno != EINTR && errno != EAGAIN)) in->setEnabled(false);
+            return;
+        }
+        stdinLine.append(buf, int(n));
+        int nl;
+        while ((nl = stdinLine.indexOf('\n')) >= 0) {
+            const QString line = QString::fromLocal8Bit(stdinLine.left(nl));
+            stdinLine.remove(0, nl + 1);
+            if (!runCommand(line, radio, bus)) {
+                in->setEnabled(false);
+                QCoreApplication::quit();
+                return;
+            }
+        }
+    });
+
+    // The demo's restless operator: wanders up and down the band and now and then changes mode.
+    QTimer dial;
+    int steps = 0;
+    if (dialStep != 0) {
+        QObject::connect(&dial, &QTimer::timeout, &app, [&] {
+            ++steps;
+            const qint64 direction = ((steps - 1) / 20) % 2 == 0 ? 1 : -1;
+            bus.send(radio.turnDial(direction * dialStep));
+            if (steps % 10 == 0)
+                bus.send(radio.setMode(radio.mode() == CivRadio::USB ? CivRadio::CW : CivRadio::USB, radio.filter()));
+        });
+        dial.start(dialEvery);
+    }
+
+    const int rc = app.exec();
+    dial.stop();
+    delete in;
+    ::close(fd);
+    if (slave >= 0) ::close(slave);
+    logLine(QStringLiteral("tolvane-radiosim: done"));
+    return rc;
+}

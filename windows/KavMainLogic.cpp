@@ -1,0 +1,232 @@
+#include "windows/KavMainLogic.h"
+
+#include "core/KavComm.h"
+#include "core/KavModule.h"
+#include "forms/KavConfig.h"
+#include "forms/KavMain.h"
+#include "forms/KavMessages.h"
+#include "platform/SettingsStore.h"
+#include "services/Common.h"
+#include "services/Errors.h"
+
+namespace tv {
+
+namespace {
+constexpr unsigned kRed = 255;
+}
+
+KavMainLogic::KavMainLogic(KavModule& module, KavComm& comm) : m_(module), comm_(comm) {}
+
+void KavMainLogic::FocusRule() {
+    TextBox& f = m_.main().FreqDisplay;
+    if (f.visible()) f.SetFocus();
+}
+
+void KavMainLogic::connect() {
+    KavMain& w = m_.main();
+    auto handler = [](const char* label, auto body) {
+        return [label, body] { Guard(label, body); };
+    };
+    w.SplitBox.Click = handler("KavMain.SplitBox_Click", [this] { splitClick(); });
+    w.DualBox.Click = handler("KavMain.DualBox_Click", [this] { dualClick(); });
+    auto thenInterrogate = [this](void (KavModule::*op)()) {
+        return [this, op] {
+            (m_.*op)();
+            m_.InterrogateRadio();
+            FocusRule();
+        };
+    };
+    w.VFOASelCmd.Click = handler("KavMain.VFOASelCmd_Click", thenInterrogate(&KavModule::SetXcvrVFOA));
+    w.VFOBSelCmd.Click = handler("KavMain.VFOBSelCmd_Click", thenInterrogate(&KavModule::SetXcvrVFOB));
+    // Alone of its group this one asks for no interrogation.
+    w.VFOEqualCmd.Click = handler("KavMain.VFOEqualCmd_Click", [this] {
+        m_.SetXcvrVFOEqual();
+        FocusRule();
+    });
+    w.VFOXchCmd.Click = handler("KavMain.VFOXchCmd_Click", thenInterrogate(&KavModule::SetXcvrVFOXch));
+    w.MainSelCmd.Click = handler("KavMain.MainSelCmd_Click", thenInterrogate(&KavModule::SetXcvrMain));
+    w.SubSelCmd.Click = handler("KavMain.SubSelCmd_Click", thenInterrogate(&KavModule::SetXcvrSub));
+    w.MainSubEqualCmd.Click =
+        handler("KavMain.MainSubEqualCmd_Click", thenInterrogate(&KavModule::SetXcvrMainSubEqual));
+    w.MainSubXchCmd.Click = handler("KavMain.MainSubXchCmd_Click", thenInterrogate(&KavModule::SetXcvrMainSubXch));
+    w.XFCCmd.MouseDown = [this](int, int, double, double) { Guard("KavMain.XFCCmd_MouseDown", [this] { XFCStart(); }); };
+    w.XFCCmd.MouseUp = [this](int, int, double, double) { Guard("KavMain.XFCCmd_MouseUp", [this] { XFCStop(); }); };
+    w.PTTonCmd.Click = handler("KavMain.PTTonCmd_Click", [this] { pttOn(); });
+    w.PTTOffCmd.Click = handler("KavMain.PTTOffCmd_Click", [this] { pttOff(); });
+    KavConfig& c = m_.config();
+    c.PTTonCmd.Click = handler("KavConfig.PTTonCmd_Click", [this] { pttOn(); });
+    c.PTTOffCmd.Click = handler("KavConfig.PTTOffCmd_Click", [this] { pttOff(); });
+    for (int i = 0; i < 3; ++i)
+        w.XcvrSelButton[i].Click = handler("KavMain.XcvrSelButton_Click", [this, i] {
+            if (m_.ControlFlag(FlagXcvrSelButton)) {
+                m_.SetControlFlag(FlagXcvrSelButton, false);
+                return;
+            }
+            callHook(m_.hooks.SelectMultiXcvrByIndex, i);
+            FocusRule();
+        });
+    w.ConfigCmd.Click = handler("KavMain.ConfigCmd_Click", [this] {
+        FocusRule();
+        m_.config().Show();
+        m_.config().setWindowState(Form::Normal);
+        if (m_.config().raiseRequested) m_.config().raiseRequested();
+    });
+    w.MessagesCmd.Click = handler("KavMain.MessagesCmd_Click", [this] {
+        m_.messages().Show();
+        m_.messages().setWindowState(Form::Normal);
+        if (m_.messages().raiseRequested) m_.messages().raiseRequested();
+    });
+    w.ControlHelpCmd.Click =
+        handler("KavMain.ControlHelpCmd_Click", [this] { m_.common().InvokeHelp(QStringLiteral("Control.htm")); });
+    w.MBCmd.Click = handler("KavMain.MBCmd_Click", [this] {
+        ShowMemoryBanks(true);
+        FocusRule();
+    });
+    w.FDCmd.Click = handler("KavMain.FDCmd_Click", [this] {
+        ShowMemoryBanks(false);
+        FocusRule();
+    });
+    w.KeyPreview = true;
+    w.KeyDown = [this](int& key, int) {
+        Guard("KavMain.Form_KeyDown", [&] {
+            if (key == kKeyInsert) {
+                TextBox& f = m_.main().FreqDisplay;
+                f.setSelStart(0);
+                f.setSelLength(int(f.text().size()));
+                f.SetFocus();
+            } else if (key == kKeyF2) {
+                DoRcv();
+            } else if (key == kKeyF4) {
+                DoXmit();
+            }
+        });
+    };
+    w.Resize = [this] {
+        Guard("KavMain.Form_Resize", [this] {
+            callHook(m_.hooks.ItemChanged, QStringLiteral("MainWindowState"), QString::number(m_.main().windowState()));
+            UpdateWindow();
+        });
+    };
+    m_.hooks.UpdateWindow = [this] { UpdateWindow(); };
+    m_.hooks.SetFilterFrameVisibility = [this](bool v) { SetFilterFrameVisibility(v); };
+    m_.hooks.ShowMemoryBanks = [this](bool v) { ShowMemoryBanks(v); };
+}
+
+void KavMainLogic::splitClick() {
+    if (m_.ControlFlag(FlagSplitBox)) {
+        m_.SetControlFlag(FlagSplitBox, false);
+        return;
+    }
+    const bool on = m_.main().SplitBox.checked();
+    const QChar s = m_.GetRadioSupplier();
+    m_.SetXcvrSplit(on);
+    // Kenwood radios switch the transmitting VFO themselves.
+    if (s != QLatin1Char('K')) {
+        if (on)
+            m_.SelectSecondary();
+        else
+            m_.SelectPrimary();
+    }
+    if (s == QLatin1Char('I')) m_.InterrogateRadio();
+    FocusRule();
+}
+
+void KavMainLogic::dualClick() {
+    if (m_.ControlFlag(FlagDualBox)) {
+        m_.SetControlFlag(FlagDualBox, false);
+        return;
+    }
+    const bool on = m_.main().DualBox.checked();
+    m_.SetXcvrDual(on);
+    if (on)
+        m_.SelectSecondary();
+    else
+        m_.SelectPrimary();
+    if (m_.GetRadioSupplier() == QLatin1Char('I')) m_.InterrogateRadio();
+    FocusRule();
+}
+
+void KavMainLogic::XFCStart() {
+    xfcHeld_ = true;
+    m_.SetXcvrVFOXch();
+    m_.InterrogateRadio();
+    FocusRule();
+}
+
+void KavMainLogic::XFCStop() {
+    m_.SetXcvrVFOXch();
+    m_.InterrogateRadio();
+    xfcHeld_ = false;
+    FocusRule();
+}
+
+void KavMainLogic::setPttCaptions(bool transmitting) {
+    for (Frame* f : {&m_.main().PTTFrame, &m_.config().PTTFrame}) {
+        f->setCaption(transmitting ? QStringLiteral("PTT: Transmitting") : QStringLiteral("PTT"));
+        f->setForeColor(transmitting ? kRed : 0);
+    }
+}
+
+void KavMainLogic::pttOn() {
+    comm_.Transmit();
+    m_.SetXcvrTransmit();
+    setPttCaptions(true);
+    FocusRule();
+}
+
+void KavMainLogic::pttOff() {
+    comm_.Receive();
+    m_.SetXcvrReceive();
+    setPttCaptions(false);
+    FocusRule();
+}
+
+// From the keyboard: the frame keeps its caption, so the operator sees the difference.
+void KavMainLogic::DoXmit() {
+    comm_.Transmit();
+    m_.SetXcvrTransmit();
+    FocusRule();
+}
+
+void KavMainLogic::DoRcv() {
+    comm_.Receive();
+    m_.SetXcvrReceive();
+    FocusRule();
+}
+
+void KavMainLogic::SetFilterFrameVisibility(bool visible) {
+    filterFrameWanted_ = visible;
+    if (!memoryBanksShown_) m_.main().FilterFrame.setVisible(visible);
+}
+
+void KavMainLogic::ShowMemoryBanks(bool show) {
+    memoryBanksShown_ = show;
+    KavMain& w = m_.main();
+    KavConfig& c = m_.config();
+    // The third device frame takes the PTT frame's place.
+    w.PTTFrame.setVisible(!c.DeviceEnabled[2].checked() && !show);
+    w.FilterFrame.setVisible(filterFrameWanted_ && !show);
+    for (int n = 0; n < 3; ++n) w.DeviceFrame[n].setVisible(c.DeviceEnabled[n].checked() && !show);
+    w.MemoryBankFrame.setVisible(show);
+    w.MBCmd.setVisible(!show);
+    w.FDCmd.setVisible(show);
+    m_.settings().SaveSetting(QStringLiteral("General"), QStringLiteral("ShowMemoryBank"),
+                              show ? QStringLiteral("True") : QStringLiteral("False"));
+}
+
+void KavMainLogic::UpdateWindow() {
+    KavMain& w = m_.main();
+    if (w.windowState() == Form::Minimized) return;
+    if (w.windowState() == Form::Maximized) {
+        w.setWindowState(Form::Normal);
+        w.setWidth(w.MemoryBankFrame.width() + w.VFOFrame.left() + w.MemoryBankFrame.left());
+    }
+    const int design = w.OriginalFormHeight.caption().toInt();
+    if (design <= 0) return;
+    // Half the height of a line of text keeps the window's bottom edge clear of the last frame.
+    const int halfLine = 8;
+    w.setHeight(m_.config().UserCommandsEnableBox.checked() ? design
+                                                           : design - w.UserCommandFrame.height() - halfLine);
+}
+
+}  // namespace tv

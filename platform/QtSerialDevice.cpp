@@ -1,12 +1,48 @@
 #include "platform/QtSerialDevice.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QSerialPort>
-#include <QSerialPortInfo>
 
-#include <cerrno>
+#include <termios.h>
+#include <unistd.h>
 
 namespace tv {
+namespace {
+
+// Sets a flag for the length of a call, and puts back what was there (calls nest: open sets the lines).
+class QuietScope {
+public:
+    explicit QuietScope(bool& flag) : flag_(flag), before_(flag) { flag_ = true; }
+    ~QuietScope() { flag_ = before_; }
+    QuietScope(const QuietScope&) = delete;
+    QuietScope& operator=(const QuietScope&) = delete;
+
+private:
+    bool& flag_;
+    bool before_;
+};
+
+QSerialPort::Parity toParity(char p) {
+    switch (p) {
+        case 'O': return QSerialPort::OddParity;
+        case 'E': return QSerialPort::EvenParity;
+        case 'M': return QSerialPort::MarkParity;
+        case 'S': return QSerialPort::SpaceParity;
+        default: return QSerialPort::NoParity;
+    }
+}
+
+QSerialPort::DataBits toDataBits(int bits) {
+    switch (bits) {
+        case 5: return QSerialPort::Data5;
+        case 6: return QSerialPort::Data6;
+        case 7: return QSerialPort::Data7;
+        default: return QSerialPort::Data8;
+    }
+}
+
+}  // namespace
 
 QtSerialDevice::QtSerialDevice() : port_(std::make_unique<QSerialPort>()) {
     QObject::connect(port_.get(), &QSerialPort::readyRead, port_.get(), [this] {
@@ -22,38 +58,34 @@ QtSerialDevice::~QtSerialDevice() {
 }
 
 bool QtSerialDevice::open(const QString& path, const SerialSettings& s, int* errorNumber, QString* errorText) {
+    QuietScope quiet(quiet_);
     if (port_->isOpen()) port_->close();
+    port_->clearError();
     path_ = path;
-    // A symlink (/dev/serial/by-id/...) is followed, so QSerialPort finds the device and its lock.
-    const QFileInfo fi(path);
-    port_->setPortName(fi.isSymLink() ? fi.canonicalFilePath() : path);
     auto fail = [&](int number, const QString& text) {
         if (errorNumber) *errorNumber = number;
         if (errorText) *errorText = text;
         return false;
     };
-    if (!QFileInfo::exists(path)) return fail(kSerialPortNotFound, QStringLiteral("no such device: ") + path);
+    const QFileInfo fi(path);
+    if (path.isEmpty() || !fi.exists()) return fail(kSerialPortNotFound, QStringLiteral("no such device: ") + path);
+    // A symlink (/dev/serial/by-id/...) is followed, so that the lock taken is the device's own.
+    const QString device = fi.isSymLink() ? fi.canonicalFilePath() : path;
+    port_->setPortName(device);
     if (!port_->open(QIODevice::ReadWrite)) {
         const auto e = port_->error();
         const QString text = port_->errorString();
         port_->clearError();
         if (e == QSerialPort::DeviceNotFoundError) return fail(kSerialPortNotFound, text);
-        // Another program holds the device: it is busy, or its lock file is taken.
-        if (text.contains(QLatin1String("busy"), Qt::CaseInsensitive) ||
-            text.contains(QLatin1String("lock"), Qt::CaseInsensitive))
+        // A permission failure on a device we may read and write is another program's hold on it: its
+        // lock file, or the exclusive mode it set. Asked of the file system, not read from Qt's
+        // (translatable) message.
+        if (e == QSerialPort::PermissionError && ::access(QFile::encodeName(device).constData(), R_OK | W_OK) == 0)
             return fail(kSerialPortAlreadyOpen, text);
         return fail(kSerialOpenFailed, text);
     }
-    const auto parity = s.parity == 'O'   ? QSerialPort::OddParity
-                        : s.parity == 'E' ? QSerialPort::EvenParity
-                        : s.parity == 'M' ? QSerialPort::MarkParity
-                        : s.parity == 'S' ? QSerialPort::SpaceParity
-                                          : QSerialPort::NoParity;
-    const auto bits = s.dataBits == 5   ? QSerialPort::Data5
-                      : s.dataBits == 6 ? QSerialPort::Data6
-                      : s.dataBits == 7 ? QSerialPort::Data7
-                                        : QSerialPort::Data8;
-    const bool ok = port_->setBaudRate(s.baud) && port_->setParity(parity) && port_->setDataBits(bits) &&
+    const bool ok = port_->setBaudRate(s.baud) && port_->setParity(toParity(s.parity)) &&
+                    port_->setDataBits(toDataBits(s.dataBits)) &&
                     port_->setStopBits(s.stopBits == 2 ? QSerialPort::TwoStop : QSerialPort::OneStop) &&
                     port_->setFlowControl(QSerialPort::NoFlowControl);
     if (!ok) {
@@ -62,6 +94,7 @@ bool QtSerialDevice::open(const QString& path, const SerialSettings& s, int* err
         port_->close();
         return fail(kSerialOpenFailed, text);
     }
+    // Whatever the device held from before is not an answer to anything this program sent.
     port_->clear();
     return true;
 }
@@ -73,7 +106,7 @@ void QtSerialDevice::close() {
 bool QtSerialDevice::isOpen() const { return port_->isOpen(); }
 
 void QtSerialDevice::write(const QByteArray& bytes) {
-    if (port_->isOpen()) port_->write(bytes);
+    if (port_->isOpen() && !bytes.isEmpty()) port_->write(bytes);
 }
 
 QByteArray QtSerialDevice::readAll() { return port_->isOpen() ? port_->readAll() : QByteArray(); }
@@ -82,9 +115,8 @@ qint64 QtSerialDevice::bytesAvailable() const { return port_->isOpen() ? port_->
 
 bool QtSerialDevice::setLine(bool dtr, bool on) {
     if (!port_->isOpen()) return true;
-    settingLine_ = true;
+    QuietScope quiet(quiet_);
     const bool ok = dtr ? port_->setDataTerminalReady(on) : port_->setRequestToSend(on);
-    settingLine_ = false;
     if (!ok) port_->clearError();
     return ok;
 }
@@ -93,48 +125,50 @@ bool QtSerialDevice::setDtr(bool on) { return setLine(true, on); }
 
 bool QtSerialDevice::setRts(bool on) {
     // With hardware flow control the driver owns RTS.
-    if (port_->flowControl() == QSerialPort::HardwareControl) return true;
+    if (port_->isOpen() && port_->flowControl() == QSerialPort::HardwareControl) return true;
     return setLine(false, on);
 }
 
 bool QtSerialDevice::setRtsCtsFlowControl(bool on) {
     if (!port_->isOpen()) return true;
-    settingLine_ = true;
+    QuietScope quiet(quiet_);
     const bool ok = port_->setFlowControl(on ? QSerialPort::HardwareControl : QSerialPort::NoFlowControl);
-    settingLine_ = false;
     if (!ok) port_->clearError();
     return ok;
 }
 
-void QtSerialDevice::onError(int error) {
-    const auto e = QSerialPort::SerialPortError(error);
-    if (e == QSerialPort::NoError) return;
-    if (settingLine_) return;  // answered through the setter's result
-    const QString text = port_->errorString();
-    SerialFault fault = SerialFault::Other;
-    switch (e) {
-        case QSerialPort::ResourceError:
-            // The device is gone (an unplugged adapter): stop reading from it at once.
-            fault = SerialFault::DeviceRemoved;
-            break;
-        case QSerialPort::WriteError: fault = SerialFault::TxFull; break;
-        case QSerialPort::ReadError: fault = SerialFault::Overrun; break;
-        case QSerialPort::TimeoutError: return;  // only from waitFor...(), which this program doesn't use
-        case QSerialPort::OpenError:
-        case QSerialPort::DeviceNotFoundError:
-        case QSerialPort::PermissionError: return;  // reported by open()
-        default: break;
-    }
-    port_->clearError();
-    if (fault == SerialFault::DeviceRemoved && port_->isOpen()) port_->close();
-    if (onFault) onFault(fault, text);
+bool QtSerialDevice::deviceGone() const {
+    if (!port_->isOpen()) return false;
+    termios t{};
+    return ::tcgetattr(int(port_->handle()), &t) != 0;
 }
 
-QStringList presentSerialDevices() {
-    QStringList out;
-    for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts()) out << info.systemLocation();
-    out.sort();
-    return out;
+void QtSerialDevice::onError(int error) {
+    const auto e = QSerialPort::SerialPortError(error);
+    if (e == QSerialPort::NoError || quiet_) return;
+    SerialFault fault = SerialFault::Other;
+    switch (e) {
+        case QSerialPort::ResourceError: fault = SerialFault::DeviceRemoved; break;
+        case QSerialPort::ReadError:
+        case QSerialPort::WriteError:
+        case QSerialPort::UnknownError:
+            // A hung-up terminal (an unplugged adapter, a pty whose far side closed) first shows as a read
+            // that returns nothing, again and again while the port stays open: ask the device itself.
+            if (deviceGone()) fault = SerialFault::DeviceRemoved;
+            break;
+        case QSerialPort::TimeoutError:  // only from waitFor...(), which this program doesn't use
+        case QSerialPort::NotOpenError:  // a call on a closed port: nothing happened on the line
+        case QSerialPort::OpenError:
+        case QSerialPort::DeviceNotFoundError:
+        case QSerialPort::PermissionError: return;  // told by open()
+        default: break;  // Qt 6 no longer tells parity, framing and break apart: the text says what it was
+    }
+    const QString text = port_->errorString();
+    port_->clearError();
+    // Closed before anyone hears of it, so that a handler sees the state it must deal with and the
+    // dead descriptor can't raise the same error again.
+    if (fault == SerialFault::DeviceRemoved && port_->isOpen()) port_->close();
+    if (onFault) onFault(fault, text);
 }
 
 }  // namespace tv

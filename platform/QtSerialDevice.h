@@ -28,11 +28,14 @@ public:
 private:
     void onError(int error);
     bool setLine(bool dtr, bool on);
+    // True when the open descriptor no longer answers as a terminal: the device was hung up.
+    bool deviceGone() const;
 
     std::unique_ptr<QSerialPort> port_;
     QString path_;
-    // While a modem line is being set, an "unsupported" error is the answer, not a fault.
-    bool settingLine_ = false;
+    // While the port is being opened or configured, or a modem line set, an error is the answer of that
+    // call (a pty's "unsupported" for DTR, a bad speed), not a fault of the link.
+    bool quiet_ = false;
 };
 
 }  // namespace tv

@@ -9,6 +9,7 @@
 #include <QStringConverter>
 #include <QTextStream>
 
+#include <algorithm>
 #include <memory>
 #include <unistd.h>
 
@@ -238,7 +239,9 @@ bool SettingsStore::flush() {
         // Keep what we could not read, so that nothing the operator had is lost by our rewrite.
         const QString copy = path_ + QStringLiteral(".corrupt");
         QFile::remove(copy);
-        QFile::copy(path_, copy);
+        // A file we could not read at all can't be copied either: move it aside, so the rewrite below
+        // doesn't replace it.
+        if (!QFile::copy(path_, copy)) QFile::rename(path_, copy);
     }
     keepCorruptCopy_ = false;
     QString text;

@@ -67,6 +67,35 @@ TEST(SimLoop, YieldInsideAHandlerLetsDueTimersAndPostedWorkRun) {
     EXPECT_EQ(fastTicks, 1);
 }
 
+TEST(SimLoop, OnlyAFreshEnableOrANewIntervalRestartsTheCountAndZeroNeverTicks) {
+    SimEventLoop loop;
+    auto t = loop.createTimer();
+    int ticks = 0;
+    t->onTick = [&] { ++ticks; };
+    t->setInterval(200);
+    t->setEnabled(true);
+    loop.advance(150);
+    t->setEnabled(true);  // "make sure it runs" must not postpone the tick
+    loop.advance(50);
+    EXPECT_EQ(ticks, 1);
+    loop.advance(150);  // t = 350
+    t->setEnabled(false);
+    t->setEnabled(true);
+    loop.advance(199);
+    EXPECT_EQ(ticks, 1);
+    loop.advance(1);
+    EXPECT_EQ(ticks, 2);
+
+    t->setInterval(0);
+    EXPECT_TRUE(t->enabled());
+    EXPECT_EQ(loop.nextDueIn(), -1);
+    loop.advance(10000);
+    EXPECT_EQ(ticks, 2);
+    t->setInterval(1);
+    loop.advance(3);
+    EXPECT_EQ(ticks, 5);
+}
+
 class Store : public ::testing::Test {
 protected:
     QString path() const { return dir.filePath(QStringLiteral("Tolvane.ini")); }
@@ -157,6 +186,57 @@ TEST_F(Store, AFailedWriteIsToldAndNothingIsLost) {
     EXPECT_TRUE(s.flush());
     SettingsStore back(blocker + QStringLiteral("/Tolvane.ini"), nullptr);
     EXPECT_EQ(back.GetSetting(QStringLiteral("General"), QStringLiteral("Radio"), QString()), QStringLiteral("TS-2000"));
+}
+
+TEST_F(Store, AnEditorsByteOrderMarkDoesNotHideTheFirstSection) {
+    {
+        QFile f(path());
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write("\xEF\xBB\xBF[General]\r\nCommPort=3\r\n");
+    }
+    SettingsStore s(path(), nullptr);
+    EXPECT_TRUE(s.loadProblem().isEmpty()) << s.loadProblem().toStdString();
+    EXPECT_EQ(s.GetSetting(QStringLiteral("general"), QStringLiteral("commport"), QString()), QStringLiteral("3"));
+}
+
+TEST(FakeSerial, AnInProcessRadioAnswersWritesAndAnUnplugEndsTheLink) {
+    SimEventLoop loop;
+    FakeSerialDevice dev(loop);
+    dev.onWrite = [&](const QByteArray& b) {
+        if (b == "ID;") dev.feed("ID019;");
+    };
+    QByteArray heard;
+    dev.onBytesArrived = [&] { heard += dev.readAll(); };
+    std::vector<SerialFault> faults;
+    dev.onFault = [&](SerialFault f, const QString&) { faults.push_back(f); };
+
+    dev.failOpenWith = kSerialPortAlreadyOpen;
+    int n = 0;
+    QString t;
+    EXPECT_FALSE(dev.open(QStringLiteral("/dev/ttyUSB0"), SerialSettings{}, &n, &t));
+    EXPECT_EQ(n, int(kSerialPortAlreadyOpen));
+    EXPECT_FALSE(dev.isOpen());
+    dev.failOpenWith = 0;
+    SerialSettings s;
+    s.baud = 4800;
+    ASSERT_TRUE(dev.open(QStringLiteral("/dev/ttyUSB0"), s, &n, &t));
+    EXPECT_EQ(dev.lastSettings.baud, 4800);
+    EXPECT_EQ(dev.openCount, 1);
+
+    dev.write("ID;");
+    loop.runPosted();
+    EXPECT_EQ(heard, QByteArray("ID019;"));
+    dev.modemLinesSupported = false;
+    EXPECT_FALSE(dev.setDtr(true));
+    EXPECT_FALSE(dev.dtr);
+
+    dev.feed("FA;");
+    dev.unplug();
+    loop.runPosted();
+    EXPECT_EQ(faults, std::vector<SerialFault>{SerialFault::DeviceRemoved});
+    EXPECT_FALSE(dev.isOpen());
+    EXPECT_EQ(heard, QByteArray("ID019;"));  // what was in flight went with the device
+    EXPECT_EQ(dev.written, QByteArray("ID;"));
 }
 
 TEST(FakeSerial, DeliversBytesThroughTheLoopAndForgetsThemWhenClosed) {

@@ -1,0 +1,86 @@
+#include "platform/QtDialogs.h"
+
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QProcess>
+#include <QUrl>
+
+namespace tv {
+
+MsgAnswer QtDialogs::messageBox(const QString& text, const QString& title, MsgButtons buttons, MsgIcon icon) {
+    QMessageBox box(parent_);
+    box.setWindowTitle(title);
+    box.setText(text);
+    switch (icon) {
+        case MsgIcon::None: box.setIcon(QMessageBox::NoIcon); break;
+        case MsgIcon::Information: box.setIcon(QMessageBox::Information); break;
+        case MsgIcon::Warning: box.setIcon(QMessageBox::Warning); break;
+        case MsgIcon::Critical: box.setIcon(QMessageBox::Critical); break;
+        case MsgIcon::Question: box.setIcon(QMessageBox::Question); break;
+    }
+    // The first button is the default, and closing the box answers what its Cancel (or last) button would.
+    QMessageBox::StandardButtons set;
+    QMessageBox::StandardButton first = QMessageBox::Ok, escape = QMessageBox::Ok;
+    switch (buttons) {
+        case MsgButtons::Ok: set = QMessageBox::Ok; break;
+        case MsgButtons::OkCancel:
+            set = QMessageBox::Ok | QMessageBox::Cancel;
+            escape = QMessageBox::Cancel;
+            break;
+        case MsgButtons::YesNo:
+            set = QMessageBox::Yes | QMessageBox::No;
+            first = QMessageBox::Yes;
+            escape = QMessageBox::No;
+            break;
+        case MsgButtons::YesNoCancel:
+            set = QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+            first = QMessageBox::Yes;
+            escape = QMessageBox::Cancel;
+            break;
+        case MsgButtons::RetryCancel:
+            set = QMessageBox::Retry | QMessageBox::Cancel;
+            first = QMessageBox::Retry;
+            escape = QMessageBox::Cancel;
+            break;
+    }
+    box.setStandardButtons(set);
+    box.setDefaultButton(first);
+    box.setEscapeButton(escape);
+    switch (box.exec()) {
+        case QMessageBox::Cancel: return MsgAnswer::Cancel;
+        case QMessageBox::Yes: return MsgAnswer::Yes;
+        case QMessageBox::No: return MsgAnswer::No;
+        case QMessageBox::Retry: return MsgAnswer::Retry;
+        case QMessageBox::Ok: return MsgAnswer::Ok;
+        default: break;
+    }
+    return escape == QMessageBox::Ok ? MsgAnswer::Ok : escape == QMessageBox::No ? MsgAnswer::No : MsgAnswer::Cancel;
+}
+
+QString QtDialogs::openFile(const QString& title, const QString& folder, const QString& filter) {
+    return QFileDialog::getOpenFileName(parent_, title, folder, filter);
+}
+
+QString QtDialogs::saveFile(const QString& title, const QString& folder, const QString& filter) {
+    return QFileDialog::getSaveFileName(parent_, title, folder, filter);
+}
+
+QString QtDialogs::pickFolder(const QString& title, const QString& start) {
+    return QFileDialog::getExistingDirectory(parent_, title, start, QFileDialog::ShowDirsOnly);
+}
+
+bool QtDialogs::openWithDefault(const QString& path) {
+    // A web or mail address goes as it is; anything else is a file.
+    const QUrl url = path.contains(QLatin1String("://")) || path.startsWith(QLatin1String("mailto:"))
+                         ? QUrl(path)
+                         : QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath());
+    return QDesktopServices::openUrl(url);
+}
+
+bool QtDialogs::startProgram(const QString& program, const QStringList& args) {
+    return QProcess::startDetached(program, args);
+}
+
+}  // namespace tv

@@ -1,0 +1,28 @@
+#pragma once
+// Message boxes and file dialogs on the desktop. Needs a QApplication: only used when windows are shown.
+
+#include "platform/Dialogs.h"
+
+class QWidget;
+
+namespace tv {
+
+class QtDialogs : public Dialogs {
+public:
+    // Boxes and dialogs are modal to the parent's window when one is given.
+    explicit QtDialogs(QWidget* parent = nullptr) : parent_(parent) {}
+    void setParent(QWidget* parent) { parent_ = parent; }
+
+    MsgAnswer messageBox(const QString& text, const QString& title, MsgButtons buttons = MsgButtons::Ok,
+                         MsgIcon icon = MsgIcon::None) override;
+    QString openFile(const QString& title, const QString& folder, const QString& filter) override;
+    QString saveFile(const QString& title, const QString& folder, const QString& filter) override;
+    QString pickFolder(const QString& title, const QString& start) override;
+    bool openWithDefault(const QString& path) override;
+    bool startProgram(const QString& program, const QStringList& args) override;
+
+private:
+    QWidget* parent_;
+};
+
+}  // namespace tv

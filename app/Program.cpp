@@ -76,6 +76,8 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
                                                 &messages.reject})
         common.registerForm(f);
     main.ClockTimer.TimerEvent = [this] { module.UpdateCaption(); };
+    // Closing the main window ends the program, everything saved on the way.
+    main.QueryUnload = [this](int&, int) { FormUnload(); };
     main.ShutdownTimer.TimerEvent = [this] {
         main.ShutdownTimer.setEnabled(false);
         FormUnload();

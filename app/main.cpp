@@ -4,16 +4,20 @@
 #include "app/Demo.h"
 #include "app/Program.h"
 #include "platform/Dialogs.h"
+#include "platform/QtDialogs.h"
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialDevice.h"
+#include "windows/qt/Windows.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QScreen>
 #include <QSocketNotifier>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <csignal>
 #include <cstdio>
@@ -31,20 +35,36 @@ void onSignal(int) {
     [[maybe_unused]] ssize_t n = ::write(signalPipe[1], &c, 1);
 }
 
+bool wantsNoWindows(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray a(argv[i]);
+        if (a == "--headless" || a == "--help" || a == "-h" || a == "--version" || a == "-v") return true;
+    }
+    return false;
+}
+
+// Qt aborts inside its platform plugin when there is no display: say it plainly instead.
+bool displayAvailable() {
+    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+           !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    // Parse the command line before choosing the kind of application, so --help works without a display.
-    bool headless = false;
-    for (int i = 1; i < argc; ++i) {
-        const QByteArray a(argv[i]);
-        if (a == "--headless" || a == "--help" || a == "-h" || a == "--version" || a == "-v") headless = true;
+    // The kind of application is chosen before parsing, so that --help works without a display.
+    const bool noWindows = wantsNoWindows(argc, argv);
+    if (!noWindows && !displayAvailable()) {
+        std::fprintf(stderr,
+                     "tolvane: no display to open a window on (DISPLAY is not set); use --headless to run without "
+                     "windows\n");
+        return 1;
     }
     std::unique_ptr<QCoreApplication> app;
-    if (headless)
+    if (noWindows)
         app = std::make_unique<QCoreApplication>(argc, argv);
     else
-        app = std::make_unique<QCoreApplication>(argc, argv);
+        app = std::make_unique<QApplication>(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Tolvane"));
     QCoreApplication::setApplicationVersion(QStringLiteral("%1.%2.%3")
                                                 .arg(TOLVANE_VERSION_MAJOR)
@@ -63,8 +83,12 @@ int main(int argc, char** argv) {
                                  QStringLiteral("Keep settings (Tolvane.ini) and ErrorLog.txt in DIR."), QStringLiteral("DIR"));
     QCommandLineOption appOpt(QStringLiteral("app-dir"),
                               QStringLiteral("Read Radios.txt, SMeter/ and Help/ from DIR."), QStringLiteral("DIR"));
-    parser.addOptions({headlessOpt, demoOpt, configOpt, appOpt});
+    QCommandLineOption shotsOpt(QStringLiteral("screenshots"),
+                                QStringLiteral("Save pictures of the windows into DIR after a few seconds, then quit."),
+                                QStringLiteral("DIR"));
+    parser.addOptions({headlessOpt, demoOpt, configOpt, appOpt, shotsOpt});
     parser.process(*app);
+    const bool headless = parser.isSet(headlessOpt);
 
     const QString exeDir = QCoreApplication::applicationDirPath();
     tv::ProgramPaths paths;
@@ -91,20 +115,38 @@ int main(int argc, char** argv) {
             return 1;
         }
         tv::DemoRadio::presetSettings(paths.configDir + QStringLiteral("/Tolvane.ini"), pty);
-        std::fprintf(stdout, "Demo: a simulated %s answers on %s; its dial turns by itself.\n",
-                     tv::DemoRadio::kModel, pty.toLocal8Bit().constData());
+        std::fprintf(stdout, "Demo: a simulated %s answers on %s; its dial turns by itself.\n", tv::DemoRadio::kModel,
+                     pty.toLocal8Bit().constData());
+        std::fflush(stdout);
     }
-    if (!parser.isSet(headlessOpt) && !demo)
-        std::fprintf(stderr, "tolvane: the main window is not part of this build yet; running headless.\n");
 
     tv::QtEventLoop loop;
-    tv::HeadlessDialogs dialogs;
-    tv::Program program(loop, dialogs, paths, [] { return std::make_unique<tv::QtSerialDevice>(); });
-    dialogs.setSink([&program](const QString& line) { program.common.LogLine(line); });
-    program.common.echo = [](const QString& line) {
-        std::fprintf(stdout, "%s\n", line.toLocal8Bit().constData());
-        std::fflush(stdout);
-    };
+    std::unique_ptr<tv::Dialogs> dialogs;
+    tv::HeadlessDialogs* headlessDialogs = nullptr;
+    if (headless) {
+        auto d = std::make_unique<tv::HeadlessDialogs>();
+        headlessDialogs = d.get();
+        dialogs = std::move(d);
+    } else {
+        dialogs = std::make_unique<tv::QtDialogs>();
+    }
+    tv::Program program(loop, *dialogs, paths, [] { return std::make_unique<tv::QtSerialDevice>(); });
+    if (headlessDialogs) headlessDialogs->setSink([&program](const QString& line) { program.common.LogLine(line); });
+    if (headless) {
+        program.common.echo = [](const QString& line) {
+            std::fprintf(stdout, "%s\n", line.toLocal8Bit().constData());
+            std::fflush(stdout);
+        };
+        tv::reportStateOnStdout(program);
+    }
+
+    // The windows, as views on the program's form models.
+    std::unique_ptr<tv::Windows> windows;
+    if (!headless) {
+        if (QScreen* screen = QGuiApplication::primaryScreen())
+            program.common.setScreenSize(screen->geometry().width(), screen->geometry().height());
+        windows = std::make_unique<tv::Windows>(program.main, program.config, program.messages);
+    }
 
     // Ctrl-C and SIGTERM shut down in order, with every setting written.
     if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) == 0) {
@@ -124,8 +166,38 @@ int main(int argc, char** argv) {
     });
     program.onUnloaded = [&loop] { loop.quit(0); };
 
-    tv::reportStateOnStdout(program);
     if (!program.FormLoad()) return 1;
-    program.common.LogLine(QStringLiteral("Tolvane is running headless; Ctrl-C stops it."));
-    return loop.run();
+    if (headless) {
+        program.common.LogLine(QStringLiteral("Tolvane is running headless; Ctrl-C stops it."));
+    } else {
+        program.main.Show();
+        program.main.FreqDisplay.SetFocus();
+    }
+
+    if (parser.isSet(shotsOpt) && windows) {
+        // Pictures for the documentation: every window open, side by side, after the radio has spoken.
+        const QString dir = QDir(parser.value(shotsOpt)).absolutePath();
+        QDir().mkpath(dir);
+        program.config.setLeft(program.main.left() + program.main.width() + 20);
+        program.config.Show();
+        program.messages.setTop(program.main.top() + program.main.height() + 40);
+        program.messages.Show();
+        QTimer::singleShot(2500, [&] { program.config.ConfigTab.setTab(1); });
+        QTimer::singleShot(5000, [&, dir] {
+            const struct {
+                const char* form;
+                const char* file;
+            } shots[] = {{"KavMain", "main.png"}, {"KavConfig", "config-com.png"}, {"KavMessages", "messages.png"}};
+            for (const auto& s : shots)
+                if (QWidget* w = windows->window(QString::fromLatin1(s.form)))
+                    w->grab().save(dir + QLatin1Char('/') + QString::fromLatin1(s.file));
+            program.config.ConfigTab.setTab(0);
+            QCoreApplication::processEvents();
+            if (QWidget* w = windows->window(QStringLiteral("KavConfig"))) w->grab().save(dir + QStringLiteral("/config-general.png"));
+            program.FormUnload();
+        });
+    }
+    const int code = loop.run();
+    windows.reset();
+    return code;
 }

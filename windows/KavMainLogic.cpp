@@ -221,6 +221,8 @@ void KavMainLogic::UpdateWindow() {
         w.setWindowState(Form::Normal);
         w.setWidth(w.MemoryBankFrame.width() + w.VFOFrame.left() + w.MemoryBankFrame.left());
     }
+    // The sequence buttons are shown by growing the window: a view can't crop, so the frame goes too.
+    w.UserCommandFrame.setVisible(m_.config().UserCommandsEnableBox.checked());
     const int design = w.OriginalFormHeight.caption().toInt();
     if (design <= 0) return;
     // Half the height of a line of text keeps the window's bottom edge clear of the last frame.

@@ -1,0 +1,117 @@
+// The Qt windows, built offscreen over a whole program on virtual time: every control of the models
+// has its widget, and a click on a widget reaches its model as the operator's gesture.
+
+#include "support/TestStation.h"
+#include "windows/qt/Windows.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLineEdit>
+
+#include <gtest/gtest.h>
+
+namespace tv::test {
+namespace {
+
+const QString G = QStringLiteral("General");
+
+class Gui : public ::testing::Test {
+protected:
+    void SetUp() override {
+        st.preset(G, QStringLiteral("Radio"), QStringLiteral("IC-756PRO"));
+        st.preset(G, QStringLiteral("CommPort"), QStringLiteral("1"));
+        st.preset(G, QStringLiteral("Interrogate"), QStringLiteral("F"));
+        ASSERT_TRUE(st.start());
+        windows = std::make_unique<Windows>(st.p().main, st.p().config, st.p().messages);
+        st.p().main.Show();
+        st.m().InitializeXcvrCmdBuffer();
+    }
+    void TearDown() override {
+        windows.reset();
+        st.stop();
+    }
+    template <class T>
+    T* widget(const Control& c) {
+        return qobject_cast<T*>(windows->binder().widgetOf(c));
+    }
+    // The codes of the records waiting in the queue, in order.
+    std::vector<int> queued() {
+        std::vector<int> codes;
+        KavModule& m = st.m();
+        for (int i = 0, slot = m.XcvrCmdHead; i < m.XcvrCmdCount; ++i, slot = slot % 256 + 1)
+            codes.push_back(m.XcvrCmdBuffer[size_t(slot)].theCmd);
+        return codes;
+    }
+    TestStation st;
+    std::unique_ptr<Windows> windows;
+};
+
+TEST_F(Gui, EveryControlOfEveryWindowHasAWidget) {
+    int checked = 0;
+    for (FormWindow* w : windows->all())
+        for (Control* c : w->form().controls()) {
+            if (dynamic_cast<Timer*>(c)) continue;
+            EXPECT_NE(windows->binder().widgetOf(*c), nullptr) << w->form().name().toStdString() << "."
+                                                             << c->fullName().toStdString();
+            ++checked;
+        }
+    EXPECT_GT(checked, 150);
+    EXPECT_EQ(windows->window(QStringLiteral("KavMain"))->windowTitle(), st.p().main.caption());
+}
+
+TEST_F(Gui, ClicksReachTheModelsAndTheModelsRedrawTheWidgets) {
+    // PTT on: the radio is keyed through the queue and both frames say so.
+    widget<QAbstractButton>(st.p().main.PTTonCmd)->click();
+    EXPECT_EQ(queued(), (std::vector<int>{XcvrCmdPTT}));
+    EXPECT_EQ(st.p().main.PTTFrame.caption(), QStringLiteral("PTT: Transmitting"));
+    EXPECT_EQ(widget<QGroupBox>(st.p().main.PTTFrame)->title(), QStringLiteral("PTT: Transmitting"));
+    EXPECT_EQ(st.p().config.PTTFrame.caption(), QStringLiteral("PTT: Transmitting"));
+    widget<QAbstractButton>(st.p().main.PTTOffCmd)->click();
+    EXPECT_EQ(widget<QGroupBox>(st.p().main.PTTFrame)->title(), QStringLiteral("PTT"));
+
+    // Split: the operator's click sends it with the other receiver; a report sets the box under its
+    // flag and sends nothing back.
+    st.m().InitializeXcvrCmdBuffer();
+    widget<QCheckBox>(st.p().main.SplitBox)->click();
+    EXPECT_TRUE(st.p().main.SplitBox.checked());
+    EXPECT_EQ(queued(), (std::vector<int>{XcvrCmdSplit, XcvrCmdVFOB, XcvrCmdWait, XcvrCmdRequestFreq, XcvrCmdWait,
+                                          XcvrCmdRequestMode}));
+    st.m().InitializeXcvrCmdBuffer();
+    st.m().SetControlFlag(FlagSplitBox, true);
+    st.p().main.SplitBox.setChecked(false);
+    EXPECT_TRUE(queued().empty());
+    EXPECT_FALSE(widget<QCheckBox>(st.p().main.SplitBox)->isChecked());
+
+    // "A = B" alone asks for no interrogation.
+    widget<QAbstractButton>(st.p().main.VFOEqualCmd)->click();
+    EXPECT_EQ(queued(), (std::vector<int>{XcvrCmdVFOEqual}));
+}
+
+TEST_F(Gui, TheConfigurationWindowOpensAndClosingItOnlyHidesIt) {
+    widget<QAbstractButton>(st.p().main.ConfigCmd)->click();
+    FormWindow* config = windows->window(QStringLiteral("KavConfig"));
+    EXPECT_TRUE(st.p().config.visible());
+    EXPECT_TRUE(config->isVisible());
+    config->close();
+    EXPECT_FALSE(st.p().config.visible());
+    EXPECT_FALSE(st.p().unloaded());
+    // A text typed while the window is shown is stored at once.
+    st.p().config.Show();
+    st.p().config.Address.setText(QStringLiteral("5D"));
+    st.loop.runPosted();
+    EXPECT_EQ(st.stored(G, QStringLiteral("RadioId")), QStringLiteral("5D"));
+    EXPECT_EQ(widget<QLineEdit>(st.p().config.Address)->text(), QStringLiteral("5D"));
+}
+
+TEST_F(Gui, F4TransmitsWithoutChangingThePttFrame) {
+    int key = kKeyF4;
+    st.p().main.KeyDown(key, 0);
+    EXPECT_EQ(queued(), (std::vector<int>{XcvrCmdPTT}));
+    EXPECT_EQ(st.p().main.PTTFrame.caption(), QStringLiteral("PTT"));
+}
+
+}  // namespace
+}  // namespace tv::test

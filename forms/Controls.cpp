@@ -100,8 +100,17 @@ void OptionButton::setValue(bool v) {
 
 // ---- TextBox ----
 
+void TextBox::appendText(const QString& t) {
+    if (t.isEmpty()) return;
+    text_ += t;
+    appended_ = true;
+    changed();
+    fire(Change);
+}
+
 void TextBox::setText(const QString& t) {
     if (t == text_) return;
+    appended_ = false;
     text_ = t;
     selStart_ = std::min<int>(selStart_, int(text_.size()));
     selLength_ = std::min<int>(selLength_, int(text_.size()) - selStart_);

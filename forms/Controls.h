@@ -180,6 +180,10 @@ public:
     const QString& text() const { return text_; }
     // Raises Change when the text changes.
     void setText(const QString& t);
+    // Adds to the end (a log that grows): costs the added text only, raises Change.
+    void appendText(const QString& t);
+    // Whether the last change only added text at the end (a view can then add just that).
+    bool lastChangeAppended() const { return appended_; }
     int selStart() const { return selStart_; }
     int selLength() const { return selLength_; }
     void setSelStart(int s);
@@ -198,6 +202,7 @@ private:
     QString text_;
     int selStart_ = 0, selLength_ = 0;
     bool locked_ = false;
+    bool appended_ = false;
 };
 
 // A list: a drop-down list or a combo with an editable text.

@@ -63,8 +63,9 @@ void KavMessages::SelectMessageDisplay(int view) {
 void KavMessages::AppendToMessageDisplay(const QString& line, int view) {
     if (view < 0 || view > 2) return;
     logRef(view) += line;
-    // The text box mirrors the log on screen; QString shares the buffer, so this costs no copy.
-    if (view == DisplayView) MessageDisplay.setText(log(view));
+    // The text box keeps its own copy, grown the same way: sharing one buffer would copy it whole on
+    // every line, and capture would slow down as the log fills.
+    if (view == DisplayView) MessageDisplay.appendText(line);
 }
 
 const char* const Note::kPermCaption =

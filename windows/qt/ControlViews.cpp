@@ -174,22 +174,23 @@ QPlainTextEdit* ViewBinder::makeLog(TextBox& t, QWidget* parent) {
     QFont mono(QStringLiteral("Monospace"));
     mono.setStyleHint(QFont::TypeWriter);
     e->setFont(mono);
-    auto shown = std::make_shared<QString>();
-    auto sync = [&t, e, shown] {
+    auto shownLength = std::make_shared<qsizetype>(0);
+    auto sync = [&t, e, shownLength] {
         const QString& now = t.text();
         // Appending costs the new line only; anything else (a clear, another view) redraws.
-        if (now.size() >= shown->size() && !shown->isEmpty() && now.startsWith(*shown)) {
-            QString tail = now.mid(shown->size());
+        if (t.lastChangeAppended() && now.size() > *shownLength && *shownLength > 0) {
+            QString tail = now.mid(*shownLength);
             if (tail.endsWith(QLatin1String("\r\n"))) tail.chop(2);
             tail.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-            if (!tail.isEmpty()) e->appendPlainText(tail);
-        } else {
+            if (tail.startsWith(QLatin1Char('\n'))) tail.remove(0, 1);
+            e->appendPlainText(tail);
+        } else if (now.size() != *shownLength || !t.lastChangeAppended()) {
             QString all = now;
             if (all.endsWith(QLatin1String("\r\n"))) all.chop(2);
             all.replace(QLatin1String("\r\n"), QLatin1String("\n"));
             e->setPlainText(all);
         }
-        *shown = now;
+        *shownLength = now.size();
         syncCommon(t, e);
     };
     t.viewChanged = sync;

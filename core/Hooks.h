@@ -23,6 +23,11 @@ struct UpperHooks {
     std::function<void()> LoadDevices;
     std::function<void()> SaveDevices;
     std::function<void()> LoadUserSequences;
+    // User command sequences, for the suite link's verbs: by name, by button (0..7, the bank on view
+    // decides), and one command outside any sequence.
+    std::function<void(const QString&)> ExecuteNamedSequence;
+    std::function<void(int)> ActivateSequence;
+    std::function<void(const QString&)> ExecuteCommand;
     std::function<void()> SaveUserSequences;
     std::function<void()> SDRInitialize;
     std::function<void()> SDRTerminate;

@@ -49,15 +49,18 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
       main(l),
       config(l),
       messages(l),
+      sequenceEditor(l),
       comm(common, std::move(serialFactory)),
       module(common, main, config, messages, comm),
       icom(module),
       mainLogic(module, comm),
       configLogic(module, comm),
-      messagesLogic(module) {
+      messagesLogic(module),
+      sequences(module, sequenceEditor) {
     mainLogic.connect();
     configLogic.connect();
     messagesLogic.connect();
+    sequences.connect();
     // CI-V radios of both makers speak the same bus language.
     module.setProtocol(QLatin1Char('I'), &icom);
     module.setProtocol(QLatin1Char('T'), &icom);
@@ -73,7 +76,7 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
         reportingError_ = false;
     };
     for (Form* f : std::initializer_list<Form*>{&main, &config, &messages, &messages.note, &messages.overflow,
-                                                &messages.reject})
+                                                &messages.reject, &sequenceEditor})
         common.registerForm(f);
     main.ClockTimer.TimerEvent = [this] { module.UpdateCaption(); };
     // Closing the main window ends the program, everything saved on the way.
@@ -120,6 +123,7 @@ bool Program::FormLoad() {
         // 5.
         loadConfigForm();
         messagesLogic.FormLoad();
+        common.RestoreWindowPosition(sequenceEditor);
         comm.InitializePort();
         // 6.
         common.LogLine(QStringLiteral("KavMain.Form_load: forms loaded"));
@@ -157,8 +161,10 @@ void Program::FormUnload() {
         // 4.
         module.Terminate();
         // 5. The windows go; the port is closed with its window.
+        common.SaveWindowPosition(sequenceEditor);
         common.SaveWindowPosition(config);
         common.SaveWindowPosition(messages);
+        sequenceEditor.Hide();
         config.Hide();
         messages.Hide();
         comm.ClosePort();

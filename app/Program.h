@@ -2,11 +2,13 @@
 // One running program: the store, the services, the windows' models, the link and the central module,
 // brought up and taken down in their order.
 
+#include "automation/UserSequences.h"
 #include "core/KavComm.h"
 #include "core/KavModule.h"
 #include "forms/KavConfig.h"
 #include "forms/KavMain.h"
 #include "forms/KavMessages.h"
+#include "forms/UserCommandSequenceDefinition.h"
 #include "platform/SettingsStore.h"
 #include "protocols/Icom.h"
 #include "services/Common.h"
@@ -52,6 +54,7 @@ public:
     KavMain main;
     KavConfig config;
     KavMessages messages;
+    UserCommandSequenceDefinition sequenceEditor;
     KavComm comm;
     KavModule module;
     IcomProtocol icom;
@@ -59,6 +62,7 @@ public:
     KavMainLogic mainLogic;
     KavConfigLogic configLogic;
     KavMessagesLogic messagesLogic;
+    UserSequences sequences;
 
 private:
     void loadConfigForm();

@@ -145,7 +145,7 @@ int main(int argc, char** argv) {
     if (!headless) {
         if (QScreen* screen = QGuiApplication::primaryScreen())
             program.common.setScreenSize(screen->geometry().width(), screen->geometry().height());
-        windows = std::make_unique<tv::Windows>(program.main, program.config, program.messages);
+        windows = std::make_unique<tv::Windows>(program.main, program.config, program.messages, program.sequenceEditor);
     }
 
     // Ctrl-C and SIGTERM shut down in order, with every setting written.

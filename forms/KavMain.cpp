@@ -81,6 +81,12 @@ KavMain::KavMain(EventLoop& loop) : Form(loop, QStringLiteral("KavMain"), QStrin
         DeviceFrame[i].setVisible(false);
     }
     set(UserCommandFrame, "User-defined Command Sequences");
+    for (int i = 0; i < 8; ++i) {
+        UserSequence[i].setToolTip(QStringLiteral("display CI-V messages"));
+        RawCmdLabel[i].setCaption(QStringLiteral("F%1").arg(i + 5));
+    }
+    set(AltCheckBox, "", "click to select or deselect the second bank of command sequences");
+    set(Label9, "ALT");
     set(MessagesCmd, "Msgs", "display CI-V messages");
     set(ControlHelpCmd, "Help", "display help panel for Control");
     set(ConfigCmd, "Config", "display configuration window");

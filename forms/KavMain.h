@@ -100,6 +100,12 @@ public:
     ControlArray<Frame> DeviceFrame{this, QStringLiteral("DeviceFrame"), 0, 2};
     Frame UserCommandFrame{this, QStringLiteral("UserCommandFrame")};
 
+    // ---- user command sequences ----
+    ControlArray<CommandButton> UserSequence{this, QStringLiteral("UserSequence"), 0, 7};
+    ControlArray<Label> RawCmdLabel{this, QStringLiteral("RawCmdLabel"), 0, 7};
+    CheckBox AltCheckBox{this, QStringLiteral("AltCheckBox")};
+    Label Label9{this, QStringLiteral("Label9")};
+
     // ---- the other windows ----
     CommandButton MessagesCmd{this, QStringLiteral("MessagesCmd")};
     CommandButton ControlHelpCmd{this, QStringLiteral("ControlHelpCmd")};

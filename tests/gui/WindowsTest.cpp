@@ -25,7 +25,7 @@ protected:
         st.preset(G, QStringLiteral("CommPort"), QStringLiteral("1"));
         st.preset(G, QStringLiteral("Interrogate"), QStringLiteral("F"));
         ASSERT_TRUE(st.start());
-        windows = std::make_unique<Windows>(st.p().main, st.p().config, st.p().messages);
+        windows = std::make_unique<Windows>(st.p().main, st.p().config, st.p().messages, st.p().sequenceEditor);
         st.p().main.Show();
         st.m().InitializeXcvrCmdBuffer();
     }

@@ -3,6 +3,7 @@
 #include "forms/KavConfig.h"
 #include "forms/KavMain.h"
 #include "forms/KavMessages.h"
+#include "forms/UserCommandSequenceDefinition.h"
 
 #include <QBoxLayout>
 #include <QFontDatabase>
@@ -36,7 +37,7 @@ void symbol(Control& c, QWidget* w, const QString& text) {
 
 }  // namespace
 
-Windows::Windows(KavMain& main, KavConfig& config, KavMessages& messages) {
+Windows::Windows(KavMain& main, KavConfig& config, KavMessages& messages, UserCommandSequenceDefinition& editor) {
     windows_.push_back(buildMain(main));
     windows_.push_back(buildConfig(config));
     windows_.push_back(buildMessages(messages));
@@ -44,6 +45,7 @@ Windows::Windows(KavMain& main, KavConfig& config, KavMessages& messages) {
     windows_.push_back(buildSmall(messages.overflow, {&messages.overflow.Message, &messages.overflow.OKCmd}));
     windows_.push_back(buildSmall(messages.reject, {&messages.reject.Label1, &messages.reject.Command,
                                                     &messages.reject.Label2, &messages.reject.Time}));
+    windows_.push_back(buildEditor(editor));
 }
 
 Windows::~Windows() {
@@ -177,7 +179,17 @@ FormWindow* Windows::buildMain(KavMain& m) {
     shared->addWidget(W(m.MemoryBankFrame), 1);
     shared->addStretch(0);
     root->addLayout(shared);
-    root->addWidget(W(m.UserCommandFrame));
+    QWidget* seqFrame = W(m.UserCommandFrame);
+    auto* sl = layoutOf<QGridLayout>(seqFrame);
+    sl->addWidget(W(m.Label9), 0, 0);
+    sl->addWidget(W(m.AltCheckBox), 1, 0);
+    for (int i = 0; i < 8; ++i) {
+        sl->addWidget(W(m.UserSequence[i]), 0, i + 1);
+        QWidget* key = W(m.RawCmdLabel[i]);
+        qobject_cast<QLabel*>(key)->setAlignment(Qt::AlignCenter);
+        sl->addWidget(key, 1, i + 1);
+    }
+    root->addWidget(seqFrame);
 
     auto* buttons = new QHBoxLayout;
     for (Control* c : std::initializer_list<Control*>{&m.MBCmd, &m.FDCmd}) buttons->addWidget(W(*c));
@@ -343,6 +355,27 @@ FormWindow* Windows::buildSmall(Form& f, const std::vector<Control*>& rows) {
         if (!binder_.widgetOf(*c) && !dynamic_cast<Timer*>(c)) win->w(*c)->setVisible(false);
     if (f.width() <= 0) f.setWidth(360);
     if (f.height() <= 0) f.setHeight(std::max(120, win->sizeHint().height()));
+    return win;
+}
+
+FormWindow* Windows::buildEditor(UserCommandSequenceDefinition& e) {
+    auto* win = new FormWindow(e, binder_);
+    auto W = [win](Control& c) { return win->w(c); };
+    auto* root = new QGridLayout(win);
+    root->addWidget(W(e.SequenceNameLabel), 0, 0);
+    root->addWidget(W(e.SequenceName), 0, 1);
+    root->addWidget(W(e.FunctionLabel), 1, 0);
+    root->addWidget(W(e.SequenceTooltip), 1, 1, 1, 2);
+    root->addWidget(W(e.CommandLabel), 2, 1);
+    root->addWidget(W(e.NoteLabel), 2, 2);
+    for (int i = 0; i < UserCommandSequenceDefinition::kSteps; ++i) {
+        root->addWidget(W(e.SequenceLabel[i]), 3 + i, 0);
+        root->addWidget(W(e.CmdValue[i]), 3 + i, 1);
+        root->addWidget(W(e.CmdNote[i]), 3 + i, 2);
+    }
+    root->addWidget(W(e.ConfigComHelpCmd), 3 + UserCommandSequenceDefinition::kSteps, 2, Qt::AlignRight);
+    root->setColumnStretch(1, 1);
+    root->setColumnStretch(2, 1);
     return win;
 }
 

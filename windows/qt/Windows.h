@@ -12,10 +12,11 @@ namespace tv {
 class KavConfig;
 class KavMain;
 class KavMessages;
+class UserCommandSequenceDefinition;
 
 class Windows {
 public:
-    Windows(KavMain& main, KavConfig& config, KavMessages& messages);
+    Windows(KavMain& main, KavConfig& config, KavMessages& messages, UserCommandSequenceDefinition& editor);
     ~Windows();
     ViewBinder& binder() { return binder_; }
     const std::vector<FormWindow*>& all() const { return windows_; }
@@ -26,6 +27,7 @@ private:
     FormWindow* buildConfig(KavConfig& c);
     FormWindow* buildMessages(KavMessages& m);
     FormWindow* buildSmall(Form& f, const std::vector<Control*>& rows);
+    FormWindow* buildEditor(UserCommandSequenceDefinition& e);
 
     ViewBinder binder_;
     std::vector<FormWindow*> windows_;

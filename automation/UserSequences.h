@@ -1,0 +1,50 @@
+#pragma once
+// Sixteen user command sequences of sixteen steps: raw messages for the radio, or statements of a
+// small language (<WAIT>, <END>, <GOTO n>, <IFNAME name,n>, <NAME text>, <TOOLTIP text>, 'text) that
+// let one button act as a toggle. Eight sit on the main window at a time, bound to F5 to F12.
+
+#include <QString>
+
+#include <array>
+
+namespace tv {
+
+class KavModule;
+class UserCommandSequenceDefinition;
+
+class UserSequences {
+public:
+    static constexpr int kSequences = 16;
+    static constexpr int kSteps = 16;
+
+    UserSequences(KavModule& module, UserCommandSequenceDefinition& editor);
+    void connect();
+
+    void LoadUserSequences();
+    void SaveUserSequences();
+    void UpdateSequenceCaptions();
+    void UpdateSequenceBank(int base);
+    void ActivateSequence(int button);
+    void EditSequence(int index);
+    void ExecuteSequence(int index);
+    void ExecuteNamedSequence(const QString& name);
+    void ExecuteCommand(const QString& text);
+
+    std::array<QString, kSequences> SequenceNames{};
+    std::array<QString, kSequences> SequenceFunctions{};
+    std::array<std::array<QString, kSteps>, kSequences> CommandNotes{};
+    std::array<std::array<QString, kSteps>, kSequences> CommandValues{};
+    int CurrentSequence = 0;
+    // Modifier mask of the last key in the frequency box or press on a sequence button.
+    int KeyShiftState = 0;
+
+private:
+    void showName(int index);
+    void fillEditor();
+
+    KavModule& m_;
+    UserCommandSequenceDefinition& editor_;
+    bool filling_ = false;
+};
+
+}  // namespace tv

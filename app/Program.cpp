@@ -2,6 +2,7 @@
 
 #include "platform/Dialogs.h"
 #include "platform/EventLoop.h"
+#include "platform/FakeSuiteBus.h"
 #include "services/Errors.h"
 
 #include <QDir>
@@ -42,7 +43,7 @@ QString defaultAppDir(const QString& exeDir) {
     return exeDir;
 }
 
-Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFactory serialFactory)
+Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFactory serialFactory, SuiteBus* bus)
     : loop(l),
       settings((QDir().mkpath(paths.configDir), paths.configDir + QStringLiteral("/Tolvane.ini")), &l),
       common(l, settings, dialogs, makeInfo(paths)),
@@ -56,14 +57,25 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
       mainLogic(module, comm),
       configLogic(module, comm),
       messagesLogic(module),
-      sequences(module, sequenceEditor) {
+      sequences(module, sequenceEditor),
+      ownSuiteBus(bus ? nullptr : std::make_unique<FakeSuiteBus>()),
+      suiteBus(bus ? *bus : *ownSuiteBus),
+      suiteLink(module, suiteBus) {
     mainLogic.connect();
     configLogic.connect();
     messagesLogic.connect();
+    bands.connect();
+    tuning.connect();
+    freqDisplay.connect();
+    tuning.DoRcv = [this] { mainLogic.DoRcv(); };
+    tuning.DoXmit = [this] { mainLogic.DoXmit(); };
+    tuning.EditSequence = [this](int i) { sequences.EditSequence(i); };
+    // Last: the sequences take F5 to F12 in front of the frequency box's other keys.
     sequences.connect();
     // CI-V radios of both makers speak the same bus language.
     module.setProtocol(QLatin1Char('I'), &icom);
     module.setProtocol(QLatin1Char('T'), &icom);
+    module.setProtocol(QLatin1Char('K'), &kenwood);
     setErrorReporter([this](int number, const QString& label, const QString& description) {
         common.ReportError(number, label, description);
     });
@@ -87,6 +99,17 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     };
     main.ShutdownTimer.setInterval(kShutdownDelayMs);
     comm.onData = [this] { module.HandleIncomingChar(QByteArray()); };
+    SuiteActions& suite = suiteLink.actions;
+    suite.RequestShutdown = [this] { RequestShutdown(); };
+    suite.ExecuteNamedSequence = [this](const QString& name) { sequences.ExecuteNamedSequence(name); };
+    suite.ExecuteSequence = [this](int index) { sequences.ExecuteSequence(index); };
+    suite.ExecuteCommand = [this](const QString& text) { sequences.ExecuteCommand(text); };
+    suite.OpenWindows = [this] { return openWindows(); };
+    suiteLink.connect();
+}
+
+std::vector<Form*> Program::openWindows() {
+    return {&main, &config, &messages, &messages.note, &messages.overflow, &messages.reject, &sequenceEditor};
 }
 
 Program::~Program() {

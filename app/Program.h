@@ -9,9 +9,15 @@
 #include "forms/KavMain.h"
 #include "forms/KavMessages.h"
 #include "forms/UserCommandSequenceDefinition.h"
+#include "operating/Bands.h"
+#include "operating/FrequencyDisplay.h"
+#include "operating/Tuning.h"
 #include "platform/SettingsStore.h"
+#include "platform/SuiteBus.h"
 #include "protocols/Icom.h"
+#include "protocols/Kenwood.h"
 #include "services/Common.h"
+#include "suitelink/DDEServerModule.h"
 #include "windows/KavConfigLogic.h"
 #include "windows/KavMainLogic.h"
 #include "windows/KavMessagesLogic.h"
@@ -34,7 +40,9 @@ struct ProgramPaths {
 
 class Program {
 public:
-    Program(EventLoop& loop, Dialogs& dialogs, ProgramPaths paths, SerialFactory serialFactory);
+    // Without a bus the suite link runs on one in memory (tests reach it through suiteBus).
+    Program(EventLoop& loop, Dialogs& dialogs, ProgramPaths paths, SerialFactory serialFactory,
+            SuiteBus* bus = nullptr);
     ~Program();
 
     // The main window's load: everything comes up in order. False when the program must end at once
@@ -58,11 +66,21 @@ public:
     KavComm comm;
     KavModule module;
     IcomProtocol icom;
+    KenwoodProtocol kenwood{module};
     // The windows' handlers, toolkit-free: the same with or without a display.
     KavMainLogic mainLogic;
     KavConfigLogic configLogic;
     KavMessagesLogic messagesLogic;
+    // Bands, the frequency box and tuning.
+    Bands bands{module};
+    Tuning tuning{module, bands};
+    FrequencyDisplay freqDisplay{module, bands, tuning};
     UserSequences sequences;
+    std::unique_ptr<SuiteBus> ownSuiteBus;  // set only when no bus was given
+    SuiteBus& suiteBus;
+    DDEServerModule suiteLink;
+    // The program's windows in the order they load ("iconify", "resetwindows").
+    std::vector<Form*> openWindows();
 
 private:
     void loadConfigForm();

@@ -7,6 +7,7 @@
 #include "platform/QtDialogs.h"
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialDevice.h"
+#include "platform/SuiteBus.h"
 #include "windows/qt/Windows.h"
 
 #include <QApplication>
@@ -130,7 +131,10 @@ int main(int argc, char** argv) {
     } else {
         dialogs = std::make_unique<tv::QtDialogs>();
     }
-    tv::Program program(loop, *dialogs, paths, [] { return std::make_unique<tv::QtSerialDevice>(); });
+    // The suite link on the session bus; without one the program runs on unlinked.
+    const std::unique_ptr<tv::SuiteBus> suiteBus = tv::makeSessionSuiteBus();
+    tv::Program program(loop, *dialogs, paths, [] { return std::make_unique<tv::QtSerialDevice>(); },
+                        suiteBus.get());
     if (headlessDialogs) headlessDialogs->setSink([&program](const QString& line) { program.common.LogLine(line); });
     if (headless) {
         program.common.echo = [](const QString& line) {

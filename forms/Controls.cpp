@@ -228,7 +228,11 @@ void ScrollBar::setRange(int min, int max) {
 
 void ScrollBar::setValue(int v) {
     v = clamp(v);
-    if (v == value_) return;
+    // The release after a drag reports the value the thumb came to rest at, even if it didn't move
+    // since the last Scroll.
+    const bool endOfDrag = dragging_;
+    dragging_ = false;
+    if (v == value_ && !endOfDrag) return;
     value_ = v;
     changed();
     fire(Change);
@@ -236,6 +240,7 @@ void ScrollBar::setValue(int v) {
 
 void ScrollBar::dragTo(int v) {
     v = clamp(v);
+    dragging_ = true;
     if (v == value_) return;
     value_ = v;
     changed();

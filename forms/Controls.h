@@ -252,15 +252,19 @@ public:
     void setSmallChange(int s) { small_ = s; }
     void setLargeChange(int l) { large_ = l; }
     int value() const { return value_; }
-    // Raises Change when the value changes. Values outside the range are held at its ends.
+    // Raises Change when the value changes, and always at the end of a drag. Values outside the range
+    // are held at its ends.
     void setValue(int v);
-    // The operator drags the thumb: the value follows and Scroll is raised (Change comes at release).
+    // The operator drags the thumb: the value follows and Scroll is raised (Change comes at release,
+    // when the view sets the final value).
     void dragTo(int v);
+    bool dragging() const { return dragging_; }
     std::function<void()> Scroll;
 
 private:
     int clamp(int v) const;
     int min_ = 0, max_ = 32767, small_ = 1, large_ = 1, value_ = 0;
+    bool dragging_ = false;
 };
 
 // A picture box: colours, a scale, and what has been drawn on it since it was last cleared.

@@ -24,8 +24,7 @@ const QString kGeneral = QStringLiteral("General");
 bool isTrueText(const QString& v) {
     const QString t = v.trimmed();
     return t.compare(QLatin1String("True"), Qt::CaseInsensitive) == 0 ||
-           t.compare(QLatin1String("T"), Qt::CaseInsensitive) == 0 || t == QLatin1String("1") ||
-           t == QLatin1String("-1");
+           t.compare(QLatin1String("T"), Qt::CaseInsensitive) == 0 || t == QLatin1String("1");
 }
 
 // A stored number, or the default when the text isn't one.
@@ -43,6 +42,18 @@ Common::Common(EventLoop& loop, SettingsStore& settings, Dialogs& dialogs, AppIn
                QStringLiteral("Sep"), QStringLiteral("Oct"), QStringLiteral("Nov"), QStringLiteral("Dec")};
 }
 
+namespace {
+// The Common whose ReportError receives Guard() failures, so that only it withdraws them.
+const Common* reporterOwner = nullptr;
+}  // namespace
+
+Common::~Common() {
+    if (reporterOwner == this) {
+        setErrorReporter({});
+        reporterOwner = nullptr;
+    }
+}
+
 void Common::Initialize() {
     startTime_ = UTC::CurrentTime(loop_);
     defaultWidth_ = screenW_;
@@ -50,6 +61,10 @@ void Common::Initialize() {
     dualMonitor_ = isTrueText(settings_.GetSetting(kWindows, QStringLiteral("DualMonitor"), QStringLiteral("False")));
     errorLogPathname_ = QDir(info_.logDir).filePath(QStringLiteral("ErrorLog.txt"));
     browserPathname_.clear();
+    setErrorReporter([this](int number, const QString& label, const QString& description) {
+        ReportError(number, label, description);
+    });
+    reporterOwner = this;
 }
 
 void Common::Terminate() {
@@ -71,36 +86,42 @@ QString Common::stamp(const QDateTime& utc) const {
         .arg(t.toString(QStringLiteral("hh:mm:ss")));
 }
 
-void Common::writeRaw(const QString& line) {
-    if (errorLogPathname_.isEmpty()) return;
+bool Common::writeLines(const QStringList& lines) {
+    if (errorLogPathname_.isEmpty()) return false;
     QFile f(errorLogPathname_);
-    // Opened and closed for every line: a crash loses nothing that was logged.
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text)) return;
-    f.write(line.toUtf8());
-    f.write("\n");
+    // Opened and closed for every call: a crash loses nothing that was logged.
+    if (!f.open(QIODevice::WriteOnly | QIODevice::Append)) return false;
+    for (const QString& line : lines) {
+        f.write(line.toUtf8());
+        f.write("\n");
+    }
     f.close();
+    return true;
 }
 
 void Common::LogLine(const QString& text) {
+    QStringList lines;
     if (!logInUse_) {
-        logInUse_ = true;
         const QString s = stamp(startTime_.isValid() ? startTime_ : UTC::CurrentTime(loop_)) + QStringLiteral(" > ");
-        const QStringList banner = {
+        lines = QStringList{
             info_.title + QStringLiteral(" version ") + info_.version(),
             QStringLiteral("App.Path        : ") + info_.appPath,
             QStringLiteral("App.exe         : ") + info_.exeName,
             QStringLiteral("Operating System: ") + GetOSName() + QStringLiteral(" build ") + GetOSBuild(),
             QStringLiteral("Country         : ") + LocaleInfo::GetLocaleCountry(),
             QStringLiteral("Language        : ") + LocaleInfo::GetLocaleLanguage()};
-        for (const QString& b : banner) {
-            writeRaw(s + b);
-            if (echo) echo(s + b);
-        }
+        for (QString& b : lines) b.prepend(s);
+    }
+    lines << stamp(UTC::CurrentTime(loop_)) + QStringLiteral(" > ") + text;
+    // The console still hears what the file couldn't take.
+    if (echo)
+        for (const QString& l : lines) echo(l);
+    // A log that can't be written is no reason to fail, nor to claim a log exists.
+    if (!writeLines(lines)) return;
+    if (!logInUse_) {
+        logInUse_ = true;
         if (onLogStarted) onLogStarted();
     }
-    const QString line = stamp(UTC::CurrentTime(loop_)) + QStringLiteral(" > ") + text;
-    writeRaw(line);
-    if (echo) echo(line);
 }
 
 void Common::DebugLog(const QString& text) {
@@ -123,7 +144,7 @@ QString Common::GetOSName() const {
 
 QString Common::GetOSVersion() const { return QSysInfo::productVersion(); }
 
-QString Common::GetOSBuild() const { return QSysInfo::kernelType() + QLatin1Char(' ') + QSysInfo::kernelVersion(); }
+QString Common::GetOSBuild() const { return QSysInfo::kernelVersion(); }
 
 // ---- window positions ----
 
@@ -264,7 +285,11 @@ bool IsReal(const QString& text, QChar decimalSeparator) {
     return digit;
 }
 
-bool IsReal(const QString& text) { return IsReal(text, LocaleInfo::GetLocaleDecimalSeparator()); }
+bool IsReal(const QString& text) {
+    // The program's locale, which follows the user's unless the program chose another.
+    const QString p = QLocale().decimalPoint();
+    return IsReal(text, p.isEmpty() ? QLatin1Char('.') : p.at(0));
+}
 
 int SearchCombo(const ComboBox& list, const QString& text) {
     for (int i = 0; i < list.ListCount(); ++i)

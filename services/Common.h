@@ -31,8 +31,13 @@ struct AppInfo {
 class Common {
 public:
     Common(EventLoop& loop, SettingsStore& settings, Dialogs& dialogs, AppInfo info);
+    // Withdraws the guard's reporter if it is still this one's.
+    ~Common();
+    Common(const Common&) = delete;
+    Common& operator=(const Common&) = delete;
 
-    // Start: start time, OS name and build, screen sizes, DualMonitor, ErrorLogPathname, month names.
+    // Start: start time, OS name and build, screen sizes, DualMonitor, ErrorLogPathname, month names;
+    // from here on Guard() failures are reported through ReportError.
     void Initialize();
     // End: the title and " shutdown" in the log, when the log was in use.
     void Terminate();
@@ -98,7 +103,8 @@ public:
                          const QString& folder, int show);
 
 private:
-    void writeRaw(const QString& line);
+    // Appends the lines to the log in one open and close; false when the file can't be opened.
+    bool writeLines(const QStringList& lines);
     QString stamp(const QDateTime& utc) const;
 
     EventLoop& loop_;

@@ -24,7 +24,7 @@ QString ErrorText(int number) {
         {kErrPathNotFound, "Path not found"},
         {kErrObjectNotSet, "Object variable or With block variable not set"},
         {kErrInvalidPropertyValue, "Invalid property value"},
-        {kErrInternal, "Internal error"},
+        {kErrInternal, "Automation error"},
         {kErrPortInvalid, "Invalid port number"},
         {kErrPortAlreadyOpen, "Port already open"},
         {kErrPortFailed, "Could not set comm state"},

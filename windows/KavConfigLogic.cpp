@@ -79,8 +79,6 @@ void KavConfigLogic::connect() {
         handler("KavConfig.ConfigGenHelpCmd_Click", [this] { m_.common().InvokeHelp(QStringLiteral("Configuration.htm")); });
     c.ConfigComHelpCmd.Click =
         handler("KavConfig.ConfigComHelpCmd_Click", [this] { m_.common().InvokeHelp(QStringLiteral("Configuration.htm")); });
-    c.AutoRepeatScroll.Scroll = handler("KavConfig.AutoRepeatScroll_Scroll", [this] { callHook(m_.hooks.SaveAutoRepeatRate); });
-    c.AutoRepeatScroll.Change = handler("KavConfig.AutoRepeatScroll_Change", [this] { callHook(m_.hooks.SaveAutoRepeatRate); });
     c.UserCommandsEnableBox.Click = handler("KavConfig.UserCommandsEnableBox_Click", [this, store] {
         store(QStringLiteral("UserCommandsEnabled"), tf(m_.config().UserCommandsEnableBox.checked()));
         callHook(m_.hooks.UpdateWindow);

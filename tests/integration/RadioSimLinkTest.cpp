@@ -136,7 +136,8 @@ TEST_F(RadioSimLink, ARefusalShowsTheNoticeAndARadioFallingSilentHangsNothing) {
     ASSERT_TRUE(waitFor([&] { return m().XcvrCmdCount == 0; }, 5000));
     QCoreApplication::processEvents(QEventLoop::AllEvents, 300);
     simCommand("reject");
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 200);
+    // The simulator reads its stdin on its own time: let it take the order before the command leaves.
+    waitFor([] { return false; }, 500);
     m().SetXcvrFreq(3550);
     ASSERT_TRUE(waitFor([&] { return program->messages.reject.visible(); }, 5000));
     EXPECT_EQ(program->messages.reject.Command.caption(), QStringLiteral("Set Frequency"));
@@ -144,7 +145,7 @@ TEST_F(RadioSimLink, ARefusalShowsTheNoticeAndARadioFallingSilentHangsNothing) {
     EXPECT_TRUE(waitFor([&] { return m().RadioFreq == 7010.0; }, 5000)) << m().RadioFreq;
 
     simCommand("silent on");
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 200);
+    waitFor([] { return false; }, 500);
     QElapsedTimer t;
     t.start();
     m().SetXcvrFreq(21074);

@@ -12,6 +12,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QLocale>
 #include <QTemporaryDir>
 
 #include "support/QtPrinters.h"
@@ -77,20 +78,38 @@ TEST_F(Services, BannerComesOnceBeforeTheFirstLineAndDebugLinesOnlyWithDebugOn) 
 }
 
 TEST_F(Services, GuardTurnsAnyExceptionIntoOneReportAndReturns) {
-    common.Initialize();
-    setErrorReporter([this](int n, const QString& label, const QString& d) { common.ReportError(n, label, d); });
+    common.Initialize();  // from here on guarded failures reach the log
     bool after = false;
     EXPECT_FALSE(Guard("KavModule.SetXcvrFreq", [] { CheckSubscript(300, 1, 256); }));
     EXPECT_FALSE(Guard("KavModule.LoadThing", [] { throw std::runtime_error("disk on fire"); }));
     EXPECT_TRUE(Guard("KavModule.Fine", [&] { after = true; }));
-    setErrorReporter({});
     EXPECT_TRUE(after);
     EXPECT_TRUE(log().contains(QStringLiteral("> program error 9 in module KavModule.SetXcvrFreq: Subscript out of range")));
-    EXPECT_TRUE(log().contains(QStringLiteral("in module KavModule.LoadThing: ")));
-    EXPECT_TRUE(log().contains(QStringLiteral("disk on fire")));
+    EXPECT_TRUE(log().contains(QStringLiteral("> program error 440 in module KavModule.LoadThing: Automation error: disk on fire")));
+    {
+        // A Common that is gone must not stay behind as the reporter.
+        Common other(loop, store, dialogs, info());
+        other.Initialize();
+    }
+    EXPECT_FALSE(Guard("KavModule.AfterOther", [] { throw TvError(kErrDivisionByZero); }));
+    EXPECT_FALSE(log().contains(QStringLiteral("AfterOther")));
     common.ReportError(76, QStringLiteral("Common.X"));
     EXPECT_TRUE(log().contains(QStringLiteral("program error 76 in module Common.X: Path not found")));
     EXPECT_EQ(ErrorText(31337), QStringLiteral("Application-defined or object-defined error"));
+}
+
+TEST_F(Services, AnUnwritableLogFailsNothingAndTheConsoleStillHearsIt) {
+    AppInfo i = info();
+    i.logDir = dir.filePath(QStringLiteral("no/such/folder"));
+    Common lost(loop, store, dialogs, i);
+    lost.Initialize();
+    int started = 0, echoed = 0;
+    lost.onLogStarted = [&] { ++started; };
+    lost.echo = [&](const QString&) { ++echoed; };
+    lost.ReportError(53, QStringLiteral("KavModule.LoadRadioInfo"));
+    EXPECT_FALSE(lost.logInUse());
+    EXPECT_EQ(started, 0);
+    EXPECT_EQ(echoed, 7);  // banner and line, on standard output for a headless run
 }
 
 TEST_F(Services, WindowPositionsStayReachableUnlessTwoMonitorsAreInUse) {
@@ -188,6 +207,14 @@ TEST(ServiceHelpers, IsRealChecksCharactersNotSyntax) {
     EXPECT_TRUE(IsReal(QStringLiteral("14025,5"), comma));
     EXPECT_FALSE(IsReal(QStringLiteral("14025.5 "), dot));  // only leading blanks are dropped
     EXPECT_FALSE(IsReal(QStringLiteral("1e5"), dot));
+    // Without a separator given, the program's locale decides.
+    const QLocale before;
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    const bool germanComma = IsReal(QStringLiteral("14025,5"));
+    const bool germanDot = IsReal(QStringLiteral("14025.5"));
+    QLocale::setDefault(before);
+    EXPECT_TRUE(germanComma);
+    EXPECT_FALSE(germanDot);
 }
 
 TEST(ServiceHelpers, ListsTextsAndDates) {

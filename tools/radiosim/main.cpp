@@ -1,7 +1,8 @@
-// tolvane-radiosim: a simulated CI-V radio on a pseudo-terminal (or on a given tty), driven by the
-// controller through the bus and by a person or a test through stdin.
+// tolvane-radiosim: a simulated radio (CI-V or Kenwood) on a pseudo-terminal (or on a given tty), driven
+// by the controller through the line and by a person or a test through stdin.
 
 #include "tools/radiosim/CivRadio.h"
+#include "tools/radiosim/KenwoodRadio.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -21,6 +22,8 @@
 
 using tv::sim::CivModel;
 using tv::sim::CivRadio;
+using tv::sim::KenwoodModelSpec;
+using tv::sim::KenwoodRadio;
 
 namespace {
 
@@ -48,12 +51,29 @@ bool makeRaw(int fd) {
     return ::tcsetattr(fd, TCSANOW, &t) == 0;
 }
 
-// The bus end of the simulator: reads the controller's bytes, writes the radio's, and queues what a
+// What differs between the families on the line: a CI-V bus echoes every byte, a Kenwood line doesn't;
+// CI-V is logged in hexadecimal, Kenwood as the text it is; a CI-V mode carries a filter.
+int echoLength(const CivRadio&, const QByteArray& in) { return int(in.size()); }
+int echoLength(const KenwoodRadio&, const QByteArray&) { return 0; }
+QString shown(const CivRadio&, const QByteArray& bytes) { return QString::fromLatin1(bytes.toHex(' ').toUpper()); }
+QString shown(const KenwoodRadio&, const QByteArray& bytes) {
+    QString text;
+    for (char c : bytes)
+        text += (c >= 0x20 && c < 0x7F) ? QString(QLatin1Char(c)) : QStringLiteral("<%1>").arg(uint8_t(c), 2, 16, QLatin1Char('0'));
+    return text;
+}
+QByteArray setMode(CivRadio& radio, int mode, const QStringList& w) {
+    return radio.setMode(mode, w.size() > 2 ? w[2].toInt() : radio.filter());
+}
+QByteArray setMode(KenwoodRadio& radio, int mode, const QStringList&) { return radio.setMode(mode); }
+
+// The line end of the simulator: reads the controller's bytes, writes the radio's, and queues what a
 // full pty buffer won't take yet.
+template <class Radio>
 class Bus : public QObject {
 public:
     // `slave` is our own hold on the pty's other end, or -1 on a device.
-    Bus(int fd, int slave, CivRadio& radio, QObject* parent)
+    Bus(int fd, int slave, Radio& radio, QObject* parent)
         : QObject(parent), fd_(fd), slave_(slave), radio_(radio) {
         setNonBlocking(fd_);
         reader_ = new QSocketNotifier(fd_, QSocketNotifier::Read, this);
@@ -65,7 +85,7 @@ public:
 
     void send(const QByteArray& bytes) {
         if (bytes.isEmpty()) return;
-        logLine(QStringLiteral("-> ") + QString::fromLatin1(bytes.toHex(' ').toUpper()));
+        logLine(QStringLiteral("-> ") + shown(radio_, bytes));
         pending_.append(bytes);
         flush();
     }
@@ -89,12 +109,11 @@ private:
             break;
         }
         if (in.isEmpty()) return;
-        logLine(QStringLiteral("<- ") + QString::fromLatin1(in.toHex(' ').toUpper()));
+        logLine(QStringLiteral("<- ") + shown(radio_, in));
         const QByteArray out = radio_.receive(in);
-        // The echo is the interface's and always comes back; log only the radio's own answer.
-        const QByteArray answer = out.mid(in.size());
-        if (!answer.isEmpty())
-            logLine(QStringLiteral("-> ") + QString::fromLatin1(answer.toHex(' ').toUpper()));
+        // A CI-V echo is the interface's and always comes back; log only the radio's own answer.
+        const QByteArray answer = out.mid(echoLength(radio_, in));
+        if (!answer.isEmpty()) logLine(QStringLiteral("-> ") + shown(radio_, answer));
         pending_.append(out);
         flush();
     }
@@ -127,14 +146,15 @@ private:
     int fd_;
     int slave_;
     bool flushedSlave_ = false;
-    CivRadio& radio_;
+    Radio& radio_;
     QSocketNotifier* reader_;
     QSocketNotifier* writer_;
     QByteArray pending_;
 };
 
 // One stdin command; returns false for "quit".
-bool runCommand(const QString& line, CivRadio& radio, Bus& bus) {
+template <class Radio>
+bool runCommand(const QString& line, Radio& radio, Bus<Radio>& bus) {
     const QStringList w = line.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
     if (w.isEmpty()) return true;
     const QString cmd = w[0].toLower();
@@ -148,10 +168,9 @@ bool runCommand(const QString& line, CivRadio& radio, Bus& bus) {
         const double khz = arg.toDouble(&ok);
         if (ok) bus.send(radio.setFrequency(qRound64(khz * 1000.0)));
     } else if (cmd == QLatin1String("mode")) {
-        const int m = CivRadio::modeIndex(arg);
-        const int filter = w.size() > 2 ? w[2].toInt() : radio.filter();
+        const int m = CivRadio::modeIndex(arg);  // both families count modes the same way
         ok = m >= 0;
-        if (ok) bus.send(radio.setMode(m, filter));
+        if (ok) bus.send(setMode(radio, m, w));
     } else if (cmd == QLatin1String("silent") || cmd == QLatin1String("transceive")) {
         ok = arg == QLatin1String("on") || arg == QLatin1String("off");
         if (ok && cmd == QLatin1String("silent")) radio.setSilent(arg == QLatin1String("on"));
@@ -162,7 +181,7 @@ bool runCommand(const QString& line, CivRadio& radio, Bus& bus) {
     } else if (cmd == QLatin1String("garbage")) {
         const int n = arg.isEmpty() ? 20 : arg.toInt(&ok);
         ok = arg.isEmpty() || (ok && n >= 0 && n <= 4096);
-        if (ok) bus.send(CivRadio::garbage(n, QRandomGenerator::global()->generate()));
+        if (ok) bus.send(Radio::garbage(n, QRandomGenerator::global()->generate()));
     } else if (cmd == QLatin1String("meter")) {
         const int v = arg.toInt(&ok);
         if (ok) radio.setMeter(v);
@@ -176,71 +195,14 @@ bool runCommand(const QString& line, CivRadio& radio, Bus& bus) {
     return true;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("tolvane-radiosim"));
-
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("A simulated CI-V radio on a pseudo-terminal. Prints \"PTY <path>\" on stdout, logs the "
-                       "bus in hexadecimal on stderr, and reads commands on stdin: dial +100, freq 7010.5, "
-                       "mode CW, silent on|off, transceive on|off, reject, garbage 20, meter 120, quit."));
-    parser.addHelpOption();
-    const QCommandLineOption modelOpt(QStringLiteral("model"),
-                                      QStringLiteral("Radio model: %1.").arg(CivRadio::modelNames().join(QStringLiteral(", "))),
-                                      QStringLiteral("NAME"), QStringLiteral("IC-7300"));
-    const QCommandLineOption addressOpt(QStringLiteral("address"), QStringLiteral("CI-V address in hex, instead of the model's."),
-                                        QStringLiteral("HEX"));
-    const QCommandLineOption deviceOpt(QStringLiteral("device"), QStringLiteral("Use this tty instead of making a pseudo-terminal."),
-                                       QStringLiteral("PATH"));
-    const QCommandLineOption freqOpt(QStringLiteral("freq"), QStringLiteral("Initial frequency in kHz."), QStringLiteral("KHZ"));
-    const QCommandLineOption modeOpt(QStringLiteral("mode"), QStringLiteral("Initial mode (LSB, USB, AM, CW, RTTY, FM, WBFM, CW-R, RTTY-R)."),
-                                     QStringLiteral("NAME"));
-    const QCommandLineOption noTransceiveOpt(QStringLiteral("no-transceive"), QStringLiteral("Don't report changes made at the radio."));
-    const QCommandLineOption dialStepOpt(QStringLiteral("dial-step"), QStringLiteral("Turn the dial by itself by this many Hz."),
-                                         QStringLiteral("HZ"));
-    const QCommandLineOption dialEveryOpt(QStringLiteral("dial-every"), QStringLiteral("... every this many milliseconds."),
-                                          QStringLiteral("MS"), QStringLiteral("1000"));
-    parser.addOptions({modelOpt, addressOpt, deviceOpt, freqOpt, modeOpt, noTransceiveOpt, dialStepOpt, dialEveryOpt});
-    parser.process(app);
-
+// The radio on its line until "quit" or a signal. `device` empty: a pseudo-terminal of our own.
+template <class Radio>
+int serve(QCoreApplication& app, Radio& radio, const QString& device, const QString& banner, qint64 dialStep,
+          int dialEvery) {
     auto fail = [](const QString& msg) {
         logLine(QStringLiteral("tolvane-radiosim: ") + msg);
         return 2;
     };
-
-    std::optional<CivModel> model = CivRadio::model(parser.value(modelOpt));
-    if (!model) return fail(QStringLiteral("unknown model %1; known: %2").arg(parser.value(modelOpt), CivRadio::modelNames().join(QStringLiteral(", "))));
-    if (parser.isSet(addressOpt)) {
-        bool ok = false;
-        const uint address = parser.value(addressOpt).toUInt(&ok, 16);
-        if (!ok || address > 0xFF || address == 0x00 || address == 0xE0)
-            return fail(QStringLiteral("bad address %1 (hex 01..FF, not E0)").arg(parser.value(addressOpt)));
-        model->address = uint8_t(address);
-    }
-    CivRadio radio(*model);
-    radio.setTransceive(!parser.isSet(noTransceiveOpt));
-    if (parser.isSet(freqOpt)) {
-        bool ok = false;
-        const double khz = parser.value(freqOpt).toDouble(&ok);
-        if (!ok || khz < 0) return fail(QStringLiteral("bad frequency %1").arg(parser.value(freqOpt)));
-        radio.setFrequency(qRound64(khz * 1000.0));
-    }
-    if (parser.isSet(modeOpt)) {
-        const int m = CivRadio::modeIndex(parser.value(modeOpt));
-        if (m < 0) return fail(QStringLiteral("bad mode %1").arg(parser.value(modeOpt)));
-        radio.setMode(m, radio.filter());
-    }
-    qint64 dialStep = 0;
-    int dialEvery = 1000;
-    if (parser.isSet(dialStepOpt)) {
-        bool ok1 = false, ok2 = false;
-        dialStep = parser.value(dialStepOpt).toLongLong(&ok1);
-        dialEvery = parser.value(dialEveryOpt).toInt(&ok2);
-        if (!ok1 || !ok2 || dialEvery <= 0) return fail(QStringLiteral("bad --dial-step or --dial-every"));
-    }
 
     // SIGTERM and SIGINT end the loop through a pipe, so that the exit is a normal one. Installed before
     // the line is announced: whoever reads the announcement may stop us at once.
@@ -262,10 +224,10 @@ int main(int argc, char** argv) {
 
     // Open the line: our own pseudo-terminal, or the tty we were given.
     int fd = -1, slave = -1;
-    if (parser.isSet(deviceOpt)) {
-        const QByteArray path = QFile::encodeName(parser.value(deviceOpt));
+    if (!device.isEmpty()) {
+        const QByteArray path = QFile::encodeName(device);
         fd = ::open(path.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK);
-        if (fd < 0) return fail(QStringLiteral("can't open %1: %2").arg(parser.value(deviceOpt), QString::fromLocal8Bit(std::strerror(errno))));
+        if (fd < 0) return fail(QStringLiteral("can't open %1: %2").arg(device, QString::fromLocal8Bit(std::strerror(errno))));
         if (::isatty(fd)) makeRaw(fd);
         std::printf("DEVICE %s\n", path.constData());
     } else {
@@ -282,14 +244,9 @@ int main(int argc, char** argv) {
         std::printf("PTY %s\n", slavePath.constData());
     }
     std::fflush(stdout);
-    logLine(QStringLiteral("%1 at address %2, %3 Hz %4")
-                .arg(model->name)
-                .arg(model->address, 2, 16, QLatin1Char('0'))
-                .arg(radio.frequency())
-                .arg(CivRadio::modeName(radio.mode())));
+    logLine(banner);
 
-    Bus bus(fd, slave, radio, &app);
-
+    Bus<Radio> bus(fd, slave, radio, &app);
 
     // Stdin: one command a line. At end of input (e.g. started with </dev/null) the radio keeps running.
     QByteArray stdinLine;
@@ -323,7 +280,7 @@ int main(int argc, char** argv) {
             const qint64 direction = ((steps - 1) / 20) % 2 == 0 ? 1 : -1;
             bus.send(radio.turnDial(direction * dialStep));
             if (steps % 10 == 0)
-                bus.send(radio.setMode(radio.mode() == CivRadio::USB ? CivRadio::CW : CivRadio::USB, radio.filter()));
+                bus.send(setMode(radio, radio.mode() == CivRadio::USB ? CivRadio::CW : CivRadio::USB, {}));
         });
         dial.start(dialEvery);
     }
@@ -335,4 +292,99 @@ int main(int argc, char** argv) {
     if (slave >= 0) ::close(slave);
     logLine(QStringLiteral("tolvane-radiosim: done"));
     return rc;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("tolvane-radiosim"));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("A simulated CI-V or Kenwood radio on a pseudo-terminal. Prints \"PTY <path>\" on stdout, logs "
+                       "the line on stderr (CI-V in hexadecimal, Kenwood as text), and reads commands on stdin: "
+                       "dial +100, freq 7010.5, mode CW, silent on|off, transceive on|off, reject, garbage 20, "
+                       "meter 120, quit."));
+    parser.addHelpOption();
+    const QStringList allModels = CivRadio::modelNames() + KenwoodRadio::modelNames();
+    const QCommandLineOption modelOpt(QStringLiteral("model"),
+                                      QStringLiteral("Radio model: %1.").arg(allModels.join(QStringLiteral(", "))),
+                                      QStringLiteral("NAME"), QStringLiteral("IC-7300"));
+    const QCommandLineOption addressOpt(QStringLiteral("address"), QStringLiteral("CI-V address in hex, instead of the model's."),
+                                        QStringLiteral("HEX"));
+    const QCommandLineOption deviceOpt(QStringLiteral("device"), QStringLiteral("Use this tty instead of making a pseudo-terminal."),
+                                       QStringLiteral("PATH"));
+    const QCommandLineOption freqOpt(QStringLiteral("freq"), QStringLiteral("Initial frequency in kHz."), QStringLiteral("KHZ"));
+    const QCommandLineOption modeOpt(QStringLiteral("mode"), QStringLiteral("Initial mode (LSB, USB, AM, CW, RTTY, FM, WBFM, CW-R, RTTY-R)."),
+                                     QStringLiteral("NAME"));
+    const QCommandLineOption noTransceiveOpt(QStringLiteral("no-transceive"),
+                                             QStringLiteral("Don't report changes made at the radio (Kenwood: not even after AI1)."));
+    const QCommandLineOption dialStepOpt(QStringLiteral("dial-step"), QStringLiteral("Turn the dial by itself by this many Hz."),
+                                         QStringLiteral("HZ"));
+    const QCommandLineOption dialEveryOpt(QStringLiteral("dial-every"), QStringLiteral("... every this many milliseconds."),
+                                          QStringLiteral("MS"), QStringLiteral("1000"));
+    parser.addOptions({modelOpt, addressOpt, deviceOpt, freqOpt, modeOpt, noTransceiveOpt, dialStepOpt, dialEveryOpt});
+    parser.process(app);
+
+    auto fail = [](const QString& msg) {
+        logLine(QStringLiteral("tolvane-radiosim: ") + msg);
+        return 2;
+    };
+
+    std::optional<CivModel> model = CivRadio::model(parser.value(modelOpt));
+    std::optional<KenwoodModelSpec> kenwoodModel = KenwoodRadio::model(parser.value(modelOpt));
+    if (!model && !kenwoodModel)
+        return fail(QStringLiteral("unknown model %1; known: %2").arg(parser.value(modelOpt), allModels.join(QStringLiteral(", "))));
+    if (parser.isSet(addressOpt)) {
+        if (!model) return fail(QStringLiteral("--address is for CI-V radios only"));
+        bool ok = false;
+        const uint address = parser.value(addressOpt).toUInt(&ok, 16);
+        if (!ok || address > 0xFF || address == 0x00 || address == 0xE0)
+            return fail(QStringLiteral("bad address %1 (hex 01..FF, not E0)").arg(parser.value(addressOpt)));
+        model->address = uint8_t(address);
+    }
+    qint64 initialHz = -1;
+    if (parser.isSet(freqOpt)) {
+        bool ok = false;
+        const double khz = parser.value(freqOpt).toDouble(&ok);
+        if (!ok || khz < 0) return fail(QStringLiteral("bad frequency %1").arg(parser.value(freqOpt)));
+        initialHz = qRound64(khz * 1000.0);
+    }
+    int initialMode = -1;
+    if (parser.isSet(modeOpt)) {
+        initialMode = CivRadio::modeIndex(parser.value(modeOpt));
+        if (initialMode < 0) return fail(QStringLiteral("bad mode %1").arg(parser.value(modeOpt)));
+    }
+    qint64 dialStep = 0;
+    int dialEvery = 1000;
+    if (parser.isSet(dialStepOpt)) {
+        bool ok1 = false, ok2 = false;
+        dialStep = parser.value(dialStepOpt).toLongLong(&ok1);
+        dialEvery = parser.value(dialEveryOpt).toInt(&ok2);
+        if (!ok1 || !ok2 || dialEvery <= 0) return fail(QStringLiteral("bad --dial-step or --dial-every"));
+    }
+    const QString device = parser.isSet(deviceOpt) ? parser.value(deviceOpt) : QString();
+
+    if (kenwoodModel) {
+        KenwoodRadio radio(*kenwoodModel);
+        radio.setTransceive(!parser.isSet(noTransceiveOpt));
+        if (initialHz >= 0) radio.setFrequency(initialHz);
+        if (initialMode >= 0) radio.setMode(initialMode);
+        const QString banner = QStringLiteral("%1 (ID %2), %3 Hz %4")
+                                   .arg(kenwoodModel->name, QString::fromLatin1(kenwoodModel->id))
+                                   .arg(radio.frequency())
+                                   .arg(CivRadio::modeName(radio.mode()));
+        return serve(app, radio, device, banner, dialStep, dialEvery);
+    }
+    CivRadio radio(*model);
+    radio.setTransceive(!parser.isSet(noTransceiveOpt));
+    if (initialHz >= 0) radio.setFrequency(initialHz);
+    if (initialMode >= 0) radio.setMode(initialMode, radio.filter());
+    const QString banner = QStringLiteral("%1 at address %2, %3 Hz %4")
+                               .arg(model->name)
+                               .arg(model->address, 2, 16, QLatin1Char('0'))
+                               .arg(radio.frequency())
+                               .arg(CivRadio::modeName(radio.mode()));
+    return serve(app, radio, device, banner, dialStep, dialEvery);
 }

@@ -83,8 +83,12 @@ public:
         t_.setSelLength(e_->hasSelectedText() ? int(e_->selectedText().size()) : 0);
         int code = modelKeyCode(k->key());
         if (code) {
+            const bool ownHandler = bool(t_.KeyDown);
             t_.keyDown(code, modelShift(k->modifiers()));
             if (code == 0) return true;
+            // A key without a character that the box handles itself goes no further (the window's
+            // own key map would act on it a second time).
+            if (ownHandler && k->text().isEmpty() && !(code >= kKeyPageUp && code <= kKeyDown)) return true;
         }
         // Keys that only move the caret stay with the editor.
         if (code >= kKeyPageUp && code <= kKeyDown && code != 0) return false;

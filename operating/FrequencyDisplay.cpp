@@ -1,0 +1,111 @@
+#include "operating/FrequencyDisplay.h"
+
+#include "core/KavModule.h"
+#include "forms/KavMain.h"
+#include "operating/Bands.h"
+#include "operating/Tuning.h"
+#include "platform/Dialogs.h"
+#include "services/Common.h"
+#include "services/Errors.h"
+
+#include <QApplication>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tv {
+
+QString FormatFrequency(double kHz, int decimals, const QLocale& locale) {
+    const QString plain = QString::number(std::fabs(kHz), 'f', decimals);  // "14025.126"
+    const qsizetype dot = plain.indexOf(QLatin1Char('.'));
+    QString whole = dot < 0 ? plain : plain.left(dot);
+    const QString fraction = dot < 0 ? QString() : plain.mid(dot + 1);
+    // "#" places show no leading zero: a frequency under 1 kHz has no whole part at all.
+    if (whole == QLatin1String("0")) whole.clear();
+    const QString group = locale.groupSeparator();
+    QString grouped;
+    for (qsizetype i = 0; i < whole.size(); ++i) {
+        if (i > 0 && (whole.size() - i) % 3 == 0) grouped += group;
+        grouped += whole.at(i);
+    }
+    QString text = kHz < 0 ? QStringLiteral("-") + grouped : grouped;
+    if (decimals > 0) text += locale.decimalPoint() + fraction;
+    return text;
+}
+
+FrequencyDisplay::FrequencyDisplay(KavModule& m, Bands& bands, Tuning& tuning, QLocale locale)
+    : m_(m), bands_(bands), tuning_(tuning), locale_(std::move(locale)) {
+    tuning_.useDisplay(*this);
+}
+
+void FrequencyDisplay::connect() {
+    m_.hooks.UpdateFreqDisplay = [this] { Guard("KavModule.UpdateFreqDisplay", [this] { UpdateFreqDisplay(); }); };
+    m_.main().FreqDisplay.KeyPress = [this](int& key) {
+        Guard("KavMain.FreqDisplay_KeyPress", [&] { FreqDisplay_KeyPress(key); });
+    };
+}
+
+QString FrequencyDisplay::DisplayText(double kHz) const {
+    QString text = FormatFrequency(kHz, 3, locale_);
+    // Cut, not rounded, to two decimals. The test is for a literal "." whatever the locale: in a
+    // decimal-comma locale it finds the group mark, and below 1000 kHz there is none to find.
+    if (text.contains(QLatin1Char('.'))) text.chop(1);
+    return text;
+}
+
+void FrequencyDisplay::UpdateFreqDisplay() {
+    const double freq = m_.RadioFreq;
+    const QString text = DisplayText(freq);
+    m_.common().DebugLog(QStringLiteral("KavModule.UpdateFreqDisplay, RadioFreq = ") + QString::number(freq, 'g', 15));
+    m_.main().FreqDisplay.setText(text);
+    bands_.PlaceFrequency(freq);
+    const double rounded = std::nearbyint(freq - double(bands_.RadioBand) * 1000.0);
+    int offset = int(std::clamp(rounded, -32768.0, 32767.0));
+    if (m_.main().HamBandSequence.checked()) bands_.KeepBandOffsetMemory(freq);
+    tuning_.SetupBandspread();
+    tuning_.PositionBandspread(offset);
+    if (updateDevices) updateDevices();
+}
+
+void FrequencyDisplay::FreqDisplay_KeyPress(int& keyAscii) {
+    if (keyAscii == '\r') {
+        keyAscii = 0;
+        bool ok = false;
+        const double value = locale_.toDouble(m_.main().FreqDisplay.text().trimmed(), &ok);
+        if (!ok) {
+            m_.dialogs().messageBox(QString::fromLatin1(kBadEntryMessage), m_.common().info().title);
+            UpdateFreqDisplay();
+            return;
+        }
+        m_.SetXcvrFreq(value);
+        return;
+    }
+    if ((keyAscii >= '0' && keyAscii <= '9') || keyAscii == ',' || keyAscii == '.') return;
+    keyAscii = 0;
+    if (beep)
+        beep();
+    else if (qApp)
+        QApplication::beep();
+}
+
+void FrequencyDisplay::SelectAll() {
+    TextBox& f = m_.main().FreqDisplay;
+    f.setSelStart(0);
+    f.setSelLength(int(f.text().size()));
+}
+
+void FrequencyDisplay::LeftDelete() {
+    TextBox& f = m_.main().FreqDisplay;
+    // {LEFT}: the caret one place left, any selection dropped.
+    const int caret = std::max(0, f.selStart() - 1);
+    f.setSelStart(caret);
+    // {DELETE}: the character after the caret.
+    if (caret < f.text().size()) {
+        QString t = f.text();
+        t.remove(caret, 1);
+        f.setText(t);
+        f.setSelStart(caret);
+    }
+}
+
+}  // namespace tv

@@ -1,0 +1,57 @@
+#pragma once
+// The frequency box: shows RadioFreq in the user's locale, cut (not rounded) to two decimals, and takes
+// the operator's typed frequency on Enter. Every change of RadioFreq passes UpdateFreqDisplay, which
+// also keeps the band position, the ham-band rule and the bandspread in step.
+
+#include <QLocale>
+#include <QString>
+
+#include <functional>
+
+namespace tv {
+
+class Bands;
+class KavModule;
+class Tuning;
+
+// A frequency by a pattern of "###,###." and the given number of decimals, in the locale's marks:
+// groups of three, no leading zero.
+QString FormatFrequency(double kHz, int decimals, const QLocale& locale);
+
+class FrequencyDisplay {
+public:
+    static constexpr const char* kBadEntryMessage =
+        "valid characters include numeric digits, commas, and no more than one decimal point";
+
+    FrequencyDisplay(KavModule& m, Bands& bands, Tuning& tuning, QLocale locale = QLocale::system());
+    FrequencyDisplay(const FrequencyDisplay&) = delete;
+    FrequencyDisplay& operator=(const FrequencyDisplay&) = delete;
+
+    void connect();
+
+    void UpdateFreqDisplay();
+    // The box's display form of a frequency ("###,###.000" less its last character when it holds a
+    // "."), and the preview form ("###,###.00").
+    QString DisplayText(double kHz) const;
+    QString PreviewText(double kHz) const { return FormatFrequency(kHz, 2, locale_); }
+    const QLocale& locale() const { return locale_; }
+
+    void FreqDisplay_KeyPress(int& keyAscii);
+    // Insert: select all, so that the next digit replaces the whole text.
+    void SelectAll();
+    // Backspace: caret left, then delete (the key's own character is then refused by the filter).
+    void LeftDelete();
+
+    // Frequency-driven devices; called last on every frequency change when set.
+    std::function<void()> updateDevices;
+    // The refusal of a typed character; the system's beep when unset.
+    std::function<void()> beep;
+
+private:
+    KavModule& m_;
+    Bands& bands_;
+    Tuning& tuning_;
+    QLocale locale_;
+};
+
+}  // namespace tv

@@ -1,0 +1,169 @@
+#include "platform/SuiteBus.h"
+
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QFileInfo>
+#include <QObject>
+
+#include <map>
+#include <vector>
+
+namespace tv {
+
+const char* const kSuiteInterface = "ham.dde.Topic";
+
+QString suiteBusName(const QString& application) { return QStringLiteral("ham.dde.") + application; }
+
+QString suiteObjectPath(const QString& topic) { return QLatin1Char('/') + topic; }
+
+// One topic on the bus: its methods call the program's handlers, its signal carries the advise.
+class SuiteTopicObject : public QObject, protected QDBusContext {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "ham.dde.Topic")
+
+public:
+    SuiteBus::ExecuteHandler onExecute;
+    SuiteBus::RequestHandler onRequest;
+
+public slots:
+    bool Execute(const QString& command) { return onExecute ? onExecute(command) : false; }
+    // A null text is an item the topic doesn't have: the caller gets an error, not an empty text.
+    QString Request(const QString& item) {
+        const QString value = onRequest ? onRequest(item) : QString();
+        if (value.isNull() && calledFromDBus())
+            sendErrorReply(QStringLiteral("ham.dde.Error.UnknownItem"), QStringLiteral("no item ") + item);
+        return value;
+    }
+
+signals:
+    void ItemChanged(const QString& item, const QString& value);
+};
+
+// Receives a watched topic's signal.
+class SuiteItemWatcher : public QObject {
+    Q_OBJECT
+
+public:
+    explicit SuiteItemWatcher(SuiteBus::ItemHandler h) : handler(std::move(h)) {}
+    SuiteBus::ItemHandler handler;
+
+public slots:
+    void itemChanged(const QString& item, const QString& value) {
+        if (handler) handler(item, value);
+    }
+};
+
+namespace {
+
+// Without an address the library would try to launch a bus of its own; a program without a session
+// bus simply has no suite link.
+QDBusConnection sessionBusIfAny() {
+    const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
+    if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS") &&
+        (runtime.isEmpty() || !QFileInfo::exists(QString::fromLocal8Bit(runtime) + QStringLiteral("/bus"))))
+        return QDBusConnection(QStringLiteral("tolvane-no-session-bus"));
+    return QDBusConnection::sessionBus();
+}
+
+class QtSuiteBus : public SuiteBus {
+public:
+    QtSuiteBus() : conn_(sessionBusIfAny()) {}
+    ~QtSuiteBus() override { unserve(); }
+
+    bool connected() const override { return conn_.isConnected(); }
+
+    bool addTopic(const QString& topic, ExecuteHandler execute, RequestHandler request) override {
+        if (!connected()) return false;
+        auto obj = std::make_unique<SuiteTopicObject>();
+        obj->onExecute = std::move(execute);
+        obj->onRequest = std::move(request);
+        const QString path = suiteObjectPath(topic);
+        conn_.unregisterObject(path);
+        if (!conn_.registerObject(path, obj.get(),
+                                  QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals))
+            return false;
+        topics_[topic] = std::move(obj);
+        return true;
+    }
+
+    bool serve(const QString& application) override {
+        if (!connected()) return false;
+        const QString name = suiteBusName(application);
+        if (!conn_.registerService(name)) return false;
+        served_ = name;
+        return true;
+    }
+
+    void publish(const QString& topic, const QString& item, const QString& value) override {
+        const auto it = topics_.find(topic);
+        if (it != topics_.end()) emit it->second->ItemChanged(item, value);
+    }
+
+    void unserve() override {
+        if (!connected()) return;
+        for (auto& [topic, obj] : topics_) conn_.unregisterObject(suiteObjectPath(topic));
+        topics_.clear();
+        if (!served_.isEmpty()) conn_.unregisterService(served_);
+        served_.clear();
+    }
+
+    bool isRunning(const QString& application) override {
+        if (!connected()) return false;
+        QDBusConnectionInterface* bus = conn_.interface();
+        if (!bus) return false;
+        const QDBusReply<bool> reply = bus->isServiceRegistered(suiteBusName(application));
+        return reply.isValid() && reply.value();
+    }
+
+    bool execute(const QString& application, const QString& topic, const QString& command, int timeoutMs) override {
+        QDBusMessage reply;
+        if (!call(application, topic, QStringLiteral("Execute"), command, timeoutMs, &reply)) return false;
+        return reply.arguments().first().toBool();
+    }
+
+    bool request(const QString& application, const QString& topic, const QString& item, QString* value,
+                 int timeoutMs) override {
+        QDBusMessage reply;
+        if (!call(application, topic, QStringLiteral("Request"), item, timeoutMs, &reply)) return false;
+        if (value) *value = reply.arguments().first().toString();
+        return true;
+    }
+
+    bool watch(const QString& application, const QString& topic, ItemHandler handler) override {
+        if (!connected()) return false;
+        auto w = std::make_unique<SuiteItemWatcher>(std::move(handler));
+        if (!conn_.connect(suiteBusName(application), suiteObjectPath(topic), QString::fromLatin1(kSuiteInterface),
+                           QStringLiteral("ItemChanged"), w.get(), SLOT(itemChanged(QString, QString))))
+            return false;
+        watchers_.push_back(std::move(w));
+        return true;
+    }
+
+private:
+    // A blocking call with a bound: the loop isn't re-entered, so no handler runs inside it.
+    bool call(const QString& application, const QString& topic, const QString& method, const QString& arg,
+              int timeoutMs, QDBusMessage* reply) {
+        if (!isRunning(application)) return false;
+        QDBusMessage msg = QDBusMessage::createMethodCall(suiteBusName(application), suiteObjectPath(topic),
+                                                          QString::fromLatin1(kSuiteInterface), method);
+        msg << arg;
+        *reply = conn_.call(msg, QDBus::Block, timeoutMs);
+        return reply->type() == QDBusMessage::ReplyMessage && !reply->arguments().isEmpty();
+    }
+
+    QDBusConnection conn_;
+    QString served_;
+    std::map<QString, std::unique_ptr<SuiteTopicObject>> topics_;
+    std::vector<std::unique_ptr<SuiteItemWatcher>> watchers_;
+};
+
+}  // namespace
+
+std::unique_ptr<SuiteBus> makeSessionSuiteBus() { return std::make_unique<QtSuiteBus>(); }
+
+}  // namespace tv
+
+#include "SuiteBus.moc"

@@ -1,0 +1,60 @@
+#pragma once
+// The suite link's carrier. Sibling programs are written against this mapping of DDE onto D-Bus:
+//   application A          -> well-known bus name "ham.dde.A"
+//   topic T                -> object path "/T", interface "ham.dde.Topic"
+//   execute string         -> method Execute(s command) -> b accepted
+//   item text              -> method Request(s item) -> s value
+//   advise (linked client) -> signal ItemChanged(s item, s value) on the topic's object
+// A name without an owner is a program that isn't running.
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace tv {
+
+class SuiteBus {
+public:
+    using ExecuteHandler = std::function<bool(const QString& command)>;
+    using RequestHandler = std::function<QString(const QString& item)>;
+    using ItemHandler = std::function<void(const QString& item, const QString& value)>;
+    // A sibling that is slow to answer must not stall the loop for long.
+    static constexpr int kClientTimeoutMs = 300;
+
+    virtual ~SuiteBus() = default;
+
+    // Whether there is a bus at all; without one the program runs on unlinked.
+    virtual bool connected() const = 0;
+
+    // ---- source role ----
+    // Publishes a topic of this program; before or after serve().
+    virtual bool addTopic(const QString& topic, ExecuteHandler execute, RequestHandler request) = 0;
+    // Claims the application name. False when there is no bus or another program holds the name.
+    virtual bool serve(const QString& application) = 0;
+    // Tells linked clients of a new item text on a topic.
+    virtual void publish(const QString& topic, const QString& item, const QString& value) = 0;
+    // Gives up the name and all topics.
+    virtual void unserve() = 0;
+
+    // ---- client role ----
+    virtual bool isRunning(const QString& application) = 0;
+    // Sends an execute string; true only when the target accepted it. An absent target costs one
+    // question to the bus.
+    virtual bool execute(const QString& application, const QString& topic, const QString& command,
+                         int timeoutMs = kClientTimeoutMs) = 0;
+    // Reads an item; false when the target isn't there or didn't answer.
+    virtual bool request(const QString& application, const QString& topic, const QString& item, QString* value,
+                         int timeoutMs = kClientTimeoutMs) = 0;
+    // Follows a topic's item changes, also once the target starts later.
+    virtual bool watch(const QString& application, const QString& topic, ItemHandler handler) = 0;
+};
+
+QString suiteBusName(const QString& application);
+QString suiteObjectPath(const QString& topic);
+extern const char* const kSuiteInterface;
+
+// The session bus through QtDBus. Needs a QCoreApplication.
+std::unique_ptr<SuiteBus> makeSessionSuiteBus();
+
+}  // namespace tv

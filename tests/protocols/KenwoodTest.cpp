@@ -1,0 +1,365 @@
+// The Kenwood language byte for byte, through the whole program on virtual time: identification and what
+// it decides, the strings of the queue's commands, the status and meter replies, the reply chain, and a
+// decoder that survives whatever the line carries.
+
+#include "protocols/Kenwood.h"
+#include "support/TestStation.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace tv::test {
+namespace {
+
+// An "IF" status reply with the fields where the radios put them: mode at 30, VFO at 31, split at 33.
+QByteArray ifReply(long long hz, char mode, char vfo, char split = '0') {
+    QByteArray r = "IF" + QByteArray::number(hz).rightJustified(11, '0');
+    r += "     +000000000";  // step, RIT/XIT offset, RIT, XIT, memory channel
+    r += '0';                // receiving
+    r += mode;
+    r += vfo;
+    r += '0';  // not scanning
+    r += split;
+    r += "0080;";  // tone, tone number, offset
+    return r;
+}
+
+class Kenwood : public ::testing::Test {
+protected:
+    // Brings up the catalogue's Kenwood on port 1, polling off; the radio then tells its ID.
+    void bringUp(const char* id = nullptr) {
+        st.preset(QStringLiteral("General"), QStringLiteral("Radio"), QStringLiteral("TS-2000"));
+        st.preset(QStringLiteral("General"), QStringLiteral("CommPort"), QStringLiteral("1"));
+        st.preset(QStringLiteral("General"), QStringLiteral("Interrogate"), QStringLiteral("F"));
+        ASSERT_TRUE(st.start());
+        ASSERT_TRUE(st.serial() && st.serial()->isOpen());
+        EXPECT_TRUE(st.serial()->written.startsWith("ID;ID;"));
+        kw().onFillFilterLists = [this](const QString& model) { filled << model; };
+        kw().onLoadSMeterData = [this](const QString& file) { meterFile = file; };
+        kw().onFilterReply = [this](const QByteArray& letters) { filterReplies << QString::fromLatin1(letters); };
+        m().hooks.UpdateSMeter = [this](double v) { meter = v; };
+        st.p().config.Interrogation.setChecked(false);
+        m().InitializeXcvrCmdBuffer();
+        st.loop.advance(1000);
+        if (id) radioSays(id);
+        st.serial()->written.clear();
+    }
+    QByteArray radioSays(const QByteArray& bytes) {
+        st.serial()->written.clear();
+        st.serial()->feed(bytes);
+        st.loop.runPosted();
+        return st.serial()->written;
+    }
+    QByteArray sentAfterTick() {
+        st.serial()->written.clear();
+        st.loop.advance(st.p().main.XcvrCmdTimer.Interval());
+        return st.serial()->written;
+    }
+    KavModule& m() { return st.m(); }
+    KenwoodProtocol& kw() { return st.p().kenwood; }
+    bool catalogueMeter() { return m().radio()->sMeter; }
+
+    TestStation st;
+    QStringList filled, filterReplies;
+    QString meterFile;
+    double meter = -1;
+};
+
+TEST(KenwoodModes, EncoderAndDecoderAreDeliberatelyNotInverses) {
+    EXPECT_EQ(KenwoodMode(ModePKT), 2);
+    EXPECT_EQ(KenwoodMode(ModeWBFM), 4);
+    EXPECT_EQ(KenwoodMode(ModeRTTYR), 9);
+    EXPECT_EQ(KenwoodMode(ModeUnknown), 0);
+    EXPECT_EQ(KenwoodMode(-1), 0);
+    EXPECT_EQ(GetModeFromKenwoodStatus('8'), ModeCW);
+    EXPECT_EQ(GetModeFromKenwoodStatus(5), ModeAM);
+    EXPECT_EQ(GetModeFromKenwoodStatus('0'), ModeUnknown);
+    EXPECT_EQ(GetModeFromKenwoodStatus('A'), ModeUnknown);
+    // Every mode but PKT and WBFM survives a round trip.
+    for (int mode = 0; mode < 10; ++mode) {
+        const int back = GetModeFromKenwoodStatus(KenwoodMode(mode));
+        if (mode == ModePKT) EXPECT_EQ(back, ModeUSB);
+        else if (mode == ModeWBFM) EXPECT_EQ(back, ModeFM);
+        else EXPECT_EQ(back, mode) << mode;
+    }
+}
+
+TEST_F(Kenwood, IdentificationOfAKnownModelTurnsOnItsMeterListsAndAutoInformation) {
+    bringUp();
+    EXPECT_EQ(m().RadioDisplayName, QStringLiteral("Kenwood (model unknown)"));
+    m().CurrentVFO = 1;
+    EXPECT_EQ(radioSays("ID019;"), QByteArray("AI1;FR0;FT0;"));
+    EXPECT_EQ(m().KenwoodModelId, 19);
+    EXPECT_EQ(m().KenwoodModelName, QStringLiteral("TS2000"));
+    EXPECT_EQ(m().RadioDisplayName, QStringLiteral("Kenwood TS-2000"));
+    EXPECT_EQ(m().CurrentVFO, 0);
+    EXPECT_TRUE(catalogueMeter());
+    EXPECT_FALSE(st.p().main.SMeterDummy.visible());
+    EXPECT_EQ(filled, QStringList{QStringLiteral("TS2000")});
+    EXPECT_EQ(meterFile, QStringLiteral("TS-2000"));
+    EXPECT_TRUE(st.log().contains(QStringLiteral("Kenwood model ID: 019")));
+    // Both TS-570 variants share one scale file.
+    EXPECT_EQ(radioSays("ID018;"), QByteArray("AI1;FR0;FT0;"));
+    EXPECT_EQ(m().RadioDisplayName, QStringLiteral("Kenwood TS-570S"));
+    EXPECT_EQ(meterFile, QStringLiteral("TS-570D"));
+    // A meter model without passband lists.
+    filled.clear();
+    EXPECT_EQ(radioSays("ID010;"), QByteArray("AI1;FR0;FT0;"));
+    EXPECT_TRUE(filled.isEmpty());
+    EXPECT_EQ(meterFile, QStringLiteral("TS-450"));
+}
+
+TEST_F(Kenwood, UnknownAndOldModels) {
+    bringUp();
+    auto& w = st.p().main;
+    w.ModeSel[7].setVisible(false);
+    w.ModeSel[8].setVisible(false);
+    meterFile = QStringLiteral("untouched");
+    EXPECT_EQ(radioSays("ID007;"), QByteArray("FR0;FT0;"));
+    EXPECT_EQ(m().RadioDisplayName, QStringLiteral("Kenwood 007"));
+    EXPECT_TRUE(m().KenwoodModelName.isEmpty());
+    EXPECT_FALSE(catalogueMeter());  // the catalogue said yes; the radio's own answer wins
+    EXPECT_TRUE(w.SMeterDummy.visible());
+    EXPECT_EQ(meterFile, QStringLiteral("untouched"));
+    EXPECT_TRUE(w.ModeSel[7].visible() && w.ModeSel[8].visible());
+    EXPECT_TRUE(st.p().main.caption().contains(QStringLiteral("Kenwood 007")));
+
+    // The oldest radios: the literal "N0;", then one VFO select command and "SP" for split.
+    EXPECT_EQ(radioSays("ID004;"), QByteArray("N0;"));
+    EXPECT_EQ(m().RadioDisplayName, QStringLiteral("Kenwood TS-440S"));
+    m().SetXcvrVFOB();
+    EXPECT_EQ(sentAfterTick(), QByteArray("FN1;"));
+    m().SetXcvrVFOA();
+    m().SetXcvrSplit(true);
+    EXPECT_EQ(sentAfterTick(), QByteArray("FN0;SP1;"));
+    // Not numeric: the model stays as it was, and the failure is reported under the decoder's name.
+    EXPECT_TRUE(radioSays("IDx1;").isEmpty());
+    EXPECT_EQ(m().KenwoodModelId, 0);
+    EXPECT_EQ(m().RadioDisplayName, QStringLiteral("Kenwood TS-440S"));
+    EXPECT_TRUE(st.log().contains(QStringLiteral("KavModule.DecodeKenwoodMessage")));
+}
+
+TEST_F(Kenwood, QueueCommandsLeaveAsTheirStringsInOneBurst) {
+    bringUp("ID019;");
+    m().RadioFreq = 7010.001;
+    const struct {
+        std::function<void()> call;
+        const char* sent;
+    } cases[] = {
+        {[&] { m().SetXcvrSplit(true); }, "FR0;FT1;"},
+        {[&] { m().SetXcvrSplit(false); }, "FT0;FR0;"},
+        {[&] { m().CurrentVFO = 1; m().SetXcvrSplit(true); }, "FR1;FT0;"},
+        {[&] { m().SetXcvrSplit(false); }, "FT1;FR1;"},
+        {[&] { m().SetXcvrFreq(14025.5); }, "FB00014025500;"},
+        {[&] { m().SetXcvrSBFreq(21000.001); }, "FB00021000001;"},
+        {[&] { m().SetXcvrVFOA(); m().SetXcvrVFOB(); }, "FR0;FT0;FR1;FT1;"},
+        {[&] { m().SetXcvrTransmit(); m().SetXcvrReceive(); }, "TX;RX;"},
+        {[&] { m().SetXcvrMode(ModePKT); m().SetXcvrMode(ModeWBFM); }, "MD2;MD4;"},
+        {[&] { m().SetXcvrDual(true); m().SetXcvrMain(); m().SetXcvrMainSubXch(); }, ""},
+    };
+    for (const auto& c : cases) {
+        c.call();
+        EXPECT_EQ(sentAfterTick(), QByteArray(c.sent)) << c.sent;
+    }
+    EXPECT_DOUBLE_EQ(m().VFOBFreq, 21000.001);
+    // The requests leave at once, past the queue.
+    st.serial()->written.clear();
+    m().CurrentVFO = 1;
+    m().RequestFrequency();
+    m().CurrentVFO = 0;
+    m().RequestFrequency();
+    m().RequestMode();
+    EXPECT_EQ(st.serial()->written, QByteArray("FB;FA;MD;"));
+    // Equal and exchange are made of frequency and mode commands; the program swaps its own copies.
+    m().CurrentVFO = 0;
+    m().VFOAFreq = 3500;
+    m().VFOAMode = ModeCW;
+    m().VFOBFreq = 14200;
+    m().VFOBMode = ModeUSB;
+    m().SetXcvrVFOXch();
+    EXPECT_EQ(sentAfterTick(), QByteArray("MD2;FA00014200000;FB00003500000;"));
+    EXPECT_DOUBLE_EQ(m().VFOAFreq, 14200);
+    EXPECT_EQ(m().VFOBMode, ModeCW);
+    m().RadioFreq = 7010.001;
+    m().SetXcvrVFOEqual();
+    EXPECT_EQ(sentAfterTick(), QByteArray("FA00007010001;FB00007010001;"));
+}
+
+TEST_F(Kenwood, PacketGoesOutAsUsbAndTheStatusReplyShowsUsbWithoutAnEcho) {
+    bringUp("ID019;");
+    m().SetXcvrMode(ModePKT);
+    EXPECT_EQ(sentAfterTick(), QByteArray("MD2;"));
+    EXPECT_EQ(m().RadioMode, ModePKT);
+    EXPECT_TRUE(radioSays(ifReply(14070000, '2', '0')).isEmpty());
+    EXPECT_EQ(m().RadioMode, ModeUSB);
+    EXPECT_TRUE(st.p().main.ModeSel[ModeUSB].value());
+    // The radio's split and mode, set into the controls, don't go back to it as commands.
+    EXPECT_TRUE(radioSays(ifReply(14070000, '3', '0', '1')).isEmpty());
+    EXPECT_TRUE(st.p().main.SplitBox.checked());
+    EXPECT_EQ(m().RadioMode, ModeCW);
+    EXPECT_TRUE(sentAfterTick().isEmpty());
+    EXPECT_TRUE(radioSays(ifReply(14070000, '3', '0', '0')).isEmpty());
+    EXPECT_FALSE(st.p().main.SplitBox.checked());
+    EXPECT_TRUE(sentAfterTick().isEmpty());
+    EXPECT_EQ(m().XcvrCmdCount, 0);
+}
+
+TEST_F(Kenwood, StatusAndVfoReplies) {
+    bringUp("ID019;");
+    radioSays(ifReply(7025000, '1', '1'));
+    EXPECT_DOUBLE_EQ(m().RadioFreq, 7025);
+    EXPECT_DOUBLE_EQ(m().VFOBFreq, 7025);
+    EXPECT_EQ(m().VFOBMode, ModeLSB);
+    EXPECT_EQ(m().CurrentVFO, 1);
+    radioSays(ifReply(14025500, '2', '0'));
+    EXPECT_DOUBLE_EQ(m().VFOAFreq, 14025.5);
+    EXPECT_EQ(m().VFOAMode, ModeUSB);
+    // On a memory channel: the display moves, neither VFO does.
+    radioSays(ifReply(3573000, '7', '2'));
+    EXPECT_DOUBLE_EQ(m().RadioFreq, 3573);
+    EXPECT_EQ(m().RadioMode, ModeCWR);
+    EXPECT_EQ(m().CurrentVFO, 2);
+    EXPECT_DOUBLE_EQ(m().VFOAFreq, 14025.5);
+    EXPECT_DOUBLE_EQ(m().VFOBFreq, 7025);
+    EXPECT_EQ(m().VFOAMode, ModeUSB);
+    EXPECT_EQ(m().VFOBMode, ModeLSB);
+    // FA and FB only note the VFO; FR selects; MD reports the mode; lower-case letters count too.
+    radioSays("FA00010100000;fb00018100000;FR1;");
+    EXPECT_DOUBLE_EQ(m().VFOAFreq, 10100);
+    EXPECT_DOUBLE_EQ(m().VFOBFreq, 18100);
+    EXPECT_EQ(m().CurrentVFO, 1);
+    EXPECT_DOUBLE_EQ(m().RadioFreq, 3573);
+    radioSays("MD8;");
+    EXPECT_EQ(m().RadioMode, ModeCW);
+    EXPECT_EQ(m().VFOBMode, ModeLSB);
+    // Refusals and replies of no interest change nothing.
+    radioSays("?;FT1;LK0;RM10000;");
+    EXPECT_EQ(m().CurrentVFO, 1);
+    // A non-numeric frequency abandons the message before anything moved.
+    radioSays("IF0001402x000;");
+    EXPECT_DOUBLE_EQ(m().RadioFreq, 3573);
+    EXPECT_TRUE(st.log().contains(QStringLiteral("KavModule.DecodeKenwoodMessage")));
+}
+
+TEST_F(Kenwood, PassbandValuesByModel) {
+    bringUp("ID017;");
+    m().SetXcvrFilters(-300, 6);
+    m().SetXcvrFilters(300, 6);
+    m().SetXcvrFilters(7, 3);
+    m().SetXcvrFilters(12, 4);
+    m().SetXcvrFilters(500, 5);
+    EXPECT_EQ(sentAfterTick(), QByteArray("IS-0300;IS 0300;SH07;SL12;FW0500;"));
+    radioSays("ID019;");
+    m().SetXcvrFilters(-300, 6);
+    m().SetXcvrFilters(5, 3);
+    EXPECT_EQ(sentAfterTick(), QByteArray("IS -0300;SH05;"));
+    radioSays("ID015;");
+    m().SetXcvrFilters(2400, 3);
+    m().SetXcvrFilters(30, 4);
+    m().SetXcvrFilters(50, 5);
+    m().SetXcvrFilters(800, 6);
+    EXPECT_EQ(sentAfterTick(), QByteArray("IS 2400;FW0030;FW0050;IS 0800;"));
+    radioSays("ID010;");
+    m().SetXcvrFilters(2400, 3);
+    EXPECT_TRUE(sentAfterTick().isEmpty());
+}
+
+TEST_F(Kenwood, PollingAlternatesMeterAndStatus) {
+    bringUp("ID019;");
+    st.p().config.Interrogation.setChecked(true);
+    QByteArray polls;
+    for (int i = 0; i < 4; ++i) polls += sentAfterTick();
+    EXPECT_EQ(polls, QByteArray("SM0;IF;SM0;IF;"));
+    radioSays("ID011;");
+    polls.clear();
+    for (int i = 0; i < 2; ++i) polls += sentAfterTick();
+    EXPECT_EQ(polls, QByteArray("SM;IF;"));
+    radioSays("ID013;");  // no meter: status only
+    polls.clear();
+    for (int i = 0; i < 4; ++i) polls += sentAfterTick();
+    EXPECT_EQ(polls, QByteArray("IF;IF;IF;IF;"));
+}
+
+TEST_F(Kenwood, MeterReplyStartsTheChainThatFollowsThePassband) {
+    bringUp("ID019;");
+    radioSays(ifReply(14200000, '2', '0'));
+    EXPECT_EQ(radioSays("SM00015;"), QByteArray("SL;"));
+    EXPECT_DOUBLE_EQ(meter, 0.5);
+    EXPECT_EQ(radioSays("SL03;"), QByteArray("SH;"));
+    EXPECT_TRUE(radioSays("SH07;").isEmpty());
+    EXPECT_EQ(filterReplies, (QStringList{QStringLiteral("SL"), QStringLiteral("SH")}));
+    radioSays("MD3;");
+    EXPECT_EQ(radioSays("SM00030;"), QByteArray("FW;"));
+    EXPECT_DOUBLE_EQ(meter, 1.0);
+    EXPECT_EQ(radioSays("FW0500;"), QByteArray("IS;"));
+    EXPECT_TRUE(radioSays("IS -0200;").isEmpty());
+    radioSays("MD6;");  // RTTY on the TS-2000: width, but no shift
+    EXPECT_TRUE(radioSays("FW0250;").isEmpty());
+    radioSays("MD5;");
+    EXPECT_TRUE(radioSays("SM00001;").isEmpty());
+
+    radioSays("ID017;");  // TS-570: full scale 15, no receiver digit
+    radioSays("MD2;");
+    EXPECT_EQ(radioSays("SM0015;"), QByteArray("SL;"));
+    EXPECT_DOUBLE_EQ(meter, 1.0);
+    EXPECT_EQ(radioSays("SH06;"), QByteArray("IS;"));
+    filterReplies.clear();
+    // Short replies: SL and SH leave the lists alone but the chain goes on; a short IS is dropped.
+    EXPECT_EQ(radioSays("SL;"), QByteArray("SH;"));
+    EXPECT_EQ(radioSays("SH1;"), QByteArray("IS;"));
+    EXPECT_TRUE(radioSays("IS+03;").isEmpty());
+    EXPECT_TRUE(filterReplies.isEmpty());
+    EXPECT_EQ(radioSays("FW0080;"), QByteArray("IS;"));
+    radioSays("IS+0300;");
+    EXPECT_EQ(filterReplies, (QStringList{QStringLiteral("FW"), QStringLiteral("IS")}));
+
+    radioSays("ID015;");  // TS-870: width and shift in every mode
+    radioSays("MD5;");
+    EXPECT_EQ(radioSays("SM0010;"), QByteArray("FW;"));
+    EXPECT_FLOAT_EQ(float(meter), 10 / 30.0f);
+    EXPECT_EQ(radioSays("FW0020;"), QByteArray("IS;"));
+    EXPECT_EQ(radioSays("SL05;"), QByteArray("SH;"));  // on any model
+
+    radioSays("ID011;");  // TS-690: the meter, and no chain
+    EXPECT_TRUE(radioSays("SM0030;").isEmpty());
+    EXPECT_DOUBLE_EQ(meter, 1.0);
+    radioSays("ID013;");  // no meter: the reply is ignored
+    meter = -1;
+    radioSays("SM0030;");
+    EXPECT_EQ(meter, -1);
+}
+
+// Random bytes, and every truncation and corruption of real replies, for every kind of model: the
+// decoder may refuse but must never read outside its buffer nor leave the program unusable.
+TEST_F(Kenwood, DecoderSurvivesNoiseAndTruncation) {
+    bringUp("ID019;");
+    const QByteArray real[] = {"ID019;", "ID004;", "ID015;", "ID017;", ifReply(14025500, '2', '0', '1'),
+                               "FA00014025500;", "FB00007000000;", "FR1;", "MD3;", "SM00012;", "SM0012;",
+                               "SL05;", "SH07;", "FW0500;", "IS-0300;", "IS 0300;"};
+    std::mt19937 rng(20240601);
+    for (int round = 0; round < 3; ++round) {
+        for (const QByteArray& r : real) {
+            for (int cut = 0; cut < r.size(); ++cut) radioSays(r.left(cut) + ';');
+            for (int i = 0; i < 8; ++i) {
+                QByteArray bad = r;
+                bad[int(rng() % unsigned(bad.size() - 1))] = char(rng() % 256);
+                radioSays(bad + ';');
+            }
+        }
+        for (int i = 0; i < 200; ++i) {
+            QByteArray noise;
+            const int n = int(rng() % 60);
+            for (int k = 0; k < n; ++k) noise.append(char(rng() % 256));
+            radioSays(noise + ';');
+        }
+    }
+    // Still decoding afterwards.
+    radioSays("ID019;");
+    radioSays(ifReply(21074000, '2', '0'));
+    EXPECT_DOUBLE_EQ(m().RadioFreq, 21074);
+    EXPECT_EQ(m().KenwoodModelName, QStringLiteral("TS2000"));
+}
+
+}  // namespace
+}  // namespace tv::test

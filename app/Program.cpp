@@ -67,6 +67,9 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     bands.connect();
     tuning.connect();
     freqDisplay.connect();
+    modes.connect();
+    meter.connect();
+    kenwood.onLoadSMeterData = [this](const QString& file) { meter.LoadSMeterData(file); };
     tuning.DoRcv = [this] { mainLogic.DoRcv(); };
     tuning.DoXmit = [this] { mainLogic.DoXmit(); };
     tuning.EditSequence = [this](int i) { sequences.EditSequence(i); };

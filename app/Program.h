@@ -11,6 +11,8 @@
 #include "forms/UserCommandSequenceDefinition.h"
 #include "operating/Bands.h"
 #include "operating/FrequencyDisplay.h"
+#include "operating/ModeControl.h"
+#include "operating/SMeter.h"
 #include "operating/Tuning.h"
 #include "platform/SettingsStore.h"
 #include "platform/SuiteBus.h"
@@ -75,6 +77,9 @@ public:
     Bands bands{module};
     Tuning tuning{module, bands};
     FrequencyDisplay freqDisplay{module, bands, tuning};
+    // Modes and filters, and the meter.
+    ModeControl modes{module};
+    SMeter meter{module};
     UserSequences sequences;
     std::unique_ptr<SuiteBus> ownSuiteBus;  // set only when no bus was given
     SuiteBus& suiteBus;

@@ -251,7 +251,7 @@ void KavModule::Terminate() {
         callHook(hooks.SaveBandMemories);
         auto& s = settings();
         s.SaveSetting(kGeneral, QStringLiteral("RestoreModeFilter"),
-                      config_.ModeFiltersEnabledCheck.checked() ? QStringLiteral("T") : QStringLiteral("F"));
+                      config_.ModeFiltersEnabledCheck.checked() ? QStringLiteral("1") : QStringLiteral("0"));
         s.SaveSetting(kGeneral, QStringLiteral("DTR"), QString::number(DTRControl));
         s.SaveSetting(kGeneral, QStringLiteral("RTS"), QString::number(RTSControl));
         s.SaveSetting(kGeneral, QStringLiteral("InterrogateInterval"), config_.PollInterval.text());

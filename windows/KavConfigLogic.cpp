@@ -114,8 +114,6 @@ void KavConfigLogic::connect() {
             m_.SetRTSControl(i);
             comm_.ConfigureRTS(i);
         });
-    c.ModeFiltersEnabledCheck.Click =
-        handler("KavConfig.ModeFiltersEnabledCheck_Click", [this] { callHook(m_.hooks.UpdateCurrentModeCaptions); });
     // Closing by the operator only hides the window: its fields stay in force.
     c.QueryUnload = [this](int& cancel, int mode) {
         if (mode == 0) {

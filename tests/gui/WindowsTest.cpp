@@ -85,6 +85,18 @@ TEST_F(Gui, ClicksReachTheModelsAndTheModelsRedrawTheWidgets) {
     EXPECT_TRUE(queued().empty());
     EXPECT_FALSE(widget<QCheckBox>(st.p().main.SplitBox)->isChecked());
 
+    // A mode button sends "Set Mode"; a mode the radio reports moves the button and sends nothing.
+    st.m().InitializeXcvrCmdBuffer();
+    auto* cw = widget<QAbstractButton>(st.p().main.ModeSel[ModeCW]);
+    cw->click();
+    EXPECT_EQ(queued(), (std::vector<int>{XcvrCmdMode}));
+    EXPECT_EQ(CommandName(queued().front()), QStringLiteral("Set Mode"));
+    st.m().InitializeXcvrCmdBuffer();
+    st.m().UpdateXcvrMode(ModeUSB);
+    EXPECT_TRUE(widget<QAbstractButton>(st.p().main.ModeSel[ModeUSB])->isChecked());
+    EXPECT_FALSE(cw->isChecked());
+    EXPECT_TRUE(queued().empty());
+
     // "A = B" alone asks for no interrogation.
     widget<QAbstractButton>(st.p().main.VFOEqualCmd)->click();
     EXPECT_EQ(queued(), (std::vector<int>{XcvrCmdVFOEqual}));

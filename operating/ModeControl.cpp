@@ -1,0 +1,253 @@
+#include "operating/ModeControl.h"
+
+#include "core/KavModule.h"
+#include "forms/KavConfig.h"
+#include "forms/KavMain.h"
+#include "platform/EventLoop.h"
+#include "platform/SettingsStore.h"
+#include "services/Common.h"
+#include "services/Errors.h"
+
+#include <cmath>
+
+namespace tv {
+
+namespace {
+const QString kGeneralSection = QStringLiteral("General");
+
+QString modeFilterKey(int mode) {
+    return QStringLiteral("ModeFilter%1").arg(mode);
+}
+
+// The list's text as a whole number; a text that isn't one is an error of the handler.
+double numberOf(const QString& text) {
+    bool ok = false;
+    const double v = text.trimmed().toDouble(&ok);
+    if (!ok) throw TvError(kErrTypeMismatch, text);
+    return v;
+}
+}  // namespace
+
+ModeControl::ModeControl(KavModule& m) : m_(m) {}
+
+void ModeControl::connect() {
+    KavMain& w = m_.main();
+    m_.hooks.UpdateModeCaption = [this](int mode) { UpdateModeCaption(mode); };
+    m_.hooks.UpdateCurrentModeCaptions = [this] { UpdateCurrentModeCaptions(); };
+    m_.hooks.InitializeFilterSettings = [this] { InitializeFilterSettings(); };
+    m_.hooks.ResetModeTables = [this] { ResetModeTables(); };
+    for (int i = w.ModeSel.lbound(); i <= w.ModeSel.ubound(); ++i) {
+        w.ModeSel[i].Click = [this, i] { Guard("KavMain.ModeSel_Click", [&] { ModeSel_Click(i); }); };
+        w.ModeSel[i].GotFocus = [this, i] {
+            Guard("KavMain.ModeSel_GotFocus", [&] { ModeSel_GotFocus(i); });
+        };
+    }
+    auto click = [this](ComboBox& list, const char* label, void (ModeControl::*handler)()) {
+        list.Click = [this, label, handler] { Guard(label, [&] { (this->*handler)(); }); };
+    };
+    click(w.FilterGroupCombo, "KavMain.FilterGroupCombo_Click", &ModeControl::FilterGroupCombo_Click);
+    click(w.MainFilter1Combo, "KavMain.MainFilter1Combo_Click", &ModeControl::MainFilter1Click);
+    click(w.MainFilter2Combo, "KavMain.MainFilter2Combo_Click", &ModeControl::MainFilter2Click);
+    click(w.SubFilterCombo, "KavMain.SubFilterCombo_Click", &ModeControl::SubFilterClick);
+    click(w.HighCutoffCombo, "KavMain.HighCutoffCombo_Click", &ModeControl::HighCutoffComboClick);
+    click(w.LowCutoffCombo, "KavMain.LowCutoffCombo_Click", &ModeControl::LowCutoffComboClick);
+    click(w.WidthCombo, "KavMain.WidthCombo_Click", &ModeControl::WidthComboClick);
+    click(w.ShiftCombo, "KavMain.ShiftCombo_Click", &ModeControl::ShiftComboClick);
+    m_.config().ModeFiltersEnabledCheck.Click = [this] {
+        Guard("KavConfig.ModeFiltersEnabledCheck_Click", [this] { UpdateCurrentModeCaptions(); });
+    };
+}
+
+QString ModeControl::FilterGroupModeName(int mode) {
+    // The same families as the log's mode names today; a separate function because the group tables
+    // and the log are read by different parties and may part ways.
+    return LogModeName(mode);
+}
+
+void ModeControl::focusRule() {
+    TextBox& f = m_.main().FreqDisplay;
+    if (f.visible()) f.SetFocus();
+}
+
+bool ModeControl::groupsShown() const {
+    const RadioInfo* r = m_.radio();
+    return r && r->filterGroups && m_.config().ModeFiltersEnabledCheck.checked();
+}
+
+QString ModeControl::captionOf(int mode) const {
+    if (!groupsShown()) return ModeName(mode);
+    return ModeName(mode) + QStringLiteral(" (") + m_.ModeFilters[size_t(mode)] + QStringLiteral(")");
+}
+
+void ModeControl::UpdateCurrentModeCaptions() {
+    KavMain& w = m_.main();
+    w.ModeFrame.setCaption(groupsShown() ? QStringLiteral("Mode (Filter Group)") : QStringLiteral("Mode"));
+    for (int i = 0; i <= 9; ++i) w.ModeSel[i].setCaption(captionOf(i));
+}
+
+void ModeControl::UpdateModeCaption(int mode) {
+    if (mode < 0 || mode > 9) return;
+    m_.main().ModeSel[mode].setCaption(captionOf(mode));
+}
+
+void ModeControl::UpdateModeFilters() {
+    for (int i = 0; i <= 9; ++i)
+        if (SearchCombo(m_.main().FilterGroupCombo, m_.ModeFilters[size_t(i)]) == -1)
+            m_.ModeFilters[size_t(i)].clear();
+    UpdateCurrentModeCaptions();
+}
+
+void ModeControl::UpdateYaesuXcvrFilter(const QString& groupName) {
+    const int mode = m_.RadioMode;
+    if (mode < 0 || mode >= ModeUnknown) return;
+    m_.settings().SaveSetting(kGeneralSection, modeFilterKey(mode), groupName);
+    m_.ModeFilters[size_t(mode)] = groupName;
+    UpdateModeCaption(mode);
+    ComboBox& list = m_.main().FilterGroupCombo;
+    m_.SetControlFlag(FlagFilterGroupList, true);
+    if (!SetCombo(list, groupName) && !SetCombo(list, QString())) list.setListIndex(-1);
+    m_.loop().yield();
+    m_.SetControlFlag(FlagFilterGroupList, false);
+}
+
+void ModeControl::InitializeFilterSettings() {
+    KavMain& w = m_.main();
+    // 1.
+    for (int i = 0; i <= 9; ++i) m_.ModeFilters[size_t(i)] = QStringLiteral("Wide");
+    // 2.
+    if (ClearMemoryFilterLists) ClearMemoryFilterLists();
+    // 3.
+    for (Control* c : {static_cast<Control*>(&w.MainFilter1Combo), static_cast<Control*>(&w.MainFilter1Label),
+                       static_cast<Control*>(&w.MainFilter2Combo), static_cast<Control*>(&w.MainFilter2Label),
+                       static_cast<Control*>(&w.SubFilterCombo), static_cast<Control*>(&w.SubFilterLabel),
+                       static_cast<Control*>(&w.HighCutoffCombo), static_cast<Control*>(&w.HighCutLabel),
+                       static_cast<Control*>(&w.LowCutoffCombo), static_cast<Control*>(&w.LowCutLabel),
+                       static_cast<Control*>(&w.WidthCombo), static_cast<Control*>(&w.WidthLabel),
+                       static_cast<Control*>(&w.ShiftCombo), static_cast<Control*>(&w.ShiftLabel)})
+        c->setVisible(false);
+    // 4.
+    callHook(m_.hooks.SetFilterFrameVisibility, false);
+    if (HideYaesuFrames) HideYaesuFrames();
+    // 5.
+    w.MainFilter1Combo.Clear();
+    w.MainFilter2Combo.Clear();
+    w.SubFilterCombo.Clear();
+    MainFilter1Index = MainFilter2Index = SubFilterIndex = -1;
+    HighCutoffIndex = LowCutoffIndex = -1;
+}
+
+void ModeControl::ResetModeTables() {
+    UpdateCurrentModeCaptions();
+}
+
+void ModeControl::ModeSel_Click(int index) {
+    // Consuming: the report that checked this option must not go back to the radio.
+    if (m_.ControlFlag(FlagModeSel)) {
+        m_.SetControlFlag(FlagModeSel, false);
+        return;
+    }
+    m_.SetXcvrMode(index);
+    focusRule();
+}
+
+void ModeControl::ModeSel_GotFocus(int index) {
+    // Only the checked option gives the focus back; arrow keys between options must still work.
+    if (m_.main().ModeSel[index].value()) focusRule();
+}
+
+void ModeControl::FilterGroupCombo_Click() {
+    if (m_.ControlFlag(FlagFilterGroupList)) return;
+    FilterGroupClick();
+    focusRule();
+}
+
+void ModeControl::FilterGroupClick() {
+    if (FilterComboUpdating || m_.RadioIndex < 0) return;
+    const QChar s = m_.GetRadioSupplier();
+    if (s == QLatin1Char('I') || s == QLatin1Char('T')) {
+        m_.SetXcvrFilterGroup(IcomFilterGroupIndex(m_.main().FilterGroupCombo.text()));
+    } else if (s == QLatin1Char('Y')) {
+        if (!ApplyYaesuFilterGroup || !(YaesuModelHasGroups && YaesuModelHasGroups())) return;
+        const QString selection = m_.main().FilterGroupCombo.text();
+        if (selection.isEmpty()) return;
+        {
+            FlagHold hold(FilterComboUpdating);
+            ApplyYaesuFilterGroup(selection);
+        }
+        UpdateYaesuXcvrFilter(selection);
+    }
+}
+
+void ModeControl::filterListClick(ComboBox& list, int& lastIndex, int kind) {
+    if (FilterComboUpdating) return;
+    const int index = list.listIndex();
+    if (index != lastIndex) {
+        lastIndex = index;
+        if (FilterCode) m_.SetXcvrFilters(FilterCode(kind, index), kind);
+        if (UpdateYaesuFT1000XFilterGroup) UpdateYaesuFT1000XFilterGroup();
+    }
+    focusRule();
+}
+
+void ModeControl::MainFilter1Click() {
+    filterListClick(m_.main().MainFilter1Combo, MainFilter1Index, 0);
+}
+void ModeControl::MainFilter2Click() {
+    filterListClick(m_.main().MainFilter2Combo, MainFilter2Index, 1);
+}
+void ModeControl::SubFilterClick() {
+    filterListClick(m_.main().SubFilterCombo, SubFilterIndex, 2);
+}
+
+void ModeControl::sendFromText(const ComboBox& list, int kind, double divisor) {
+    m_.SetXcvrFilters(int(std::nearbyint(numberOf(list.text()) / divisor)), kind);
+}
+
+void ModeControl::HighCutoffComboClick() {
+    if (FilterComboUpdating) return;
+    const ComboBox& list = m_.main().HighCutoffCombo;
+    const QString& model = m_.KenwoodModelName;
+    HighCutoffIndex = list.listIndex();
+    if (model == QLatin1String("TS570") || model == QLatin1String("TS2000")) {
+        const int i = list.listIndex();
+        if (i < 0 || i >= int(HighCutoffCodes.size())) throw TvError(kErrSubscript);
+        m_.SetXcvrFilters(HighCutoffCodes[size_t(i)], 3);
+    } else if (model == QLatin1String("TS870")) {
+        sendFromText(list, 3, 1);
+    }
+    focusRule();
+}
+
+void ModeControl::LowCutoffComboClick() {
+    if (FilterComboUpdating) return;
+    const ComboBox& list = m_.main().LowCutoffCombo;
+    const QString& model = m_.KenwoodModelName;
+    LowCutoffIndex = list.listIndex();
+    if (model == QLatin1String("TS570") || model == QLatin1String("TS2000")) {
+        const int i = list.listIndex();
+        if (i < 0 || i >= int(LowCutoffCodes.size())) throw TvError(kErrSubscript);
+        m_.SetXcvrFilters(LowCutoffCodes[size_t(i)], 4);
+    } else if (model == QLatin1String("TS870")) {
+        // This model takes the low cut-off in tens of hertz.
+        sendFromText(list, 4, 10);
+    }
+    focusRule();
+}
+
+void ModeControl::WidthComboClick() {
+    if (FilterComboUpdating) return;
+    const QString& model = m_.KenwoodModelName;
+    if (model == QLatin1String("TS570") || model == QLatin1String("TS2000"))
+        sendFromText(m_.main().WidthCombo, 5, 1);
+    else if (model == QLatin1String("TS870"))
+        sendFromText(m_.main().WidthCombo, 5, 10);
+    focusRule();
+}
+
+void ModeControl::ShiftComboClick() {
+    if (FilterComboUpdating) return;
+    sendFromText(m_.main().ShiftCombo, 6, 1);
+    focusRule();
+}
+
+}  // namespace tv

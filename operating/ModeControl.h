@@ -1,0 +1,85 @@
+#pragma once
+// The mode selector and the vendor-neutral shell of filter control: the filter group remembered per
+// mode and shown on the mode options, the filter group list, and the filter lists of the filter frame.
+// What a group or a list entry means on a given radio is the vendor filter model's business; it plugs
+// into the std::function members below.
+
+#include <QString>
+
+#include <functional>
+#include <vector>
+
+namespace tv {
+
+class KavModule;
+class ComboBox;
+
+class ModeControl {
+  public:
+    explicit ModeControl(KavModule& m);
+    ModeControl(const ModeControl&) = delete;
+    ModeControl& operator=(const ModeControl&) = delete;
+
+    // Installs the module's hooks and the handlers of the mode options and the filter lists.
+    void connect();
+
+    // The key of a mode into a filter group table: the mode family ("SSB" for LSB and USB ...).
+    static QString FilterGroupModeName(int mode);
+
+    void UpdateModeCaption(int mode);
+    void UpdateCurrentModeCaptions();
+    // After groups were deleted: a mode whose group is no longer listed forgets it.
+    void UpdateModeFilters();
+    // A group by name (a report or a click); the radio's mode remembers it.
+    void UpdateYaesuXcvrFilter(const QString& groupName);
+    // The clean slate before a radio's own filter set-up.
+    void InitializeFilterSettings();
+    // After the supplier's set-up: the mode captions follow the new radio's groups.
+    void ResetModeTables();
+
+    // ---- handlers ----
+    void ModeSel_Click(int index);
+    void ModeSel_GotFocus(int index);
+    void FilterGroupCombo_Click();
+    void FilterGroupClick();
+    void MainFilter1Click();
+    void MainFilter2Click();
+    void SubFilterClick();
+    void HighCutoffComboClick();
+    void LowCutoffComboClick();
+    void WidthComboClick();
+    void ShiftComboClick();
+
+    // While set, every filter list click returns at once: the decoders and the group logic set lists.
+    bool FilterComboUpdating = false;
+    // Last selected list indexes; -1 after InitializeFilterSettings.
+    int MainFilter1Index = -1, MainFilter2Index = -1, SubFilterIndex = -1;
+    int HighCutoffIndex = -1, LowCutoffIndex = -1;
+
+    // ---- extension points of the vendor filter models ----
+    // Yaesu: whether the selected model has user-defined groups, and applying a group's row for the
+    // current mode (called with FilterComboUpdating held).
+    std::function<bool()> YaesuModelHasGroups;
+    std::function<void(const QString& groupName)> ApplyYaesuFilterGroup;
+    // Yaesu: the command code of a list entry (kind 0 first IF, 1 second IF, 2 sub receiver), and the
+    // group that the three lists now make up.
+    std::function<int(int kind, int listIndex)> FilterCode;
+    std::function<void()> UpdateYaesuFT1000XFilterGroup;
+    // Kenwood TS-570 / TS-2000: the cut-off codes by list index, filled with the lists.
+    std::vector<int> HighCutoffCodes, LowCutoffCodes;
+    // Parts of the clean slate owned elsewhere: the memory bank's filter column, the Yaesu frames of
+    // the configuration window.
+    std::function<void()> ClearMemoryFilterLists;
+    std::function<void()> HideYaesuFrames;
+
+  private:
+    void focusRule();
+    QString captionOf(int mode) const;
+    bool groupsShown() const;
+    void filterListClick(ComboBox& list, int& lastIndex, int kind);
+    void sendFromText(const ComboBox& list, int kind, double divisor);
+
+    KavModule& m_;
+};
+
+}  // namespace tv

@@ -57,8 +57,9 @@ QColor qcolor(unsigned c) { return QColor(int(c & 0xFF), int((c >> 8) & 0xFF), i
 void syncCommon(Control& c, QWidget* w) {
     w->setToolTip(c.toolTip());
     w->setEnabled(c.enabled());
-    // Hidden controls stay hidden; shown ones follow their parent's visibility.
-    if (w->isVisibleTo(w->parentWidget()) != c.visible()) w->setVisible(c.visible());
+    // A control the layout has no place for stays hidden whatever the model says.
+    const bool want = c.visible() && !w->property("tvUnplaced").toBool();
+    if (w->isVisibleTo(w->parentWidget()) != want) w->setVisible(want);
     if (c.foreColor() != 0 || w->property("tvColoured").toBool()) {
         QPalette p = w->palette();
         p.setColor(QPalette::WindowText, c.foreColor() ? qcolor(c.foreColor()) : QApplication::palette().color(QPalette::WindowText));

@@ -113,7 +113,9 @@ FormWindow* Windows::buildMain(KavMain& m) {
     QWidget* background = W(m.BandSpreadBackground);
     background->setMinimumHeight(14);
     vfo->addWidget(background);
-    W(m.BandspreadSlider)->setVisible(false);  // the scroll bar below is the slider the operator drags
+    // The scroll bar below is the slider the operator drags.
+    W(m.BandspreadSlider)->setProperty("tvUnplaced", true);
+    W(m.BandspreadSlider)->setVisible(false);
     auto* spread = new QHBoxLayout;
     spread->addWidget(W(m.BandLo));
     QWidget* down = W(m.BandspreadDownCmd);
@@ -200,7 +202,10 @@ FormWindow* Windows::buildMain(KavMain& m) {
 
     // Whatever the layout has no place for still gets a widget, hidden, so nothing of the model is lost.
     for (Control* c : m.controls())
-        if (!binder_.widgetOf(*c) && !dynamic_cast<Timer*>(c)) W(*c)->setVisible(false);
+        if (!binder_.widgetOf(*c) && !dynamic_cast<Timer*>(c)) {
+            W(*c)->setProperty("tvUnplaced", true);
+            W(*c)->setVisible(false);
+        }
 
     // The designed size is what the layout needs.
     const QSize hint = win->sizeHint();
@@ -310,7 +315,10 @@ FormWindow* Windows::buildConfig(KavConfig& c) {
     fg->addWidget(place(c.ModeFiltersEnabledCheck, page[5]));
     fg->addStretch(1);
     for (Control* ctl : c.controls())
-        if (!binder_.widgetOf(*ctl) && !dynamic_cast<Timer*>(ctl)) W(*ctl)->setVisible(false);
+        if (!binder_.widgetOf(*ctl) && !dynamic_cast<Timer*>(ctl)) {
+            W(*ctl)->setProperty("tvUnplaced", true);
+            W(*ctl)->setVisible(false);
+        }
     const QSize hint = win->sizeHint();
     c.setWidth(std::max(c.width(), hint.width()));
     c.setHeight(std::max(c.height(), hint.height()));
@@ -352,7 +360,10 @@ FormWindow* Windows::buildSmall(Form& f, const std::vector<Control*>& rows) {
         l->addWidget(w);
     }
     for (Control* c : f.controls())
-        if (!binder_.widgetOf(*c) && !dynamic_cast<Timer*>(c)) win->w(*c)->setVisible(false);
+        if (!binder_.widgetOf(*c) && !dynamic_cast<Timer*>(c)) {
+            win->w(*c)->setProperty("tvUnplaced", true);
+            win->w(*c)->setVisible(false);
+        }
     if (f.width() <= 0) f.setWidth(360);
     if (f.height() <= 0) f.setHeight(std::max(120, win->sizeHint().height()));
     return win;

@@ -27,6 +27,8 @@ void KavModule::EnqueueXcvrCmd(std::int16_t theCmd, double theFreq, std::int16_t
         if (RadioIndex < 0) return;
         if (isCivSupplier(GetRadioSupplier()) && config_.Address.text().trimmed().isEmpty()) return;
         if (XcvrCmdCount >= kBufferSlots) {
+            // Each one in the log; on screen a box already up counts it rather than stacking another.
+            common_.LogLine(QStringLiteral("KavModule.EnqueueXcvrCmd: transceiver command buffer overflow"));
             dialogs().messageBox(QStringLiteral("transceiver command buffer overflow"), common_.info().title);
             return;
         }

@@ -9,7 +9,20 @@
 
 namespace tv {
 
+int QtDialogs::repeatsOf(const QString& text, const QString& title) const {
+    const auto it = open_.find({title, text});
+    return it == open_.end() ? 0 : it->second.second;
+}
+
 MsgAnswer QtDialogs::messageBox(const QString& text, const QString& title, MsgButtons buttons, MsgIcon icon) {
+    const std::pair<QString, QString> key{title, text};
+    if (buttons == MsgButtons::Ok) {
+        if (auto it = open_.find(key); it != open_.end()) {
+            const int n = ++it->second.second;
+            it->second.first->setInformativeText(QStringLiteral("(%1 times)").arg(n + 1));
+            return MsgAnswer::Ok;
+        }
+    }
     QMessageBox box(parent_);
     box.setWindowTitle(title);
     box.setText(text);
@@ -48,7 +61,10 @@ MsgAnswer QtDialogs::messageBox(const QString& text, const QString& title, MsgBu
     box.setStandardButtons(set);
     box.setDefaultButton(first);
     box.setEscapeButton(escape);
-    switch (box.exec()) {
+    if (buttons == MsgButtons::Ok) open_[key] = {&box, 0};
+    const int result = box.exec();
+    if (buttons == MsgButtons::Ok) open_.erase(key);
+    switch (result) {
         case QMessageBox::Cancel: return MsgAnswer::Cancel;
         case QMessageBox::Yes: return MsgAnswer::Yes;
         case QMessageBox::No: return MsgAnswer::No;

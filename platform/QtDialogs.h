@@ -3,6 +3,10 @@
 
 #include "platform/Dialogs.h"
 
+#include <map>
+#include <utility>
+
+class QMessageBox;
 class QWidget;
 
 namespace tv {
@@ -21,8 +25,14 @@ public:
     bool openWithDefault(const QString& path) override;
     bool startProgram(const QString& program, const QStringList& args) override;
 
+    // Boxes of the same title and text that came while one was up, counted into it (for tests).
+    int repeatsOf(const QString& text, const QString& title) const;
+
 private:
     QWidget* parent_;
+    // A notice that is already up is not stacked again: each modal box is a nested loop, and a flood
+    // of the same notice would nest thousands. The repeats are counted into the box on screen.
+    std::map<std::pair<QString, QString>, std::pair<QMessageBox*, int>> open_;
 };
 
 }  // namespace tv

@@ -1,6 +1,7 @@
 // The Qt windows, built offscreen over a whole program on virtual time: every control of the models
 // has its widget, and a click on a widget reaches its model as the operator's gesture.
 
+#include "platform/QtDialogs.h"
 #include "support/TestStation.h"
 #include "windows/qt/Windows.h"
 
@@ -10,6 +11,8 @@
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -123,6 +126,35 @@ TEST_F(Gui, F4TransmitsWithoutChangingThePttFrame) {
     st.p().main.KeyDown(key, 0);
     EXPECT_EQ(queued(), (std::vector<int>{XcvrCmdPTT}));
     EXPECT_EQ(st.p().main.PTTFrame.caption(), QStringLiteral("PTT"));
+}
+
+}  // namespace
+}  // namespace tv::test
+
+namespace tv::test {
+namespace {
+
+// A notice that comes again while it is up is counted into the box on screen, not stacked as another
+// modal loop inside it; a question is always asked.
+TEST(QtBoxes, ARepeatedNoticeIsCountedIntoTheBoxAlreadyUp) {
+    QtDialogs dialogs;
+    int repeatsSeen = 0;
+    QString info;
+    QTimer::singleShot(0, [&] {
+        for (int i = 0; i < 1000; ++i)
+            EXPECT_EQ(dialogs.messageBox(QStringLiteral("transceiver command buffer overflow"), QStringLiteral("Tolvane")),
+                      MsgAnswer::Ok);
+        repeatsSeen = dialogs.repeatsOf(QStringLiteral("transceiver command buffer overflow"), QStringLiteral("Tolvane"));
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            info = box->informativeText();
+            box->accept();
+        }
+    });
+    EXPECT_EQ(dialogs.messageBox(QStringLiteral("transceiver command buffer overflow"), QStringLiteral("Tolvane")),
+              MsgAnswer::Ok);
+    EXPECT_EQ(repeatsSeen, 1000);
+    EXPECT_EQ(info, QStringLiteral("(1001 times)"));
+    EXPECT_EQ(dialogs.repeatsOf(QStringLiteral("transceiver command buffer overflow"), QStringLiteral("Tolvane")), 0);
 }
 
 }  // namespace

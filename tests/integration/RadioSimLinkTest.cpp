@@ -86,11 +86,24 @@ protected:
         }
     }
     KavModule& m() { return program->module; }
+    // A command on the simulator's stdin, waited for until the simulator says it has done it.
     void simCommand(const char* line) {
         sim.write(line);
         sim.write("\n");
         sim.waitForBytesWritten(1000);
+        waitSim(QString::fromLatin1(line) + QLatin1Char(':'));
     }
+    // Waits until the simulator's log (standard error) holds the text; it logs each frame it receives.
+    bool waitSim(const QString& text, int ms = 5000) {
+        return waitFor(
+            [&] {
+                simLog += QString::fromLocal8Bit(sim.readAllStandardError());
+                return simLog.indexOf(text, simSeen) >= 0;
+            },
+            ms);
+    }
+    QString simLog;
+    qsizetype simSeen = 0;
 
     QTemporaryDir dir;
     QProcess socat, sim;
@@ -105,8 +118,7 @@ TEST_F(RadioSimLink, FollowsTheRadioAndCommandsIt) {
         << m().RadioFreq << " " << m().RadioMode;
     // A command reaches the radio: its own dial then moves on from the new frequency.
     m().SetXcvrFreq(14025.5);
-    ASSERT_TRUE(waitFor([&] { return m().XcvrCmdCount == 0; }, 5000));
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 300);
+    ASSERT_TRUE(waitSim(QStringLiteral("<- FE FE 94 E0 05 00 55 02 14 00 FD")));
     simCommand("dial +100");
     EXPECT_TRUE(waitFor([&] { return m().RadioFreq == 14025.6; }, 5000)) << m().RadioFreq;
     simCommand("mode USB");
@@ -131,13 +143,11 @@ TEST_F(RadioSimLink, ABurstIsPacedByAcknowledgementsNotByThePollInterval) {
 
 TEST_F(RadioSimLink, ARefusalShowsTheNoticeAndARadioFallingSilentHangsNothing) {
     ASSERT_TRUE(waitFor([&] { return m().RadioFreq == 7010.0; }, 10000));
-    // No polls in between, so the refusal meets the command.
+    // No polls in between, so the refusal meets the command: a poll already on its way is answered first.
     program->config.Interrogation.setChecked(false);
     ASSERT_TRUE(waitFor([&] { return m().XcvrCmdCount == 0; }, 5000));
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 300);
-    simCommand("reject");
-    // The simulator reads its stdin on its own time: let it take the order before the command leaves.
     waitFor([] { return false; }, 500);
+    simCommand("reject");
     m().SetXcvrFreq(3550);
     ASSERT_TRUE(waitFor([&] { return program->messages.reject.visible(); }, 5000));
     EXPECT_EQ(program->messages.reject.Command.caption(), QStringLiteral("Set Frequency"));
@@ -145,7 +155,6 @@ TEST_F(RadioSimLink, ARefusalShowsTheNoticeAndARadioFallingSilentHangsNothing) {
     EXPECT_TRUE(waitFor([&] { return m().RadioFreq == 7010.0; }, 5000)) << m().RadioFreq;
 
     simCommand("silent on");
-    waitFor([] { return false; }, 500);
     QElapsedTimer t;
     t.start();
     m().SetXcvrFreq(21074);

@@ -16,42 +16,24 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
+#include "support/PtyPair.h"
+
 #include <gtest/gtest.h>
 
 namespace tv {
 namespace {
 
-template <class F>
-bool waitFor(F cond, int ms) {
-    QElapsedTimer t;
-    t.start();
-    while (!cond()) {
-        if (t.elapsed() > ms) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    }
-    return true;
-}
+using test::waitFor;
+using test::PtyPair;
 
 class RadioSimLink : public ::testing::Test {
 protected:
     void SetUp() override {
         const QString simPath = QStringLiteral(TOLVANE_BINARY_DIR "/tolvane-radiosim");
-        if (QStandardPaths::findExecutable(QStringLiteral("socat")).isEmpty()) GTEST_SKIP() << "socat not installed";
+        if (!PtyPair::available()) GTEST_SKIP() << "socat not installed";
         ASSERT_TRUE(QFileInfo(simPath).isExecutable()) << "build tolvane-radiosim first";
-        socat.start(QStringLiteral("socat"), {QStringLiteral("-d"), QStringLiteral("-d"),
-                                              QStringLiteral("pty,raw,echo=0"), QStringLiteral("pty,raw,echo=0")});
-        ASSERT_TRUE(socat.waitForStarted(5000));
-        QString err;
-        QStringList ends;
-        const QRegularExpression re(QStringLiteral("PTY is (\\S+)"));
-        ASSERT_TRUE(waitFor(
-            [&] {
-                err += QString::fromLocal8Bit(socat.readAllStandardError());
-                ends.clear();
-                for (auto it = re.globalMatch(err); it.hasNext();) ends << it.next().captured(1);
-                return ends.size() >= 2;
-            },
-            5000));
+        ASSERT_TRUE(pty.start());
+        const QStringList& ends = pty.ends;
         sim.setProcessChannelMode(QProcess::SeparateChannels);
         sim.start(simPath, {QStringLiteral("--device"), ends[1], QStringLiteral("--model"), QStringLiteral("IC-7300"),
                             QStringLiteral("--freq"), QStringLiteral("7010"), QStringLiteral("--mode"), QStringLiteral("CW")});
@@ -80,10 +62,7 @@ protected:
             sim.write("quit\n");
             if (!sim.waitForFinished(3000)) sim.kill();
         }
-        if (socat.state() != QProcess::NotRunning) {
-            socat.kill();
-            socat.waitForFinished(3000);
-        }
+        pty.stop();
     }
     KavModule& m() { return program->module; }
     // A command on the simulator's stdin, waited for until the simulator says it has done it.
@@ -106,7 +85,8 @@ protected:
     qsizetype simSeen = 0;
 
     QTemporaryDir dir;
-    QProcess socat, sim;
+    PtyPair pty;
+    QProcess sim;
     QtEventLoop loop;
     HeadlessDialogs dialogs;
     std::unique_ptr<Program> program;

@@ -13,6 +13,8 @@
 
 #include "support/QtPrinters.h"
 
+#include "support/PtyPair.h"
+
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -22,17 +24,8 @@
 namespace tv {
 namespace {
 
-// Spins the Qt loop until the condition holds or the time is up.
-template <class F>
-bool waitFor(F cond, int ms = 5000) {
-    QElapsedTimer t;
-    t.start();
-    while (!cond()) {
-        if (t.elapsed() > ms) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    return true;
-}
+using test::waitFor;
+using test::PtyPair;
 
 struct Faults {
     std::vector<SerialFault> kinds;
@@ -44,34 +37,17 @@ struct Faults {
 class SerialPty : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (QStandardPaths::findExecutable(QStringLiteral("socat")).isEmpty()) GTEST_SKIP() << "socat not installed";
-        socat.start(QStringLiteral("socat"), {QStringLiteral("-d"), QStringLiteral("-d"),
-                                              QStringLiteral("pty,raw,echo=0"), QStringLiteral("pty,raw,echo=0")});
-        ASSERT_TRUE(socat.waitForStarted(5000));
-        QString err;
-        const QRegularExpression re(QStringLiteral("PTY is (/dev/\\S+)"));
-        ASSERT_TRUE(waitFor([&] {
-            err += QString::fromLocal8Bit(socat.readAllStandardError());
-            ends.clear();
-            for (auto it = re.globalMatch(err); it.hasNext();) ends << it.next().captured(1);
-            return ends.size() >= 2;
-        })) << err.toStdString();
-    }
-    void TearDown() override {
-        if (socat.state() != QProcess::NotRunning) {
-            socat.kill();
-            socat.waitForFinished(3000);
-        }
+        if (!PtyPair::available()) GTEST_SKIP() << "socat not installed";
+        ASSERT_TRUE(pty.start());
     }
     bool openEnd(QtSerialDevice& d, int end, SerialSettings s = {}) {
         int number = 0;
         QString text;
-        const bool ok = d.open(ends[end], s, &number, &text);
+        const bool ok = d.open(pty.ends[end], s, &number, &text);
         EXPECT_TRUE(ok) << number << " " << text.toStdString();
         return ok;
     }
-    QProcess socat;
-    QStringList ends;
+    PtyPair pty;
 };
 
 TEST_F(SerialPty, SettingsReachTheDeviceAndBytesCrossBothWays) {
@@ -81,13 +57,13 @@ TEST_F(SerialPty, SettingsReachTheDeviceAndBytesCrossBothWays) {
     SerialSettings s;  // 9600 8N2
     ASSERT_TRUE(openEnd(program, 0, s));
     ASSERT_TRUE(openEnd(radio, 1, s));
-    EXPECT_EQ(program.path(), ends[0]);
+    EXPECT_EQ(program.path(), pty.ends[0]);
     QCoreApplication::processEvents();
     EXPECT_TRUE(faults.kinds.empty());  // what a pty can't do while being set up is no fault of the link
 
     // The line settings are the device's, not only the object's. (A second descriptor is refused to
     // anyone but root while the port is held exclusively; then this part can't be seen from here.)
-    const int fd = ::open(QFile::encodeName(ends[0]).constData(), O_RDONLY | O_NOCTTY | O_NONBLOCK);
+    const int fd = ::open(QFile::encodeName(pty.ends[0]).constData(), O_RDONLY | O_NOCTTY | O_NONBLOCK);
     if (fd >= 0) {
         termios t{};
         ASSERT_EQ(::tcgetattr(fd, &t), 0);
@@ -127,7 +103,7 @@ TEST_F(SerialPty, AHeldPortIsBusyAndAMissingOneNotFound) {
     ASSERT_TRUE(openEnd(first, 0));
     int number = 0;
     QString text;
-    EXPECT_FALSE(second.open(ends[0], SerialSettings{}, &number, &text));
+    EXPECT_FALSE(second.open(pty.ends[0], SerialSettings{}, &number, &text));
     EXPECT_EQ(number, kSerialPortAlreadyOpen) << text.toStdString();
     EXPECT_FALSE(text.isEmpty());
     EXPECT_TRUE(first.isOpen());
@@ -157,8 +133,7 @@ TEST_F(SerialPty, TheFarSideVanishingIsARemovedDevice) {
     faults.attach(program);
     ASSERT_TRUE(openEnd(program, 0));
     program.onBytesArrived = [&] { program.readAll(); };
-    socat.kill();
-    socat.waitForFinished(3000);
+    pty.stop();
     // Found without a write: the loop alone sees the hang-up.
     EXPECT_TRUE(waitFor([&] { return !faults.kinds.empty(); }, 2000));
     QElapsedTimer t;
@@ -178,7 +153,7 @@ TEST_F(SerialPty, TheFarSideVanishingIsARemovedDevice) {
     // The pty is gone with socat: opening it again is "not found", as an unplugged adapter's would be.
     int number = 0;
     QString text;
-    EXPECT_FALSE(program.open(ends[0], SerialSettings{}, &number, &text));
+    EXPECT_FALSE(program.open(pty.ends[0], SerialSettings{}, &number, &text));
     EXPECT_EQ(number, kSerialPortNotFound) << text.toStdString();
 }
 

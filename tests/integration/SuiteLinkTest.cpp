@@ -13,21 +13,15 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
+#include "support/PtyPair.h"
+
 #include <gtest/gtest.h>
 
 namespace tv {
 namespace {
 
-template <class F>
-bool waitFor(F cond, int ms) {
-    QElapsedTimer t;
-    t.start();
-    while (!cond()) {
-        if (t.elapsed() > ms) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    return true;
-}
+using test::waitFor;
+using test::PtyPair;
 
 void stopProcess(QProcess& p) {
     if (p.state() == QProcess::NotRunning) return;
@@ -42,7 +36,7 @@ class SuiteLink : public ::testing::Test {
 protected:
     void SetUp() override {
         if (QStandardPaths::findExecutable(QStringLiteral("dbus-daemon")).isEmpty()) GTEST_SKIP() << "dbus-daemon not installed";
-        ASSERT_FALSE(QStandardPaths::findExecutable(QStringLiteral("socat")).isEmpty()) << "socat not installed";
+        ASSERT_TRUE(PtyPair::available()) << "socat not installed";
         // A bus of our own, so that nothing on the desktop's bus sees or disturbs the test.
         daemon.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
                                                      QStringLiteral("--print-address")});
@@ -53,20 +47,8 @@ protected:
         env = QProcessEnvironment::systemEnvironment();
         env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), address);
 
-        socat.start(QStringLiteral("socat"), {QStringLiteral("-d"), QStringLiteral("-d"),
-                                              QStringLiteral("pty,raw,echo=0"), QStringLiteral("pty,raw,echo=0")});
-        ASSERT_TRUE(socat.waitForStarted(5000));
-        QString err;
-        QStringList ends;
-        const QRegularExpression re(QStringLiteral("PTY is (\\S+)"));
-        ASSERT_TRUE(waitFor(
-            [&] {
-                err += QString::fromLocal8Bit(socat.readAllStandardError());
-                ends.clear();
-                for (auto it = re.globalMatch(err); it.hasNext();) ends << it.next().captured(1);
-                return ends.size() >= 2;
-            },
-            5000));
+        ASSERT_TRUE(pty.start());
+        const QStringList& ends = pty.ends;
         sim.start(bin(QStringLiteral("tolvane-radiosim")),
                   {QStringLiteral("--device"), ends[1], QStringLiteral("--model"), QStringLiteral("IC-7300"),
                    QStringLiteral("--freq"), QStringLiteral("7010"), QStringLiteral("--mode"), QStringLiteral("CW")});
@@ -99,7 +81,7 @@ protected:
             sim.write("quit\n");
             if (!sim.waitForFinished(3000)) sim.kill();
         }
-        stopProcess(socat);
+        pty.stop();
         stopProcess(daemon);
     }
     static QString bin(const QString& name) { return QStringLiteral(TOLVANE_BINARY_DIR "/") + name; }
@@ -132,7 +114,8 @@ protected:
     QString simLog;
 
     QTemporaryDir dir;
-    QProcess daemon, socat, sim, program, watcher;
+    PtyPair pty;
+    QProcess daemon, sim, program, watcher;
     QString address;
     QProcessEnvironment env;
     QByteArray output;

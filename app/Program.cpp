@@ -69,6 +69,7 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     freqDisplay.connect();
     modes.connect();
     meter.connect();
+    kenwoodFilters.connect();
     kenwood.onLoadSMeterData = [this](const QString& file) { meter.LoadSMeterData(file); };
     tuning.DoRcv = [this] { mainLogic.DoRcv(); };
     tuning.DoXmit = [this] { mainLogic.DoXmit(); };

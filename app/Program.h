@@ -11,6 +11,7 @@
 #include "forms/UserCommandSequenceDefinition.h"
 #include "operating/Bands.h"
 #include "operating/FrequencyDisplay.h"
+#include "operating/KenwoodFilters.h"
 #include "operating/ModeControl.h"
 #include "operating/SMeter.h"
 #include "operating/Tuning.h"
@@ -80,6 +81,7 @@ public:
     // Modes and filters, and the meter.
     ModeControl modes{module};
     SMeter meter{module};
+    KenwoodFilters kenwoodFilters{module, kenwood, modes};
     UserSequences sequences;
     std::unique_ptr<SuiteBus> ownSuiteBus;  // set only when no bus was given
     SuiteBus& suiteBus;

@@ -104,6 +104,12 @@ TEST_F(KenwoodLink, IdentifiesPollsCommandsAndFollowsTheMeter) {
 
     simCommand("meter 15");
     EXPECT_TRUE(waitFor([&] { return meter == 0.5; }, 5000)) << meter;
+
+    // In CW the width list is offered and shows the width the radio reports through the filter chain.
+    m().SetXcvrMode(3);
+    EXPECT_TRUE(waitFor([&] { return m().RadioMode == 3 && program->main.WidthCombo.visible(); }, 5000));
+    EXPECT_TRUE(waitFor([&] { return simReceived(QStringLiteral("FW;")); }, 5000));
+    EXPECT_TRUE(waitFor([&] { return !program->main.WidthCombo.text().isEmpty(); }, 5000));
 }
 
 }  // namespace

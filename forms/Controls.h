@@ -365,6 +365,12 @@ private:
     std::vector<std::unique_ptr<T>> items_;
 };
 
+// A control's designed caption and tooltip, as a form sets them up (no events: nothing listens yet).
+inline void Describe(Control& c, const QString& caption, const QString& tip = QString()) {
+    c.setCaption(caption);
+    if (!tip.isNull()) c.setToolTip(tip);
+}
+
 // Raises a guard flag for the life of the scope: the program's own change of a control, made inside
 // it, is seen by the control's handler as not being a gesture.
 class FlagHold {

@@ -2,113 +2,106 @@
 
 namespace tv {
 
-namespace {
-void set(Control& c, const QString& caption, const QString& tip = QString()) {
-    c.setCaption(caption);
-    if (!tip.isNull()) c.setToolTip(tip);
-}
-}  // namespace
-
 KavConfig::KavConfig(EventLoop& loop)
     : Form(loop, QStringLiteral("KavConfig"), QStringLiteral("Tolvane Configuration"), 3) {
     setWidth(560);
     setHeight(440);
 
-    set(RadioFrame, QStringLiteral("Radio"));
-    set(ModelLabel, QStringLiteral("Model"));
+    Describe(RadioFrame, QStringLiteral("Radio"));
+    Describe(ModelLabel, QStringLiteral("Model"));
     RadioCombo.setToolTip(QStringLiteral("model # of controlled radio"));
-    set(AddressLabel, QStringLiteral("CI-V Address"));
+    Describe(AddressLabel, QStringLiteral("CI-V Address"));
     Address.setToolTip(QStringLiteral("CI-V address of controlled radio"));
-    set(HexLabel, QStringLiteral("hex"));
-    set(DecLabel, QStringLiteral("dec"));
+    Describe(HexLabel, QStringLiteral("hex"));
+    Describe(DecLabel, QStringLiteral("dec"));
     DecLabel.setVisible(false);
-    set(DefaultAddress, QStringLiteral("Default: EE"),
+    Describe(DefaultAddress, QStringLiteral("Default: EE"),
         QStringLiteral("double-click to set CI-V address to radio's default setting"));
-    set(Interrogation, QStringLiteral("Continuous freq and mode interrogation"),
+    Describe(Interrogation, QStringLiteral("Continuous freq and mode interrogation"),
         QStringLiteral("select if radio's CI-V Transceive parameter is not set"));
-    set(PollLabel1, QStringLiteral("every"));
-    set(PollLabel2, QStringLiteral("ms"));
+    Describe(PollLabel1, QStringLiteral("every"));
+    Describe(PollLabel2, QStringLiteral("ms"));
     PollInterval.setToolTip(
         QStringLiteral("Time interval between frequency and mode interrogation commands, in milliseconds"));
-    set(RadioFolderLabel, QStringLiteral("Control folder"));
+    Describe(RadioFolderLabel, QStringLiteral("Control folder"));
     RadioFolder.setToolTip(QStringLiteral("Folder containing files used for transceiver control"));
-    set(RadioFolderSelect, QStringLiteral("Select"), QStringLiteral("click to select a control folder"));
+    Describe(RadioFolderSelect, QStringLiteral("Select"), QStringLiteral("click to select a control folder"));
 
-    set(RadixFrame, QStringLiteral("Radix"));
-    set(HexSel, QStringLiteral("Hexadecimal"), QStringLiteral("select hexadecimal display of messages"));
-    set(DecSel, QStringLiteral("Decimal"), QStringLiteral("select decimal display of messages"));
+    Describe(RadixFrame, QStringLiteral("Radix"));
+    Describe(HexSel, QStringLiteral("Hexadecimal"), QStringLiteral("select hexadecimal display of messages"));
+    Describe(DecSel, QStringLiteral("Decimal"), QStringLiteral("select decimal display of messages"));
 
-    set(Frame1, QStringLiteral("Guidance"));
-    set(TooltipsCheckbox, QStringLiteral("show control explanations"),
+    Describe(Frame1, QStringLiteral("Guidance"));
+    Describe(TooltipsCheckbox, QStringLiteral("show control explanations"),
         QStringLiteral("when checked, explanations like this one appear when the mouse lingers over a control"));
-    set(BrowserPathnameLabel, QStringLiteral("Browser pathname"));
+    Describe(BrowserPathnameLabel, QStringLiteral("Browser pathname"));
     BrowserPathname.setToolTip(
         QStringLiteral("if empty, your system's default browser is used to view online help pages"));
-    set(BrowserSelectCmd, QStringLiteral("Select"),
+    Describe(BrowserSelectCmd, QStringLiteral("Select"),
         QStringLiteral("click to select the browser with which you wish to view online help pages"));
-    set(ConfigGenHelpCmd, QStringLiteral("Help"), QStringLiteral("display configuration help"));
+    Describe(ConfigGenHelpCmd, QStringLiteral("Help"), QStringLiteral("display configuration help"));
 
-    set(AutorepeatFrame, QStringLiteral("VFO Autorepeat Rate"));
-    set(AutoRepeatFastLabel, QStringLiteral("fast"));
-    set(AutoRepeatSlowLabel, QStringLiteral("slow"));
+    Describe(AutorepeatFrame, QStringLiteral("VFO Autorepeat Rate"));
+    Describe(AutoRepeatFastLabel, QStringLiteral("fast"));
+    Describe(AutoRepeatSlowLabel, QStringLiteral("slow"));
     AutoRepeatScroll.setRange(1, 20);
     AutoRepeatScroll.setSmallChange(1);
     AutoRepeatScroll.setLargeChange(5);
 
-    set(Frame4, QStringLiteral("User-defined Command Sequences"));
-    set(UserCommandsEnableBox, QStringLiteral("Enable"),
+    Describe(Frame4, QStringLiteral("User-defined Command Sequences"));
+    Describe(UserCommandsEnableBox, QStringLiteral("Enable"),
         QStringLiteral("Check to enable User-defined Command Sequences"));
-    set(PTTFrame, QStringLiteral("PTT"));
-    set(PTTonCmd, QStringLiteral("On"), QStringLiteral("click to transmit"));
-    set(PTTOffCmd, QStringLiteral("Off"), QStringLiteral("click to receive"));
-    set(Frame5, QStringLiteral("Dual Receive"));
-    set(DualReceiveEnableBox, QStringLiteral("Enable if directed by other apps"),
+    Describe(PTTFrame, QStringLiteral("PTT"));
+    Describe(PTTonCmd, QStringLiteral("On"), QStringLiteral("click to transmit"));
+    Describe(PTTOffCmd, QStringLiteral("Off"), QStringLiteral("click to receive"));
+    Describe(Frame5, QStringLiteral("Dual Receive"));
+    Describe(DualReceiveEnableBox, QStringLiteral("Enable if directed by other apps"),
         QStringLiteral("Check to allow other applications to enable Dual Receive"));
-    set(Frame6, QStringLiteral("Initial Command"));
+    Describe(Frame6, QStringLiteral("Initial Command"));
     InitialXcvrCommand.setToolTip(
         QStringLiteral("Command (two hexadecimal digits per byte, or prepend with ' for ascii)"));
-    set(DebugCheck, QStringLiteral("Log debugging information"),
+    Describe(DebugCheck, QStringLiteral("Log debugging information"),
         QStringLiteral("Check to record diagnostic information in errorlog.txt"));
-    set(DualMonitorCheck, QStringLiteral("Use dual monitors"),
+    Describe(DualMonitorCheck, QStringLiteral("Use dual monitors"),
         QStringLiteral("when checked, windows that resided on the secondary monitor during the previous session "
                        "will be restored to the secondary monitor on startup"));
 
     // The frames keep the wording of an older interface ("external RTTY modem"): operators know it.
-    set(PortFrame, QStringLiteral("Com Port"), QStringLiteral("CI-V Interface Serial Port"));
-    set(SpeedFrame, QStringLiteral("Baud Rate"), QStringLiteral("CI-V Interface Baud Rate"));
-    set(ParityFrame, QStringLiteral("Parity"), QStringLiteral("external RTTY modem parity"));
-    set(WordLengthFrame, QStringLiteral("Word Length"), QStringLiteral("external RTTY modem word length"));
-    set(StopBitsFrame, QStringLiteral("Stop Bits"), QStringLiteral("external RTTY modem stop bits"));
-    set(DTRFrame, QStringLiteral("DTR"), QStringLiteral("control behavior of the Data Terminal Ready (DTR) signal"));
-    set(RTSFrame, QStringLiteral("RTS"), QStringLiteral("control behavior of the Request To Send (RTS) signal"));
+    Describe(PortFrame, QStringLiteral("Com Port"), QStringLiteral("CI-V Interface Serial Port"));
+    Describe(SpeedFrame, QStringLiteral("Baud Rate"), QStringLiteral("CI-V Interface Baud Rate"));
+    Describe(ParityFrame, QStringLiteral("Parity"), QStringLiteral("external RTTY modem parity"));
+    Describe(WordLengthFrame, QStringLiteral("Word Length"), QStringLiteral("external RTTY modem word length"));
+    Describe(StopBitsFrame, QStringLiteral("Stop Bits"), QStringLiteral("external RTTY modem stop bits"));
+    Describe(DTRFrame, QStringLiteral("DTR"), QStringLiteral("control behavior of the Data Terminal Ready (DTR) signal"));
+    Describe(RTSFrame, QStringLiteral("RTS"), QStringLiteral("control behavior of the Request To Send (RTS) signal"));
     for (int i = 1; i <= 8; ++i)
-        set(CommPort[i], QStringLiteral("Com%1").arg(i), QStringLiteral("Select Com%1").arg(i));
+        Describe(CommPort[i], QStringLiteral("Com%1").arg(i), QStringLiteral("Select Com%1").arg(i));
     // The two fastest speeds carry the 19200 tip as designed.
     const char* speeds[8][2] = {{"19200", "Select 19200 Baud"}, {"  9600", "Select 9600 Baud"},
                                 {"  4800", "Select 4800 Baud"}, {"  2400", "Select 2400 Baud"},
                                 {"  1200", "Select 1200 Baud"}, {"    300", "Select 300 Baud"},
                                 {"38400", "Select 19200 Baud"}, {"57600", "Select 19200 Baud"}};
     for (int i = 1; i <= 8; ++i)
-        set(Speed[i], QString::fromLatin1(speeds[i - 1][0]), QString::fromLatin1(speeds[i - 1][1]));
+        Describe(Speed[i], QString::fromLatin1(speeds[i - 1][0]), QString::fromLatin1(speeds[i - 1][1]));
     const char* parities[5] = {"none", "odd", "even", "mark", "space"};
-    for (int i = 1; i <= 5; ++i) set(Parity[i], QString::fromLatin1(parities[i - 1]));
+    for (int i = 1; i <= 5; ++i) Describe(Parity[i], QString::fromLatin1(parities[i - 1]));
     const char* lengths[3] = {"8", "7", "6"};
-    for (int i = 1; i <= 3; ++i) set(WordLength[i], QString::fromLatin1(lengths[i - 1]));
+    for (int i = 1; i <= 3; ++i) Describe(WordLength[i], QString::fromLatin1(lengths[i - 1]));
     const char* stops[3] = {"1", "1.5", "2"};
-    for (int i = 1; i <= 3; ++i) set(StopBits[i], QString::fromLatin1(stops[i - 1]));
+    for (int i = 1; i <= 3; ++i) Describe(StopBits[i], QString::fromLatin1(stops[i - 1]));
     for (const QString& line : {QStringLiteral("DTR"), QStringLiteral("RTS")}) {
         auto& buttons = line == QStringLiteral("DTR") ? DTRButton : RTSButton;
-        set(buttons[0], QStringLiteral("always off"), QStringLiteral("click to keep %1 off").arg(line));
-        set(buttons[1], QStringLiteral("always on"),
+        Describe(buttons[0], QStringLiteral("always off"), QStringLiteral("click to keep %1 off").arg(line));
+        Describe(buttons[1], QStringLiteral("always on"),
             QStringLiteral("click to keep %1 on (select if your CI-V interface is powered by %1)").arg(line));
-        set(buttons[2], QStringLiteral("on to xmit"),
+        Describe(buttons[2], QStringLiteral("on to xmit"),
             QStringLiteral("click if asserting %1 will key your transmitter").arg(line));
     }
-    set(RTSButton[3], QStringLiteral("flow control"), QStringLiteral("click for hardware flow control using RTS and CTS"));
-    set(ConfigComHelpCmd, QStringLiteral("Help"), QStringLiteral("display configuration help"));
+    Describe(RTSButton[3], QStringLiteral("flow control"), QStringLiteral("click for hardware flow control using RTS and CTS"));
+    Describe(ConfigComHelpCmd, QStringLiteral("Help"), QStringLiteral("display configuration help"));
 
-    for (int i = 0; i < 3; ++i) set(DeviceEnabled[i], QStringLiteral("Enable"));
-    set(ModeFiltersEnabledCheck, QStringLiteral("restore Filter Group on mode change"));
+    for (int i = 0; i < 3; ++i) Describe(DeviceEnabled[i], QStringLiteral("Enable"));
+    Describe(ModeFiltersEnabledCheck, QStringLiteral("restore Filter Group on mode change"));
 }
 
 int KavConfig::tabOf(const Control& c) const {

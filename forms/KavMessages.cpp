@@ -5,13 +5,6 @@ namespace tv {
 const char* const KavMessages::kColumnHeader =
     "seq#@hhmm.ss    1   2   3   4   5   6   7   8   9  10  11  12  13  14";
 
-namespace {
-void set(Control& c, const QString& caption, const QString& tip = QString()) {
-    c.setCaption(caption);
-    if (!tip.isNull()) c.setToolTip(tip);
-}
-}  // namespace
-
 KavMessages::KavMessages(EventLoop& loop)
     : Form(loop, QStringLiteral("KavMessages"), QStringLiteral("Tolvane Messages"), 2),
       note(loop),
@@ -19,23 +12,23 @@ KavMessages::KavMessages(EventLoop& loop)
       reject(loop) {
     setWidth(720);
     setHeight(480);
-    set(MessageDisplayFrame, QStringLiteral("Message Display"));
-    set(MessageDisplayMode[0], QStringLiteral("Decimal"), QStringLiteral("Display captured messages in decimal"));
-    set(MessageDisplayMode[1], QStringLiteral("Hexadecimal"),
+    Describe(MessageDisplayFrame, QStringLiteral("Message Display"));
+    Describe(MessageDisplayMode[0], QStringLiteral("Decimal"), QStringLiteral("Display captured messages in decimal"));
+    Describe(MessageDisplayMode[1], QStringLiteral("Hexadecimal"),
         QStringLiteral("Display captured messages in hexadecimal"));
-    set(MessageDisplayMode[2], QStringLiteral("Ascii"), QStringLiteral("Display captured messages in ascii"));
-    set(CapturedMessagesFrame, QStringLiteral("Captured Messages"));
-    set(CaptureEnabled, QStringLiteral("Capture and display messages"),
+    Describe(MessageDisplayMode[2], QStringLiteral("Ascii"), QStringLiteral("Display captured messages in ascii"));
+    Describe(CapturedMessagesFrame, QStringLiteral("Captured Messages"));
+    Describe(CaptureEnabled, QStringLiteral("Capture and display messages"),
         QStringLiteral("check to capture messages (may reduce performance)"));
-    set(NoteCmd, QStringLiteral("Note"),
+    Describe(NoteCmd, QStringLiteral("Note"),
         QStringLiteral("enter a note into the captured message store when the next message arrives"));
-    set(ClrCmd, QStringLiteral("Clear"), QStringLiteral("clear captured messages"));
-    set(SaveCmd, QStringLiteral("Save"), QStringLiteral("save captured messages to file"));
-    set(InterrogateFrame, QStringLiteral("Interrogate Radio"), QStringLiteral("Request Report From Target Radio"));
-    set(ReqModeCmd, QStringLiteral("Mode?"), QStringLiteral("request mode report"));
-    set(ReqFreqCmd, QStringLiteral("Freq?"), QStringLiteral("request frequency report"));
-    set(MessageHelpCmd, QStringLiteral("Help"), QStringLiteral("display help panel for Messages"));
-    set(ColumnHeader, QString::fromLatin1(kColumnHeader));
+    Describe(ClrCmd, QStringLiteral("Clear"), QStringLiteral("clear captured messages"));
+    Describe(SaveCmd, QStringLiteral("Save"), QStringLiteral("save captured messages to file"));
+    Describe(InterrogateFrame, QStringLiteral("Interrogate Radio"), QStringLiteral("Request Report From Target Radio"));
+    Describe(ReqModeCmd, QStringLiteral("Mode?"), QStringLiteral("request mode report"));
+    Describe(ReqFreqCmd, QStringLiteral("Freq?"), QStringLiteral("request frequency report"));
+    Describe(MessageHelpCmd, QStringLiteral("Help"), QStringLiteral("display help panel for Messages"));
+    Describe(ColumnHeader, QString::fromLatin1(kColumnHeader));
     MessageDisplay.setLocked(true);
 }
 

@@ -15,7 +15,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
-#include "support/PtyPair.h"
+#include "support/SimulatedRadio.h"
 
 #include <gtest/gtest.h>
 
@@ -25,63 +25,14 @@ namespace {
 using test::waitFor;
 using test::PtyPair;
 
-class KenwoodLink : public ::testing::Test {
+class KenwoodLink : public test::SimulatedRadio {
 protected:
     void SetUp() override {
-        const QString simPath = QStringLiteral(TOLVANE_BINARY_DIR "/tolvane-radiosim");
-        if (!PtyPair::available()) GTEST_SKIP() << "socat not installed";
-        ASSERT_TRUE(QFileInfo(simPath).isExecutable()) << "build tolvane-radiosim first";
-        ASSERT_TRUE(pty.start());
-        const QStringList& ends = pty.ends;
-        sim.setProcessChannelMode(QProcess::SeparateChannels);
-        sim.start(simPath, {QStringLiteral("--device"), ends[1], QStringLiteral("--model"), QStringLiteral("TS-2000"),
-                            QStringLiteral("--freq"), QStringLiteral("7010"), QStringLiteral("--mode"), QStringLiteral("CW")});
-        ASSERT_TRUE(sim.waitForStarted(5000));
-
-        ProgramPaths paths;
-        paths.configDir = dir.path();
-        paths.appDir = QStringLiteral(TOLVANE_SOURCE_DIR "/data");
-        {
-            SettingsStore s(dir.filePath(QStringLiteral("Tolvane.ini")), nullptr);
-            const QString g = QStringLiteral("General");
-            s.SaveSetting(g, QStringLiteral("Radio"), QStringLiteral("TS-2000"));
-            s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
-            s.SaveSetting(g, QStringLiteral("CommPortDevice1"), ends[0]);
-            s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
-        }
-        program = std::make_unique<Program>(loop, dialogs, paths, [] { return std::make_unique<QtSerialDevice>(); });
-        ASSERT_TRUE(program->FormLoad());
-        ASSERT_TRUE(program->comm.PortOpened());
-        m().hooks.UpdateSMeter = [this](double v) { meter = v; };
+        startStation(QStringLiteral("TS-2000"));
+        if (program) m().hooks.UpdateSMeter = [this](double v) { meter = v; };
     }
-    void TearDown() override {
-        if (program) program->FormUnload();
-        program.reset();
-        if (sim.state() != QProcess::NotRunning) {
-            sim.write("quit\n");
-            if (!sim.waitForFinished(3000)) sim.kill();
-        }
-        pty.stop();
-    }
-    KavModule& m() { return program->module; }
-    void simCommand(const char* line) {
-        sim.write(line);
-        sim.write("\n");
-        sim.waitForBytesWritten(1000);
-    }
-
-    QTemporaryDir dir;
-    PtyPair pty;
-    QProcess sim;
-    QtEventLoop loop;
-    HeadlessDialogs dialogs;
-    std::unique_ptr<Program> program;
+    bool simReceived(const QString& text) { return waitSim(text, 0); }
     double meter = -1;
-    QString simLog;
-    bool simReceived(const QString& text) {
-        simLog += QString::fromLocal8Bit(sim.readAllStandardError());
-        return simLog.contains(text);
-    }
 };
 
 TEST_F(KenwoodLink, IdentifiesPollsCommandsAndFollowsTheMeter) {

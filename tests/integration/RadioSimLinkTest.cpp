@@ -16,7 +16,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
-#include "support/PtyPair.h"
+#include "support/SimulatedRadio.h"
 
 #include <gtest/gtest.h>
 
@@ -26,70 +26,9 @@ namespace {
 using test::waitFor;
 using test::PtyPair;
 
-class RadioSimLink : public ::testing::Test {
+class RadioSimLink : public test::SimulatedRadio {
 protected:
-    void SetUp() override {
-        const QString simPath = QStringLiteral(TOLVANE_BINARY_DIR "/tolvane-radiosim");
-        if (!PtyPair::available()) GTEST_SKIP() << "socat not installed";
-        ASSERT_TRUE(QFileInfo(simPath).isExecutable()) << "build tolvane-radiosim first";
-        ASSERT_TRUE(pty.start());
-        const QStringList& ends = pty.ends;
-        sim.setProcessChannelMode(QProcess::SeparateChannels);
-        sim.start(simPath, {QStringLiteral("--device"), ends[1], QStringLiteral("--model"), QStringLiteral("IC-7300"),
-                            QStringLiteral("--freq"), QStringLiteral("7010"), QStringLiteral("--mode"), QStringLiteral("CW")});
-        ASSERT_TRUE(sim.waitForStarted(5000));
-
-        ProgramPaths paths;
-        paths.configDir = dir.path();
-        paths.appDir = QStringLiteral(TOLVANE_SOURCE_DIR "/data");
-        {
-            SettingsStore s(dir.filePath(QStringLiteral("Tolvane.ini")), nullptr);
-            const QString g = QStringLiteral("General");
-            s.SaveSetting(g, QStringLiteral("Radio"), QStringLiteral("IC-7300"));
-            s.SaveSetting(g, QStringLiteral("RadioId"), QStringLiteral("94"));
-            s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
-            s.SaveSetting(g, QStringLiteral("CommPortDevice1"), ends[0]);
-            s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
-        }
-        program = std::make_unique<Program>(loop, dialogs, paths, [] { return std::make_unique<QtSerialDevice>(); });
-        ASSERT_TRUE(program->FormLoad());
-        ASSERT_TRUE(program->comm.PortOpened());
-    }
-    void TearDown() override {
-        if (program) program->FormUnload();
-        program.reset();
-        if (sim.state() != QProcess::NotRunning) {
-            sim.write("quit\n");
-            if (!sim.waitForFinished(3000)) sim.kill();
-        }
-        pty.stop();
-    }
-    KavModule& m() { return program->module; }
-    // A command on the simulator's stdin, waited for until the simulator says it has done it.
-    void simCommand(const char* line) {
-        sim.write(line);
-        sim.write("\n");
-        sim.waitForBytesWritten(1000);
-        waitSim(QString::fromLatin1(line) + QLatin1Char(':'));
-    }
-    // Waits until the simulator's log (standard error) holds the text; it logs each frame it receives.
-    bool waitSim(const QString& text, int ms = 5000) {
-        return waitFor(
-            [&] {
-                simLog += QString::fromLocal8Bit(sim.readAllStandardError());
-                return simLog.indexOf(text, simSeen) >= 0;
-            },
-            ms);
-    }
-    QString simLog;
-    qsizetype simSeen = 0;
-
-    QTemporaryDir dir;
-    PtyPair pty;
-    QProcess sim;
-    QtEventLoop loop;
-    HeadlessDialogs dialogs;
-    std::unique_ptr<Program> program;
+    void SetUp() override { startStation(QStringLiteral("IC-7300"), QStringLiteral("94")); }
 };
 
 TEST_F(RadioSimLink, FollowsTheRadioAndCommandsIt) {

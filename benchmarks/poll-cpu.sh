@@ -1,0 +1,67 @@
+#!/usr/bin/env bash
+# The cost of polling: tolvane --headless polls a simulated radio at 50 ms for a while, and this prints
+# the CPU time the program used and how many messages crossed the line each way. With --capture FILE the
+# line is tapped (socat -x -v) and its traffic written to FILE; with --script the radio is also tuned
+# and keyed through the suite link halfway through (needs dbus-run-session).
+#
+#   benchmarks/poll-cpu.sh [--model IC-7300] [--seconds 60] [--interval 50] [--capture FILE] [--script]
+set -euo pipefail
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+bin="${TOLVANE_BIN:-$root/build/release}"
+model=IC-7300 seconds=60 interval=50 capture="" script=0
+while [ $# -gt 0 ]; do
+    case "$1" in
+        --model) model="$2"; shift 2 ;;
+        --seconds) seconds="$2"; shift 2 ;;
+        --interval) interval="$2"; shift 2 ;;
+        --capture) capture="$2"; shift 2 ;;
+        --script) script=1; shift ;;
+        *) echo "usage: poll-cpu.sh [--model M] [--seconds S] [--interval MS] [--capture FILE] [--script]" >&2; exit 2 ;;
+    esac
+done
+if [ "$script" = 1 ] && [ -z "${DBUS_SESSION_BUS_ADDRESS:-}" ]; then
+    exec dbus-run-session -- "$0" --model "$model" --seconds "$seconds" --interval "$interval" \
+        ${capture:+--capture "$capture"} --script
+fi
+work="$(mktemp -d)"
+trap 'kill $(jobs -p) 2>/dev/null || true; wait 2>/dev/null || true; rm -rf "$work"' EXIT
+
+# Two ptys joined: the program on a, the simulator on b; with a capture, socat relays and taps between.
+if [ -n "$capture" ]; then
+    socat -d -d pty,raw,echo=0,link="$work/a" pty,raw,echo=0,link="$work/tap" 2>"$work/socat1.log" &
+    socat -x -v pty,raw,echo=0,link="$work/b" "$work/tap",raw,echo=0 2>"$capture" &
+else
+    socat -d -d pty,raw,echo=0,link="$work/a" pty,raw,echo=0,link="$work/b" 2>"$work/socat1.log" &
+fi
+for _ in $(seq 50); do [ -e "$work/a" ] && [ -e "$work/b" ] && break; sleep 0.1; done
+
+"$bin/tolvane-radiosim" --device "$work/b" --model "$model" --freq 14025.5 --mode CW \
+    < <(sleep $((seconds + 5))) >/dev/null 2>"$work/sim.log" &
+case "$model" in IC-*) address="$(grep -i "^RADIO=I$model," "$root/data/Radios.txt" | sed 's/.*ADDRESS=\([0-9A-F]*\).*/\1/')" ;; *) address=0 ;; esac
+mkdir -p "$work/config"
+cat >"$work/config/Tolvane.ini" <<EOF
+[General]
+Radio=$model
+RadioId=$address
+CommPort=1
+CommPortDevice1=$work/a
+InterrogateInterval=$interval
+MessageCapture=F
+EOF
+"$bin/tolvane" --headless --config-dir "$work/config" --app-dir "$root/data" >"$work/tolvane.log" 2>&1 &
+pid=$!
+if [ "$script" = 1 ]; then
+    sleep $((seconds / 2))
+    for c in 001qsy7010.2 "001xcvrfreqmode<xcvrfreq:8>14025.50<xcvrmode:2>cw<eor>" 001split14030 001transmit 001receive; do
+        "$bin/tolvane-send" "$c" >/dev/null || true
+        sleep 1
+    done
+    sleep $((seconds - seconds / 2 - 5))
+else
+    sleep "$seconds"
+fi
+ticks=$(awk '{print $14 + $15}' /proc/$pid/stat)
+hz=$(getconf CLK_TCK)
+kill -TERM $pid; wait $pid || true
+echo "model $model, interval $interval ms, $seconds s: tolvane CPU $((ticks * 1000 / hz)) ms;" \
+     "messages to the radio $(grep -c '^<- ' "$work/sim.log" || true), from it $(grep -c '^-> ' "$work/sim.log" || true)"

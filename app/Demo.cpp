@@ -76,22 +76,12 @@ void reportStateOnStdout(Program& program) {
         std::fprintf(stdout, "%s\n", line.toLocal8Bit().constData());
         std::fflush(stdout);
     };
-    // Chained in front of whatever the upper layers hooked in.
-    auto freq = program.module.hooks.UpdateFreqDisplay;
-    program.module.hooks.UpdateFreqDisplay = [&program, freq, print] {
-        print(QStringLiteral("Radio: %1 kHz").arg(program.module.RadioFreq, 0, 'f', 3));
-        if (freq) freq();
-    };
+    RadioState& s = program.module.state();
+    QObject::connect(&s, &RadioState::frequencyChanged, &s,
+                     [print](double kHz) { print(QStringLiteral("Radio: %1 kHz").arg(kHz, 0, 'f', 3)); });
     // Mode reports repeat with every poll: only a change is worth a line.
-    auto item = program.module.hooks.ItemChanged;
-    auto lastMode = std::make_shared<QString>();
-    program.module.hooks.ItemChanged = [item, print, lastMode](const QString& name, const QString& value) {
-        if (name == QLatin1String("RadioMode") && value != *lastMode) {
-            *lastMode = value;
-            print(QStringLiteral("Radio: mode ") + value);
-        }
-        if (item) item(name, value);
-    };
+    QObject::connect(&s, &RadioState::modeChanged, &s,
+                     [print](int mode) { print(QStringLiteral("Radio: mode ") + ModeName(mode)); });
 }
 
 }  // namespace tv

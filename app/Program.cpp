@@ -3,6 +3,7 @@
 #include "platform/Dialogs.h"
 #include "platform/EventLoop.h"
 #include "platform/FakeSuiteBus.h"
+#include "protocols/Families.h"
 #include "services/Errors.h"
 
 #include <QDir>
@@ -53,7 +54,6 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
       sequenceEditor(l),
       comm(common, std::move(serialFactory)),
       module(common, main, config, messages, comm),
-      icom(module),
       mainLogic(module, comm),
       configLogic(module, comm),
       messagesLogic(module),
@@ -69,17 +69,17 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     freqDisplay.connect();
     modes.connect();
     meter.connect();
-    kenwoodFilters.connect();
-    kenwood.onLoadSMeterData = [this](const QString& file) { meter.LoadSMeterData(file); };
+    passbands.connect();
+    module.hooks.ResetModeTables = [this] {
+        passbands.Reset();
+        modes.ResetModeTables();
+    };
     tuning.DoRcv = [this] { mainLogic.DoRcv(); };
     tuning.DoXmit = [this] { mainLogic.DoXmit(); };
     tuning.EditSequence = [this](int i) { sequences.EditSequence(i); };
     // Last: the sequences take F5 to F12 in front of the frequency box's other keys.
     sequences.connect();
-    // CI-V radios of both makers speak the same bus language.
-    module.setProtocol(QLatin1Char('I'), &icom);
-    module.setProtocol(QLatin1Char('T'), &icom);
-    module.setProtocol(QLatin1Char('K'), &kenwood);
+    registerFamilies(module.radio());
     setErrorReporter([this](int number, const QString& label, const QString& description) {
         common.ReportError(number, label, description);
     });
@@ -102,7 +102,7 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
         FormUnload();
     };
     main.ShutdownTimer.setInterval(kShutdownDelayMs);
-    comm.onData = [this] { module.HandleIncomingChar(QByteArray()); };
+    comm.onData = [this] { module.link().HandleIncomingChar(QByteArray()); };
     SuiteActions& suite = suiteLink.actions;
     suite.RequestShutdown = [this] { RequestShutdown(); };
     suite.ExecuteNamedSequence = [this](const QString& name) { sequences.ExecuteNamedSequence(name); };
@@ -139,6 +139,10 @@ bool Program::FormLoad() {
         // 1-2.
         common.Initialize();
         module.ClearErrorLogFlag();
+        // A step of start-up or bring-up that nobody answers would be skipped without a word.
+        for (const QString& name : module.hooks.missing())
+            common.ReportError(kErrInvalidCall, QStringLiteral("KavMain.Form_load"),
+                               QStringLiteral("no part of the program answers the step ") + name);
         // 3.
         const bool debug = settings.GetSetting(kGeneral, QStringLiteral("Debug"), QStringLiteral("0")).trimmed() ==
                            QLatin1String("1");
@@ -164,7 +168,7 @@ bool Program::FormLoad() {
         }
         common.LogLine(QStringLiteral("KavMain.Form_load: KavModule intialized"));
         // 8.
-        callHook(module.hooks.DDEInitialize);
+        module.hooks.DDEInitialize();
         // 9.
         main.ClockTimer.setInterval(1000);
         main.ClockTimer.setEnabled(true);
@@ -182,7 +186,7 @@ void Program::FormUnload() {
         settings.SaveSetting(kGeneral, QStringLiteral("Debug"), config.DebugCheck.checked() ? QStringLiteral("1")
                                                                                           : QStringLiteral("0"));
         // 2.
-        callHook(module.hooks.DDETerminate);
+        module.hooks.DDETerminate();
         // 3.
         common.Terminate();
         // 4.
@@ -195,9 +199,9 @@ void Program::FormUnload() {
         config.Hide();
         messages.Hide();
         comm.ClosePort();
-        main.XcvrCmdTimer.setEnabled(false);
+        module.queue().XcvrCmdTimer.setEnabled(false);
         main.AutoRepeatTimer.setEnabled(false);
-        messages.ExpectTimer.setEnabled(false);
+        module.link().ExpectTimer.setEnabled(false);
         main.Hide();
     });
     // Nothing is left unwritten when the process ends.

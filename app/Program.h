@@ -11,14 +11,12 @@
 #include "forms/UserCommandSequenceDefinition.h"
 #include "operating/Bands.h"
 #include "operating/FrequencyDisplay.h"
-#include "operating/KenwoodFilters.h"
+#include "operating/PassbandLists.h"
 #include "operating/ModeControl.h"
 #include "operating/SMeter.h"
 #include "operating/Tuning.h"
 #include "platform/SettingsStore.h"
 #include "platform/SuiteBus.h"
-#include "protocols/Icom.h"
-#include "protocols/Kenwood.h"
 #include "services/Common.h"
 #include "suitelink/DDEServerModule.h"
 #include "windows/KavConfigLogic.h"
@@ -68,8 +66,6 @@ public:
     UserCommandSequenceDefinition sequenceEditor;
     KavComm comm;
     KavModule module;
-    IcomProtocol icom;
-    KenwoodProtocol kenwood{module};
     // The windows' handlers, toolkit-free: the same with or without a display.
     KavMainLogic mainLogic;
     KavConfigLogic configLogic;
@@ -81,7 +77,7 @@ public:
     // Modes and filters, and the meter.
     ModeControl modes{module};
     SMeter meter{module};
-    KenwoodFilters kenwoodFilters{module, kenwood, modes};
+    PassbandLists passbands{module, modes};
     UserSequences sequences;
     std::unique_ptr<SuiteBus> ownSuiteBus;  // set only when no bus was given
     SuiteBus& suiteBus;

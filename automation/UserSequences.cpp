@@ -221,7 +221,7 @@ void UserSequences::ExecuteSequence(int index) {
             auto argument = [&](int from) { return c.mid(from, std::max<qsizetype>(0, c.size() - from - 1)); };
             if (c.isEmpty()) {
             } else if (u == QLatin1String("<WAIT>")) {
-                m_.SetXcvrWait();
+                m_.queue().SetXcvrWait();
             } else if (u == QLatin1String("<END>")) {
                 break;
             } else if (u.startsWith(QLatin1String("<GOTO "))) {
@@ -244,10 +244,10 @@ void UserSequences::ExecuteSequence(int index) {
                 SequenceFunctions[size_t(index)] = argument(9).trimmed();
                 showName(index);
             } else if (c.startsWith(QLatin1Char('\''))) {
-                if (c.size() > 1) m_.SetXcvrstring(c.mid(1));
+                if (c.size() > 1) m_.queue().SetXcvrstring(c.mid(1));
             } else {
                 // Either case of hexadecimal digit: the queue reads upper case.
-                m_.SetXcvrRaw(c.toUpper());
+                m_.queue().SetXcvrRaw(c.toUpper());
             }
             s = next;
             // Other events run between steps: the operator can still act, and stop a looping sequence.
@@ -271,11 +271,11 @@ void UserSequences::ExecuteCommand(const QString& text) {
     Guard("KavModule.ExecuteCommand", [&] {
         if (text.isEmpty()) return;
         if (text.compare(QLatin1String("<WAIT>"), Qt::CaseInsensitive) == 0)
-            m_.SetXcvrWait();
+            m_.queue().SetXcvrWait();
         else if (text.startsWith(QLatin1Char('\'')))
-            (text.size() > 1) ? m_.SetXcvrstring(text.mid(1)) : void();
+            (text.size() > 1) ? m_.queue().SetXcvrstring(text.mid(1)) : void();
         else
-            m_.SetXcvrRaw(text.toUpper());  // hexadecimal digits in either case
+            m_.queue().SetXcvrRaw(text.toUpper());  // hexadecimal digits in either case
     });
 }
 

@@ -1,40 +1,49 @@
-// The command queue and its scheduler: one circular buffer that every radio command passes through,
-// drained by one timer, which polls the radio when there is nothing to send.
+#include "core/CommandQueue.h"
 
-#include "core/KavModule.h"
-
-#include "forms/KavConfig.h"
-#include "forms/KavMain.h"
+#include "core/CoreView.h"
+#include "core/Hooks.h"
+#include "core/Protocol.h"
+#include "core/RadioLink.h"
+#include "core/RadioState.h"
+#include "core/SelectedRadio.h"
 #include "platform/Dialogs.h"
 #include "services/Common.h"
-#include "services/Convert.h"
 #include "services/Errors.h"
+
+#include <algorithm>
 
 namespace tv {
 
 namespace {
-bool isCivSupplier(QChar s) { return s == QLatin1Char('I') || s == QLatin1Char('T'); }
 QString num(double v) { return QString::number(v, 'g', 15); }
-// The three small Yaesu radios that are polled slowly once they stop answering.
-bool isSmallYaesu(const QString& model) {
-    return model == QLatin1String("FT817") || model == QLatin1String("FT897") || model == QLatin1String("FT857");
-}
 }  // namespace
 
-void KavModule::EnqueueXcvrCmd(std::int16_t theCmd, double theFreq, std::int16_t theMode, std::int16_t theArg,
-                               std::int16_t theArg2, const QString& theRawCmd) {
+CommandQueue::CommandQueue(Common& common, SelectedRadio& radio, RadioState& state, RadioLink& link, CoreView& view,
+                           UpperHooks& hooks)
+    : XcvrCmdTimer(common.loop(), QStringLiteral("XcvrCmdTimer")),
+      common_(common),
+      radio_(radio),
+      state_(state),
+      link_(link),
+      view_(view),
+      hooks_(hooks) {
+    XcvrCmdTimer.TimerEvent = [this] { ExecuteNextXcvrCmd(); };
+}
+
+void CommandQueue::EnqueueXcvrCmd(std::int16_t theCmd, double theFreq, std::int16_t theMode, std::int16_t theArg,
+                                  std::int16_t theArg2, const QString& theRawCmd) {
     Guard("KavModule.EnqueueXcvrCmd", [&] {
-        if (RadioIndex < 0) return;
-        if (isCivSupplier(GetRadioSupplier()) && config_.Address.text().trimmed().isEmpty()) return;
+        if (radio_.RadioIndex < 0) return;
+        if (radio_.traits().addressed && view_.addressText().trimmed().isEmpty()) return;
         if (XcvrCmdCount >= kBufferSlots) {
             // Each one in the log; on screen a box already up counts it rather than stacking another.
             common_.LogLine(QStringLiteral("KavModule.EnqueueXcvrCmd: transceiver command buffer overflow"));
-            dialogs().messageBox(QStringLiteral("transceiver command buffer overflow"), common_.info().title);
+            common_.dialogs().messageBox(QStringLiteral("transceiver command buffer overflow"), common_.info().title);
             return;
         }
         XcvrCmd& r = XcvrCmdBuffer[size_t(XcvrCmdTail)];
         r.theCmd = theCmd;
-        r.theRadio = RadioAddress.isEmpty() ? 0 : std::int16_t(std::uint8_t(RadioAddress.at(0)));
+        r.theRadio = std::int16_t(radio_.address());
         r.theFreq = theFreq;
         r.theMode = theMode;
         r.theArg = theArg;
@@ -43,11 +52,21 @@ void KavModule::EnqueueXcvrCmd(std::int16_t theCmd, double theFreq, std::int16_t
         if (++XcvrCmdTail > kBufferSlots) XcvrCmdTail = 1;
         ++XcvrCmdCount;
         // Only makes sure the timer runs: a queued command waits for the next regular tick.
-        main_.XcvrCmdTimer.setEnabled(true);
+        XcvrCmdTimer.setEnabled(true);
     });
 }
 
-void KavModule::InitializeXcvrCmdBuffer() {
+std::vector<XcvrCmd> CommandQueue::queued() const {
+    std::vector<XcvrCmd> out;
+    int i = XcvrCmdHead;
+    for (int n = 0; n < XcvrCmdCount; ++n) {
+        out.push_back(XcvrCmdBuffer[size_t(i)]);
+        if (++i > kBufferSlots) i = 1;
+    }
+    return out;
+}
+
+void CommandQueue::InitializeXcvrCmdBuffer() {
     XcvrCmdTail = 1;
     XcvrCmdHead = 1;
     XcvrCmdCount = 0;
@@ -56,54 +75,52 @@ void KavModule::InitializeXcvrCmdBuffer() {
     SetXcvrCmdTimerInterval();
 }
 
-QString KavModule::pollIntervalText() const { return config_.PollInterval.text(); }
-
-void KavModule::SetXcvrCmdTimerInterval() {
-    main_.XcvrCmdTimer.setEnabled(false);
-    if (RadioIndex >= 0 && GetRadioSupplier() == QLatin1Char('Y') && isSmallYaesu(radioModel()) &&
-        !YaesuResponding) {
-        main_.XcvrCmdTimer.setInterval(kSilentYaesuInterval);
-        main_.XcvrCmdTimer.setEnabled(true);
+void CommandQueue::SetXcvrCmdTimerInterval() {
+    XcvrCmdTimer.setEnabled(false);
+    const Protocol* p = radio_.protocol();
+    if (radio_.RadioIndex >= 0 && p && !state_.Responding && p->SilentPollInterval() > 0) {
+        XcvrCmdTimer.setInterval(p->SilentPollInterval());
+        XcvrCmdTimer.setEnabled(true);
         return;
     }
     // A text that isn't a whole number (letters from a hand-edited store, say) counts as the default.
-    const QString t = pollIntervalText().trimmed();
+    const QString t = view_.pollIntervalText().trimmed();
     bool ok = !t.isEmpty();
     for (QChar c : t) ok = ok && c.isDigit();
     long long ms = kDefaultPollInterval;
     if (ok) ms = t.size() > 9 ? kMaxPollInterval : t.toLongLong();
     ms = std::clamp<long long>(ms, kMinPollInterval, kMaxPollInterval);
-    main_.XcvrCmdTimer.setInterval(int(ms));
-    main_.XcvrCmdTimer.setEnabled(true);
+    XcvrCmdTimer.setInterval(int(ms));
+    XcvrCmdTimer.setEnabled(true);
 }
 
-void KavModule::AccelerateNextXcvrCmd() {
-    main_.XcvrCmdTimer.setEnabled(false);
-    main_.XcvrCmdTimer.setInterval(kAcceleratedInterval);
-    main_.XcvrCmdTimer.setEnabled(true);
+void CommandQueue::AccelerateNextXcvrCmd() {
+    XcvrCmdTimer.setEnabled(false);
+    XcvrCmdTimer.setInterval(int(kAcceleratedInterval.count()));
+    XcvrCmdTimer.setEnabled(true);
 }
 
-void KavModule::SetXcvrFreq(double freq) {
+void CommandQueue::SetXcvrFreq(double freq) {
     Guard("KavModule.SetXcvrFreq", [&] {
         common_.LogLine(QStringLiteral("KavModule.SetXcvrFreq: ") + num(freq));
         if (freq < 0) return;
-        const bool switched = hooks.SelectMultiXcvr ? hooks.SelectMultiXcvr(freq) : false;
-        RadioFreq = freq;
-        EnqueueXcvrCmd(XcvrCmdFreq, RadioFreq);
-        callHook(hooks.UpdateFreqDisplay);
+        const bool switched = hooks_.SelectMultiXcvr ? hooks_.SelectMultiXcvr(freq) : false;
+        state_.RadioFreq = freq;
+        EnqueueXcvrCmd(XcvrCmdFreq, state_.RadioFreq);
+        state_.SetFrequency(freq);
         if (switched) InterrogateRadio();
     });
 }
 
-void KavModule::SetXcvrSBFreq(double freq) {
-    if (freq < 0 || RadioIndex < 0) return;
-    if (!isCivSupplier(GetRadioSupplier())) {
+void CommandQueue::SetXcvrSBFreq(double freq) {
+    if (freq < 0 || radio_.RadioIndex < 0) return;
+    if (!radio_.traits().secondaryFrequencyBySwitching) {
         EnqueueXcvrCmd(XcvrCmdSBFreq, freq);
         return;
     }
     SelectSecondary();
     SetXcvrWait();
-    SetXcvrMode(RadioMode);
+    SetXcvrMode(state_.RadioMode);
     SetXcvrWait();
     SetXcvrFreq(freq);
     SetXcvrWait();
@@ -111,87 +128,115 @@ void KavModule::SetXcvrSBFreq(double freq) {
     SetXcvrWait();
 }
 
-void KavModule::StepXcvrFreq(bool up) { EnqueueXcvrCmd(XcvrCmdStepFreq, 0, 0, up ? 0 : 1); }
+void CommandQueue::StepXcvrFreq(bool up) { EnqueueXcvrCmd(XcvrCmdStepFreq, 0, 0, up ? 0 : 1); }
 
-void KavModule::SetXcvrMode(int mode) {
+void CommandQueue::SetXcvrMode(int mode) {
     Guard("KavModule.SetXcvrMode", [&] {
-        if (mode < 0 || mode > 9 || RadioIndex < 0) return;
-        const QChar s = GetRadioSupplier();
-        std::int16_t arg = 0;
-        if (isCivSupplier(s)) {
-            arg = std::int16_t(RadioFilterGroup);
-            if (config_.ModeFiltersEnabledCheck.checked())
-                arg = std::int16_t(IcomFilterGroupIndex(ModeFilters[size_t(mode)]));
-        } else if (QStringLiteral("FNYK").contains(s)) {
-            arg = 0;
-        } else {
-            return;
-        }
-        EnqueueXcvrCmd(XcvrCmdMode, 0, std::int16_t(mode), arg);
+        if (mode < 0 || mode > 9 || radio_.RadioIndex < 0) return;
+        const Protocol* p = radio_.protocol();
+        if (!p || !p->AcceptsModes()) return;
+        EnqueueXcvrCmd(XcvrCmdMode, 0, std::int16_t(mode), std::int16_t(p->ModeArgument(mode)));
     });
 }
 
-void KavModule::SetXcvrModeAndFilterGroup(int mode, int group) {
+void CommandQueue::SetXcvrModeAndFilterGroup(int mode, int group) {
     if (mode == ModeUnknown) return;
     EnqueueXcvrCmd(XcvrCmdMode, 0, std::int16_t(mode), std::int16_t(group));
 }
 
-void KavModule::SetXcvrFilterGroup(int group) {
-    EnqueueXcvrCmd(XcvrCmdFilterGroup, 0, std::int16_t(RadioMode), std::int16_t(group));
+void CommandQueue::SetXcvrFilterGroup(int group) {
+    EnqueueXcvrCmd(XcvrCmdFilterGroup, 0, std::int16_t(state_.RadioMode), std::int16_t(group));
 }
 
-void KavModule::SetXcvrFilters(int arg, int arg2) {
-    EnqueueXcvrCmd(XcvrCmdFilters, 0, std::int16_t(RadioMode), std::int16_t(arg), std::int16_t(arg2));
+void CommandQueue::SetXcvrFilters(int arg, int arg2) {
+    EnqueueXcvrCmd(XcvrCmdFilters, 0, std::int16_t(state_.RadioMode), std::int16_t(arg), std::int16_t(arg2));
 }
 
-void KavModule::SetXcvrSplit(bool on) { EnqueueXcvrCmd(XcvrCmdSplit, 0, 0, on ? 1 : 0); }
-void KavModule::SetXcvrDual(bool on) { EnqueueXcvrCmd(XcvrCmdDual, 0, 0, on ? 1 : 0); }
-void KavModule::SetXcvrVFOA() { EnqueueXcvrCmd(XcvrCmdVFOA); }
-void KavModule::SetXcvrVFOB() { EnqueueXcvrCmd(XcvrCmdVFOB); }
-void KavModule::SetXcvrVFOEqual() { EnqueueXcvrCmd(XcvrCmdVFOEqual); }
-void KavModule::SetXcvrVFOXch() { EnqueueXcvrCmd(XcvrCmdVFOXch); }
-void KavModule::SetXcvrMain() { EnqueueXcvrCmd(XcvrCmdMain); }
-void KavModule::SetXcvrSub() { EnqueueXcvrCmd(XcvrCmdSub); }
-void KavModule::SetXcvrMainSubEqual() { EnqueueXcvrCmd(XcvrCmdMainSubEqual); }
-void KavModule::SetXcvrMainSubXch() { EnqueueXcvrCmd(XcvrCmdMainSubXch); }
-void KavModule::SetXcvrSwitchVFOs() { EnqueueXcvrCmd(XcvrCmdSwitchVFOs); }
-void KavModule::SetXcvrWait() { EnqueueXcvrCmd(XcvrCmdWait); }
+void CommandQueue::SetXcvrSplit(bool on) { EnqueueXcvrCmd(XcvrCmdSplit, 0, 0, on ? 1 : 0); }
+void CommandQueue::SetXcvrDual(bool on) { EnqueueXcvrCmd(XcvrCmdDual, 0, 0, on ? 1 : 0); }
+void CommandQueue::SetXcvrVFOA() { EnqueueXcvrCmd(XcvrCmdVFOA); }
+void CommandQueue::SetXcvrVFOB() { EnqueueXcvrCmd(XcvrCmdVFOB); }
+void CommandQueue::SetXcvrVFOEqual() { EnqueueXcvrCmd(XcvrCmdVFOEqual); }
+void CommandQueue::SetXcvrVFOXch() { EnqueueXcvrCmd(XcvrCmdVFOXch); }
+void CommandQueue::SetXcvrMain() { EnqueueXcvrCmd(XcvrCmdMain); }
+void CommandQueue::SetXcvrSub() { EnqueueXcvrCmd(XcvrCmdSub); }
+void CommandQueue::SetXcvrMainSubEqual() { EnqueueXcvrCmd(XcvrCmdMainSubEqual); }
+void CommandQueue::SetXcvrMainSubXch() { EnqueueXcvrCmd(XcvrCmdMainSubXch); }
+void CommandQueue::SetXcvrSwitchVFOs() { EnqueueXcvrCmd(XcvrCmdSwitchVFOs); }
+void CommandQueue::SetXcvrWait() { EnqueueXcvrCmd(XcvrCmdWait); }
 
-void KavModule::SetXcvrTransmit() {
-    const RadioInfo* r = radio();
+void CommandQueue::SetXcvrTransmit() {
+    const RadioInfo* r = radio_.info();
     if (!r || !r->ptt) return;
     EnqueueXcvrCmd(XcvrCmdPTT, 0, 0, 1);
 }
 
-void KavModule::SetXcvrReceive() {
-    const RadioInfo* r = radio();
+void CommandQueue::SetXcvrReceive() {
+    const RadioInfo* r = radio_.info();
     if (!r || !r->ptt) return;
     EnqueueXcvrCmd(XcvrCmdPTT, 0, 0, 0);
 }
 
-void KavModule::SetXcvrRaw(const QString& text) {
+void CommandQueue::SetXcvrRaw(const QString& text) {
     common_.LogLine(QStringLiteral("KavModule.SetXcvrRaw: ") + text);
     EnqueueXcvrCmd(XcvrCmdRaw, 0, 0, 0, 0, text);
 }
 
-void KavModule::SetXcvrstring(const QString& text) { EnqueueXcvrCmd(XcvrCmdString, 0, 0, 0, 0, text); }
+void CommandQueue::SetXcvrstring(const QString& text) { EnqueueXcvrCmd(XcvrCmdString, 0, 0, 0, 0, text); }
 
-void KavModule::InterrogateRadio() {
+void CommandQueue::InterrogateRadio() {
     SetXcvrWait();
     EnqueueXcvrCmd(XcvrCmdRequestFreq);
     SetXcvrWait();
     EnqueueXcvrCmd(XcvrCmdRequestMode);
 }
 
-int KavModule::DigitVal(QChar c) { return int(QStringLiteral("0123456789ABCDEF").indexOf(c)); }
-
-int KavModule::DecVal(const QString& text) {
-    if (text.size() == 2) return DigitVal(text.at(0)) * 16 + DigitVal(text.at(1));
-    if (text.isEmpty()) return -1;
-    return DigitVal(text.at(0));
+void CommandQueue::AdjustRadioFreq(double delta) {
+    const double f = state_.RadioFreq;
+    if (delta >= 0) {
+        if (f + delta > 999999.99) return;
+    } else if (f <= delta) {
+        return;
+    }
+    SetXcvrFreq(f + delta);
 }
 
-void KavModule::executeRaw(const XcvrCmd& cmd) {
+void CommandQueue::SelectSecondary() {
+    const RadioInfo* r = radio_.info();
+    if (!r || !radio_.protocol()) return;
+    if (radio_.traits().secondaryIsVfoB) {
+        SetXcvrVFOB();
+    } else if (r->mainSubSel) {
+        // The sub receiver takes precedence over the VFOs.
+        SetXcvrSub();
+    } else if (r->vfoSel) {
+        SetXcvrVFOB();
+    }
+}
+
+void CommandQueue::SelectPrimary() {
+    const RadioInfo* r = radio_.info();
+    if (!r || !radio_.protocol()) return;
+    if (radio_.traits().secondaryIsVfoB) {
+        SetXcvrVFOA();
+    } else if (r->mainSubSel) {
+        SetXcvrMain();
+    } else if (r->vfoSel) {
+        SetXcvrVFOA();
+    }
+}
+
+void CommandQueue::RequestFrequency() {
+    if (radio_.RadioIndex < 0) return;
+    if (Protocol* p = radio_.protocol()) p->RequestFrequency();
+}
+
+void CommandQueue::RequestMode() {
+    if (radio_.RadioIndex < 0) return;
+    if (Protocol* p = radio_.protocol()) p->RequestMode();
+}
+
+void CommandQueue::executeRaw(const XcvrCmd& cmd) {
     QString raw = cmd.theRawCmd;
     if (raw.size() % 2 == 1) raw.prepend(QLatin1Char('0'));
     common_.DebugLog(QStringLiteral("KavModule.ExecuteNextXcvrCmd XcvrCmdRaw, theRawCmd = %1, RawLen = %2")
@@ -200,17 +245,17 @@ void KavModule::executeRaw(const XcvrCmd& cmd) {
     QByteArray out;
     for (int i = 1; i <= raw.size(); i += 2) {
         const QString chars = raw.mid(i - 1, 2);
-        const int v = DecVal(chars);
+        const int v = SelectedRadio::DecVal(chars);
         common_.DebugLog(QStringLiteral("   I = %1, Chars = %2, DecVal = %3, Asc = %4").arg(i).arg(chars).arg(v).arg(v));
         // A pair that isn't upper-case hexadecimal makes no byte: the record fails as a whole.
         if (v < 0 || v > 255) throw TvError(kErrInvalidCall, QStringLiteral("not a hexadecimal pair: ") + chars);
         out.append(char(v));
     }
     common_.DebugLog(QStringLiteral("   len(RawOut) = %1").arg(out.size()));
-    SendCommand(out);
+    link_.SendCommand(out);
 }
 
-void KavModule::reportTickFailure(const XcvrCmd& c, int number, const QString& description) {
+void CommandQueue::reportTickFailure(const XcvrCmd& c, int number, const QString& description) {
     common_.ReportError(number, QStringLiteral("KavModule.ExecuteNextXcvrCmd"), description);
     common_.LogLine(QStringLiteral("theCmd = %1, theFreq = %2, theMide = %3, theArg = %4, theArg2 = %5, "
                                    "theRadio = %6, theRawCmd = %7, theSupplier = %8")
@@ -221,29 +266,30 @@ void KavModule::reportTickFailure(const XcvrCmd& c, int number, const QString& d
                         .arg(c.theArg2)
                         .arg(c.theRadio)
                         .arg(c.theRawCmd)
-                        .arg(QString(GetRadioSupplier())));
+                        .arg(QString(radio_.supplier())));
 }
 
-void KavModule::ExecuteNextXcvrCmd() {
-    if (RadioIndex == -1) return;
+void CommandQueue::ExecuteNextXcvrCmd() {
+    if (radio_.RadioIndex == -1) return;
     XcvrCmd c;
     try {
         SetXcvrCmdTimerInterval();
-        const QChar supplier = GetRadioSupplier();
-        Protocol* p = protocol();
         if (XcvrCmdCount < 1) {
-            if (config_.Interrogation.checked() && InterrogationPhase <= 6 && p)
+            Protocol* p = radio_.protocol();
+            if (view_.interrogationEnabled() && InterrogationPhase <= 6 && p)
                 InterrogationPhase = p->InterrogationStep(InterrogationPhase);
             return;
         }
         for (;;) {
             if (XcvrCmdCount < 1) return;
-            // A Yaesu reply of fixed length is on its way: nothing is sent into it.
-            if (supplier == QLatin1Char('Y') && ExpectedBytes >= 1) return;
+            const ProtocolTraits& traits = radio_.traits();
+            // A reply of fixed length is on its way: nothing is sent into it.
+            if (traits.framing == Framing::ExpectedLength && link_.replyOutstanding()) return;
+            const bool oneRecordPerTick = traits.oneRecordPerTick;
             c = XcvrCmdBuffer[size_t(XcvrCmdHead)];
             common_.DebugLog(QStringLiteral("KavModule.ExecuteNextXcvrCmd: %1 [%2] %3")
-                                .arg(c.theCmd)
-                                .arg(CommandName(c.theCmd), num(c.theFreq)));
+                                 .arg(c.theCmd)
+                                 .arg(CommandName(c.theCmd), num(c.theFreq)));
             auto consume = [this] {
                 XcvrCmdBuffer[size_t(XcvrCmdHead)].theRawCmd.clear();
                 if (++XcvrCmdHead > kBufferSlots) XcvrCmdHead = 1;
@@ -256,22 +302,23 @@ void KavModule::ExecuteNextXcvrCmd() {
             }
             // Consumed before it runs, so that a record that fails is not tried again forever.
             consume();
+            Protocol* p = radio_.protocol();
             switch (c.theCmd) {
                 case XcvrCmdRequestFreq: RequestFrequency(); break;
                 case XcvrCmdRequestMode: RequestMode(); break;
                 case XcvrCmdRaw: executeRaw(c); break;
                 case XcvrCmdString:
-                    if (!(p && p->SendString(c.theRawCmd.toLatin1()))) SendCommand(c.theRawCmd.toLatin1());
+                    if (!(p && p->SendString(c.theRawCmd.toLatin1()))) link_.SendCommand(c.theRawCmd.toLatin1());
                     break;
                 default:
                     // The display follows a mode command when it leaves, whatever the radio.
-                    if (c.theCmd == XcvrCmdMode) UpdateXcvrMode(c.theMode);
+                    if (c.theCmd == XcvrCmdMode) state_.UpdateXcvrMode(c.theMode);
                     if (c.theCmd >= 0 && c.theCmd <= XcvrCmdStepFreq && p) p->Execute(c);
                     break;
             }
             if (c.theCmd != XcvrCmdRequestFreq && c.theCmd != XcvrCmdRequestMode)
                 LastCommandName = CommandName(c.theCmd);
-            if (isCivSupplier(supplier)) return;
+            if (oneRecordPerTick) return;
         }
     } catch (const TvError& e) {
         reportTickFailure(c, e.number(), e.description());

@@ -1,76 +1,125 @@
 #pragma once
-// Calls from the core up into the layers above it (bands, devices, memories, sequences, the suite link,
-// the console). The core runs in the order its start-up and shutdown require and calls these at their
-// places; a layer that has not been wired leaves its hook empty, and the call does nothing.
+// Steps that the core's start-up, bring-up and shutdown hand to the layers above, at their places in
+// the order those require (bands, devices, memories, sequences, the suite link, the filter models).
+// A step has one owner, who wires it. What several layers follow (the radio's frequency, mode, meter
+// ...) is not a hook: it is a signal of RadioState. A hook marked required must be wired before the
+// program starts: Program checks that and reports every one that isn't, instead of a silent step.
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
+#include <utility>
+#include <vector>
 
 namespace tv {
 
-struct UpperHooks {
-    // Frequency display and band placement after RadioFreq changed.
-    std::function<void()> UpdateFreqDisplay;
-    // Chooses a transceiver for the frequency; returns true when it switched to another one.
-    std::function<bool(double freq)> SelectMultiXcvr;
-    std::function<void()> InitializeMultiXcvr;
-    std::function<void()> SaveMultiSettings;
-    std::function<void()> UpdateMemoryNotesDisplay;
-    std::function<void()> InitializeBands;
-    std::function<void()> SaveBandMemories;
-    std::function<void()> InitializeDeviceGrids;
-    std::function<void()> LoadDevices;
-    std::function<void()> SaveDevices;
-    std::function<void()> LoadUserSequences;
-    // User command sequences, for the suite link's verbs: by name, by button (0..7, the bank on view
-    // decides), and one command outside any sequence.
-    std::function<void(const QString&)> ExecuteNamedSequence;
-    std::function<void(int)> ActivateSequence;
-    std::function<void(const QString&)> ExecuteCommand;
-    std::function<void()> SaveUserSequences;
-    std::function<void()> SDRInitialize;
-    std::function<void()> SDRTerminate;
-    std::function<void()> DDEInitialize;
-    std::function<void()> DDETerminate;
-    std::function<void()> SaveAutoRepeatRate;
-    std::function<void()> UpdateWindow;
-    std::function<void(bool)> SetFilterFrameVisibility;
-    std::function<void()> UpdateCurrentModeCaptions;
-    std::function<void()> ResetControlFolderErrorFlag;
-    std::function<void(bool)> ShowMemoryBanks;
-    // The operator chose transceiver 0..2 by its button.
-    std::function<void(int)> SelectMultiXcvrByIndex;
-    // The captions of the mode options after the filter group of a mode changed.
-    std::function<void(int mode)> UpdateModeCaption;
-    // The meter reading, 0 to 1 of full scale.
-    std::function<void(double)> UpdateSMeter;
-    // A live item for the suite link changed (item name, value).
-    std::function<void(const QString&, const QString&)> ItemChanged;
-    // Unsaved filter group changes at shutdown: asked, and saved on yes.
-    std::function<bool()> FilterGroupChangesUnsaved;
-    std::function<void()> SaveFilterGroupData;
-    // Bring-up steps owned by other parts (memories, filters, S-meter, modes).
-    std::function<void()> LoadMemories;
-    std::function<void()> InitializeFilterSettings;
-    std::function<void()> SetCurrentMemoryBank;
-    std::function<void()> ResetModeTables;
-    std::function<void()> LoadSMeterData;
-    std::function<void(const QString&)> SetSMeter;
-    std::function<void()> UpdateMemoryBankFrame;
-    // Whether the bridge's control folder is in error, and the caption text for it.
-    std::function<QString()> ControlFolderErrorCaption;
-    // Whether the console radio is connected.
-    std::function<bool()> SDRConnected;
-    std::function<void()> SDRConnect;
-    std::function<void()> SDRDisconnect;
-    // Converts the multi-radio address fields to hexadecimal (true) or decimal (false).
-    std::function<void(bool toHex)> ConvertMultiAddresses;
+class HookBase {
+public:
+    HookBase(std::vector<HookBase*>& all, const char* name, bool required) : name_(name), required_(required) {
+        all.push_back(this);
+    }
+    HookBase(const HookBase&) = delete;
+    HookBase& operator=(const HookBase&) = delete;
+    virtual ~HookBase() = default;
+    const char* name() const { return name_; }
+    bool required() const { return required_; }
+    // A feature that comes with a configuration (memories, devices ...) marks its steps required.
+    void setRequired(bool on) { required_ = on; }
+    virtual bool wired() const = 0;
+
+private:
+    const char* name_;
+    bool required_;
 };
 
-template <class F, class... A>
-inline void callHook(const F& f, A&&... a) {
-    if (f) f(std::forward<A>(a)...);
-}
+template <class Signature>
+class Hook;
+
+template <class R, class... A>
+class Hook<R(A...)> : public HookBase {
+public:
+    using HookBase::HookBase;
+    Hook& operator=(std::function<R(A...)> f) {
+        f_ = std::move(f);
+        return *this;
+    }
+    bool wired() const override { return bool(f_); }
+    explicit operator bool() const { return wired(); }
+    // An unwired step does nothing (and answers a default value): the start-up check has said so.
+    R operator()(A... a) const {
+        if (!f_) return R();
+        return f_(std::forward<A>(a)...);
+    }
+
+private:
+    std::function<R(A...)> f_;
+};
+
+struct UpperHooks {
+    UpperHooks() = default;
+    UpperHooks(const UpperHooks&) = delete;
+    UpperHooks& operator=(const UpperHooks&) = delete;
+
+    // The names of required steps that nobody wired.
+    QStringList missing() const {
+        QStringList out;
+        for (const HookBase* h : all_)
+            if (h->required() && !h->wired()) out << QString::fromLatin1(h->name());
+        return out;
+    }
+
+private:
+    std::vector<HookBase*> all_;
+
+public:
+    // ---- start-up and shutdown ----
+    Hook<void()> InitializeBands{all_, "InitializeBands", true};
+    Hook<void()> SaveBandMemories{all_, "SaveBandMemories", true};
+    Hook<void()> SaveAutoRepeatRate{all_, "SaveAutoRepeatRate", true};
+    Hook<void()> LoadUserSequences{all_, "LoadUserSequences", true};
+    Hook<void()> SaveUserSequences{all_, "SaveUserSequences", true};
+    Hook<void()> DDEInitialize{all_, "DDEInitialize", true};
+    Hook<void()> DDETerminate{all_, "DDETerminate", true};
+    Hook<void()> UpdateWindow{all_, "UpdateWindow", true};
+    Hook<void(bool)> ShowMemoryBanks{all_, "ShowMemoryBanks", true};
+    Hook<void()> UpdateMemoryNotesDisplay{all_, "UpdateMemoryNotesDisplay", false};
+    Hook<void()> InitializeDeviceGrids{all_, "InitializeDeviceGrids", false};
+    Hook<void()> LoadDevices{all_, "LoadDevices", false};
+    Hook<void()> SaveDevices{all_, "SaveDevices", false};
+    Hook<void()> InitializeMultiXcvr{all_, "InitializeMultiXcvr", false};
+    Hook<void()> SaveMultiSettings{all_, "SaveMultiSettings", false};
+    Hook<void()> SDRInitialize{all_, "SDRInitialize", false};
+    Hook<void()> SDRTerminate{all_, "SDRTerminate", false};
+    // Unsaved filter group changes at shutdown: asked, and saved on yes.
+    Hook<bool()> FilterGroupChangesUnsaved{all_, "FilterGroupChangesUnsaved", false};
+    Hook<void()> SaveFilterGroupData{all_, "SaveFilterGroupData", false};
+
+    // ---- bring-up of a radio ----
+    Hook<void()> LoadMemories{all_, "LoadMemories", false};
+    Hook<void()> InitializeFilterSettings{all_, "InitializeFilterSettings", true};
+    // The Wide/Narrow/Normal groups of the radios whose mode commands carry them.
+    Hook<void()> InitializeIcomFilterSettings{all_, "InitializeIcomFilterSettings", true};
+    Hook<void()> SetCurrentMemoryBank{all_, "SetCurrentMemoryBank", false};
+    Hook<void()> ResetModeTables{all_, "ResetModeTables", true};
+    Hook<void()> LoadSMeterData{all_, "LoadSMeterData", true};
+    Hook<void(const QString&)> SetSMeter{all_, "SetSMeter", true};
+    Hook<void(bool)> SetFilterFrameVisibility{all_, "SetFilterFrameVisibility", true};
+
+    // ---- transceivers, addresses ----
+    // Chooses a transceiver for the frequency; true when it switched to another one.
+    Hook<bool(double)> SelectMultiXcvr{all_, "SelectMultiXcvr", false};
+    // The operator chose transceiver 0..2 by its button.
+    Hook<void(int)> SelectMultiXcvrByIndex{all_, "SelectMultiXcvrByIndex", false};
+    // Converts the multi-radio address fields to hexadecimal (true) or decimal (false).
+    Hook<void(bool)> ConvertMultiAddresses{all_, "ConvertMultiAddresses", false};
+    Hook<void()> ResetControlFolderErrorFlag{all_, "ResetControlFolderErrorFlag", false};
+
+    // ---- user command sequences, for the keys and the suite link ----
+    // By button (0..7, the bank on view decides), by name, and one command outside any sequence.
+    Hook<void(int)> ActivateSequence{all_, "ActivateSequence", true};
+    Hook<void(const QString&)> ExecuteNamedSequence{all_, "ExecuteNamedSequence", true};
+    Hook<void(const QString&)> ExecuteCommand{all_, "ExecuteCommand", true};
+};
 
 }  // namespace tv

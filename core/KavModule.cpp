@@ -25,15 +25,22 @@ bool SettingIsTrue(const QString& value) {
 }
 
 KavModule::KavModule(Common& common, KavMain& main, KavConfig& config, KavMessages& messages, KavComm& comm)
-    : common_(common), main_(main), config_(config), messages_(messages), comm_(comm) {
-    main_.XcvrCmdTimer.TimerEvent = [this] { ExecuteNextXcvrCmd(); };
-    messages_.ExpectTimer.TimerEvent = [this] {
-        messages_.ExpectTimer.setEnabled(false);
-        ExpectTimeout();
-    };
-    comm_.GetDTRControl = [this] { return DTRControl; };
-    comm_.GetRTSControl = [this] { return RTSControl; };
-    comm_.devicePath = [this](int port) { return CommPortDevicePath(port); };
+    : common_(common),
+      main_(main),
+      config_(config),
+      messages_(messages),
+      comm_(comm),
+      state_(common),
+      link_(common, comm, radio_, state_, *this),
+      queue_(common, radio_, state_, link_, *this, hooks),
+      port_(common, config, comm, radio_, link_, queue_),
+      radio_(common, *this),
+      context_{queue_, state_, link_, radio_, *this, common, hooks} {
+    port_.held = [this] { return ControlFlag(FlagCommPort); };
+    port_.setCaption = [this](const QString& text) { SetCommCaption(text); };
+    comm_.GetDTRControl = [this] { return port_.DTRControl; };
+    comm_.GetRTSControl = [this] { return port_.RTSControl; };
+    comm_.devicePath = [this](int port) { return port_.CommPortDevicePath(port); };
     comm_.onOpened = [this] {
         SetCommCaption(QString());
         UpdateCaption();
@@ -54,35 +61,16 @@ KavModule::KavModule(Common& common, KavMain& main, KavConfig& config, KavMessag
         SetCommCaption(QStringLiteral(" - selected Com port was lost: ") + why);
         UpdateCaption();
     };
+    // What the radio tells of itself shows in the caption.
+    QObject::connect(&state_, &RadioState::respondingChanged, &state_, [this](bool) { UpdateCaption(); });
+    QObject::connect(&state_, &RadioState::identified, &state_, [this](const RadioIdentity&) { UpdateCaption(); });
 }
+
+KavModule::~KavModule() = default;
 
 SettingsStore& KavModule::settings() const { return common_.settings(); }
 Dialogs& KavModule::dialogs() const { return common_.dialogs(); }
 EventLoop& KavModule::loop() const { return common_.loop(); }
-
-void KavModule::setProtocol(QChar supplier, Protocol* protocol) { protocols_[supplier] = protocol; }
-
-Protocol* KavModule::protocol() const {
-    const QChar s = GetRadioSupplier();
-    // TenTec radios in CI-V frames speak through the Icom unit.
-    auto it = protocols_.find(s == QLatin1Char('T') && !protocols_.count(s) ? QLatin1Char('I') : s);
-    return it == protocols_.end() ? nullptr : it->second;
-}
-
-const RadioInfo* KavModule::radio() const {
-    if (RadioIndex < 0 || RadioIndex >= catalogue.count()) return nullptr;
-    return &catalogue.at(RadioIndex);
-}
-
-QChar KavModule::GetRadioSupplier() const {
-    const RadioInfo* r = radio();
-    return r ? r->supplier : QChar();
-}
-
-QString KavModule::radioModel() const {
-    const RadioInfo* r = radio();
-    return r ? r->model.toUpper() : QString();
-}
 
 bool KavModule::readBool(const QString& key, const QString& def) const {
     return SettingIsTrue(settings().GetSetting(kGeneral, key, def));
@@ -100,9 +88,9 @@ bool KavModule::LoadRadioInfo() {
     const bool tooltips = common_.InitializeTooltips();
     config_.TooltipsCheckbox.setChecked(tooltips);
     const QString path = common_.info().appPath + QStringLiteral("/Radios.txt");
-    const RadioCatalogue::LoadResult result = catalogue.load(path);
+    const RadioCatalogue::LoadResult result = radio_.catalogue.load(path);
     config_.RadioCombo.Clear();
-    for (int i = 0; i < catalogue.count(); ++i) config_.RadioCombo.AddItem(catalogue.at(i).comboName);
+    for (int i = 0; i < radio_.catalogue.count(); ++i) config_.RadioCombo.AddItem(radio_.catalogue.at(i).comboName);
     for (const QString& e : result.errorReports)
         common_.ReportError(result.errorNumber ? result.errorNumber : kErrInvalidCall,
                             QStringLiteral("KavModule.LoadRadioInfo"), e);
@@ -121,21 +109,13 @@ void KavModule::Initialize() {
     Guard("KavModule.Initialize", [&] {
         log(QStringLiteral("start"));
         // 1. The flags of the run.
-        FreqFocusGiven = false;
+        state_.ResetForNewRun();
         ControlFlags.fill(false);
-        YaesuResponding = true;
-        YaesuModelName = KenwoodModelName = TenTecModelName = QStringLiteral("unknown");
-        KenwoodModelId = 0;
-        KenwoodFilterCacheValid = false;
-        // 2. CI-V constants and the reply expectation.
-        CIVPreamble = 254;
-        CIVEndOfMessage = 253;
-        CIVOK = 251;
-        CIVNG = 250;
-        CIVController = 224;
-        ExpectedBytes = 0;
-        ExpectOperation = QStringLiteral("unknown");
-        MessagesCaption = messages_.caption();
+        state_.Responding = true;
+        // 2. The reply expectation (the families' constants are their own).
+        link_.ExpectedBytes = 0;
+        link_.ExpectOperation = QStringLiteral("unknown");
+        messagesCaption_ = messages_.caption();
         // 3. Bandspread, auto-repeat.
         main_.Bandspread.setRange(0, 1000);
         main_.Bandspread.setSmallChange(1);
@@ -151,35 +131,35 @@ void KavModule::Initialize() {
             const int rate = settings().GetSetting(kGeneral, QStringLiteral("AutoRepeat"), QStringLiteral("10")).toInt(&ok);
             config_.AutoRepeatScroll.setValue(ok ? rate : 10);
         }
-        callHook(hooks.SaveAutoRepeatRate);
+        hooks.SaveAutoRepeatRate();
         // 4.
-        RadioIndex = -1;
-        MessageCounter = 0;
+        radio_.clear();
+        link_.MessageCounter = 0;
         // 5. Settings in their order.
         MemoryNotesShown = readBool(QStringLiteral("MemoryNotesDisplay"), QStringLiteral("False"));
-        callHook(hooks.UpdateMemoryNotesDisplay);
+        hooks.UpdateMemoryNotesDisplay();
         restoreChecked(main_.HamBandSequence, FlagHamBandSequence,
                        readBool(QStringLiteral("HamBandSequence"), QStringLiteral("T")));
         restoreChecked(config_.Interrogation, FlagInterrogation, readBool(QStringLiteral("Interrogate"), QStringLiteral("T")));
         if (readBool(QStringLiteral("UserCommandsEnabled"), QStringLiteral("F"))) {
-            callHook(hooks.UpdateWindow);
+            hooks.UpdateWindow();
             config_.UserCommandsEnableBox.setChecked(true);
         }
         ShowMemoryBankSetting = readBool(QStringLiteral("ShowMemoryBank"), QStringLiteral("False"));
-        callHook(hooks.ShowMemoryBanks, ShowMemoryBankSetting);
+        hooks.ShowMemoryBanks(ShowMemoryBankSetting);
         config_.DualReceiveEnableBox.setChecked(readBool(QStringLiteral("DualReceiveEnabled"), QStringLiteral("1")));
         config_.PollInterval.setText(settings().GetSetting(kGeneral, QStringLiteral("InterrogateInterval"), QStringLiteral("200")));
         // 6. The interval is known now; the command timer runs from here on.
-        InitializeXcvrCmdBuffer();
+        queue_.InitializeXcvrCmdBuffer();
         // 7.
         config_.Address.setText(settings().GetSetting(kGeneral, QStringLiteral("RadioId"), QStringLiteral("0")));
         config_.RadioFolder.setText(settings().GetSetting(kGeneral, QStringLiteral("ControlFolder"), QString()));
         config_.RadioFolder.setSelStart(int(config_.RadioFolder.text().size()));
-        RadioFilterGroup = 1;
+        state_.RadioFilterGroup = 1;
         // 8.
         if (!LoadRadioInfo()) return;
         log(QStringLiteral("radio info loaded"));
-        InitializeCommPort();
+        port_.InitializeCommPort();
         log(QStringLiteral("commport initialized"));
         SetControlFlag(FlagRadixRestore, true);
         // Neither option is set yet, so the chosen one raises its click, which consumes the flag.
@@ -193,7 +173,7 @@ void KavModule::Initialize() {
         if (!config_.HexSel.Click && !config_.DecSel.Click) SetControlFlag(FlagRadixRestore, false);
         log(QStringLiteral("radix selection complete"));
         // 9.
-        callHook(hooks.SDRInitialize);
+        hooks.SDRInitialize();
         // 10.
         const QString radioName = settings().GetSetting(kGeneral, QStringLiteral("Radio"), QString());
         log(QStringLiteral("radio setting = ") + radioName);
@@ -204,18 +184,18 @@ void KavModule::Initialize() {
                 FlagHold hold(ControlFlags[FlagRadioCombo]);
                 SetCombo(config_.RadioCombo, radioName);
             }
-            callHook(hooks.InitializeMultiXcvr);
+            hooks.InitializeMultiXcvr();
             log(QStringLiteral("multiple transceiver structures initialize"));
             ValidID();
             UpdateRadio(false);
             log(QStringLiteral("UpdateRadio complete"));
         } else {
-            callHook(hooks.InitializeMultiXcvr);
+            hooks.InitializeMultiXcvr();
             log(QStringLiteral("multiple transceiver structures initialize"));
         }
         // 11.
-        RadioMode = -1;
-        callHook(hooks.InitializeBands);
+        state_.RadioMode = -1;
+        hooks.InitializeBands();
         log(QStringLiteral("bands initialized"));
         // 12.
         restoreChecked(messages_.CaptureEnabled, FlagCaptureEnabled,
@@ -227,13 +207,13 @@ void KavModule::Initialize() {
             messages_.MessageDisplayMode[mode].setValue(true);
         }
         // 13.
-        callHook(hooks.InitializeDeviceGrids);
-        callHook(hooks.LoadDevices);
+        hooks.InitializeDeviceGrids();
+        hooks.LoadDevices();
         log(QStringLiteral("devices loaded"));
         // 14.
-        if (ValidID()) InterrogateRadio();
+        if (ValidID()) queue_.InterrogateRadio();
         // 15.
-        callHook(hooks.LoadUserSequences);
+        hooks.LoadUserSequences();
         log(QStringLiteral("User Sequences loaded"));
         messages_.ClearMessageDisplay();
         UpdateCaption();
@@ -246,25 +226,23 @@ void KavModule::Initialize() {
 
 void KavModule::Terminate() {
     Guard("KavModule.Terminate", [&] {
-        callHook(hooks.SaveMultiSettings);
-        callHook(hooks.SaveDevices);
-        callHook(hooks.SaveBandMemories);
+        hooks.SaveMultiSettings();
+        hooks.SaveDevices();
+        hooks.SaveBandMemories();
         auto& s = settings();
         s.SaveSetting(kGeneral, QStringLiteral("RestoreModeFilter"),
                       config_.ModeFiltersEnabledCheck.checked() ? QStringLiteral("1") : QStringLiteral("0"));
-        s.SaveSetting(kGeneral, QStringLiteral("DTR"), QString::number(DTRControl));
-        s.SaveSetting(kGeneral, QStringLiteral("RTS"), QString::number(RTSControl));
+        s.SaveSetting(kGeneral, QStringLiteral("DTR"), QString::number(port_.DTRControl));
+        s.SaveSetting(kGeneral, QStringLiteral("RTS"), QString::number(port_.RTSControl));
         s.SaveSetting(kGeneral, QStringLiteral("InterrogateInterval"), config_.PollInterval.text());
-        callHook(hooks.SDRTerminate);
-        if (hooks.FilterGroupChangesUnsaved && hooks.FilterGroupChangesUnsaved()) {
+        hooks.SDRTerminate();
+        if (hooks.FilterGroupChangesUnsaved()) {
             if (dialogs().messageBox(QStringLiteral("Save changes to Filter Group settings?"), common_.info().title,
                                      MsgButtons::YesNo) == MsgAnswer::Yes)
-                callHook(hooks.SaveFilterGroupData);
+                hooks.SaveFilterGroupData();
         }
-        const QString groupFile = s.GetSetting(kGeneral, QStringLiteral("FilterGroupFilename"), QString());
         if (!FilterGroupFilename.isEmpty()) s.SaveSetting(kGeneral, QStringLiteral("FilterGroupFilename"), FilterGroupFilename);
-        Q_UNUSED(groupFile);
-        callHook(hooks.SaveUserSequences);
+        hooks.SaveUserSequences();
         common_.SaveWindowPosition(main_);
     });
 }
@@ -278,14 +256,14 @@ void KavModule::SelectDecimalRadix() {
             config_.HexLabel.setVisible(false);
         }
         if (!ControlFlag(FlagRadixRestore)) {
-            const int v = DecVal(config_.Address.text().trimmed());
+            const int v = SelectedRadio::DecVal(config_.Address.text().trimmed());
             if (v >= 0) config_.Address.setText(QString::number(v));
-            callHook(hooks.ConvertMultiAddresses, false);
+            hooks.ConvertMultiAddresses(false);
         } else {
             SetControlFlag(FlagRadixRestore, false);
         }
-        if (const RadioInfo* r = radio(); r && !r->defaultAddress.isEmpty())
-            config_.DefaultAddress.setCaption(QStringLiteral("Default: ") + QString::number(DecVal(r->defaultAddress)));
+        if (const RadioInfo* r = radio_.info(); r && !r->defaultAddress.isEmpty())
+            config_.DefaultAddress.setCaption(QStringLiteral("Default: ") + QString::number(SelectedRadio::DecVal(r->defaultAddress)));
         settings().SaveSetting(kGeneral, QStringLiteral("Radix"), QStringLiteral("Decimal"));
     });
 }
@@ -300,14 +278,106 @@ void KavModule::SelectHexadecimalRadix() {
             bool ok = false;
             const int v = config_.Address.text().trimmed().toInt(&ok);
             if (ok) config_.Address.setText(QString::number(v, 16).toUpper());
-            callHook(hooks.ConvertMultiAddresses, true);
+            hooks.ConvertMultiAddresses(true);
         } else {
             SetControlFlag(FlagRadixRestore, false);
         }
-        if (const RadioInfo* r = radio(); r && !r->defaultAddress.isEmpty())
+        if (const RadioInfo* r = radio_.info(); r && !r->defaultAddress.isEmpty())
             config_.DefaultAddress.setCaption(QStringLiteral("Default: ") + r->defaultAddress);
         settings().SaveSetting(kGeneral, QStringLiteral("Radix"), QStringLiteral("Hexadecimal"));
     });
+}
+
+// ---- the caption ----
+
+QString KavModule::composeCaption() const {
+    const QString suffix = ErrorLogFlag ? QStringLiteral(" - see ErrorLog in ") + common_.ErrorLogPathname() : QString();
+    const QString head = common_.info().title + QLatin1Char(' ') + common_.info().version();
+    if (!CommCaption.isEmpty()) return head + QLatin1Char(' ') + CommCaption + suffix;
+    const Protocol* p = radio_.protocol();
+    const QString fault = p ? p->LinkFaultCaption() : QString();
+    if (!fault.isEmpty()) return head + QLatin1Char(' ') + fault + suffix;
+    const QString offline = p ? p->OfflineCaption(state_.Responding) : QString();
+    if (!offline.isEmpty())
+        return head + QStringLiteral(" [") + state_.RadioDisplayName + offline + QStringLiteral("] ") + suffix;
+    QString c = head + QStringLiteral(" [") + state_.RadioDisplayName + QStringLiteral("] @ ") +
+                loop().utcNow().toString(QStringLiteral("hh:mm:ss")) + QStringLiteral("Z ") +
+                main_.FreqDisplay.text() + QLatin1Char(' ') + ModeName(state_.RadioMode);
+    if (main_.SplitBox.checked()) c += QStringLiteral(" Split");
+    return c + suffix;
+}
+
+void KavModule::UpdateCaption() {
+    Guard("KavModule.UpdateCaption", [&] {
+        if (!CommCaption.isEmpty() && radio_.info() && !radio_.info()->serialPort) CommCaption.clear();
+        main_.setCaption(composeCaption());
+    });
+}
+
+void KavModule::ErrorLogExists() {
+    ErrorLogFlag = true;
+    UpdateCaption();
+}
+
+bool KavModule::ControlFlag(int index) const {
+    if (index < 0 || index >= kControlFlagCount) return false;
+    return ControlFlags[size_t(index)];
+}
+
+void KavModule::SetControlFlag(int index, bool value) {
+    if (index < 0 || index >= kControlFlagCount) return;
+    ControlFlags[size_t(index)] = value;
+}
+
+// ---- what the parts read of the windows ----
+
+QString KavModule::pollIntervalText() const { return config_.PollInterval.text(); }
+QString KavModule::addressText() const { return config_.Address.text(); }
+void KavModule::clearAddress() { config_.Address.setText(QString()); }
+bool KavModule::decimalRadix() const { return config_.DecSel.value(); }
+bool KavModule::interrogationEnabled() const { return config_.Interrogation.checked(); }
+bool KavModule::modeFiltersEnabled() const { return config_.ModeFiltersEnabledCheck.checked(); }
+bool KavModule::captureEnabled() const { return messages_.CaptureEnabled.checked(); }
+
+void KavModule::DisplayLine(const QString& prefix, const QString& decimalLine, const QString& hexLine,
+                            const QString& asciiLine) {
+    Guard("KavModule.DisplayLine", [&] {
+        if (!captureEnabled()) return;
+        common_.DebugLog(QStringLiteral("KavModule.DisplayLine: ") + prefix + QLatin1Char(' ') + hexLine);
+        if (messages_.displayLength() > KavMessages::kDisplayLimit) {
+            // The display is full: stop capturing rather than lose the oldest lines silently.
+            {
+                SetControlFlag(FlagCaptureEnabled, true);
+                messages_.CaptureEnabled.setChecked(false);
+            }
+            loop().yield();
+            messages_.overflow.Show();
+            if (messages_.overflow.raiseRequested) messages_.overflow.raiseRequested();
+            return;
+        }
+        static const QString crlf = QStringLiteral("\r\n");
+        messages_.AppendToMessageDisplay(prefix + decimalLine + crlf, 0);
+        messages_.AppendToMessageDisplay(prefix + hexLine + crlf, 1);
+        messages_.AppendToMessageDisplay(prefix + asciiLine + crlf, 2);
+        messages_.SetUnsavedData(true);
+    });
+}
+
+bool KavModule::takePendingNote(QString* text) {
+    Note& note = messages_.note;
+    if (!note.pending()) return false;
+    *text = note.NoteText.text();
+    note.NoteText.setText(QString());
+    note.NoteLabel.setCaption(note.PermLabel.caption());
+    return true;
+}
+
+void KavModule::showAwaitedReply(const QString& text) {
+    messages_.setCaption(text.isEmpty() ? messagesCaption_ : messagesCaption_ + QStringLiteral(" (") + text + QLatin1Char(')'));
+}
+
+void KavModule::showPortUnavailable() {
+    main_.setCaption(common_.info().title + QStringLiteral(" (could not obtain comm port)"));
 }
 
 }  // namespace tv

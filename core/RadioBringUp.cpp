@@ -16,52 +16,7 @@ namespace tv {
 
 namespace {
 const QString kGeneral = QStringLiteral("General");
-
-// TenTec radios of their own dialect have fixed port parameters (option indexes; 0 leaves it alone).
-struct FixedPortRow {
-    const char* model;
-    bool folder;
-    int speed, wordLength, parity, stopBits, dtr, rts;
-};
-constexpr FixedPortRow kFixedPorts[] = {
-    {"PEGASUS", true, 0, 0, 0, 0, -1, -1},
-    {"JUPITER", false, 8, 1, 1, 1, 1, 3},
-    {"ARGONAUT V", false, 5, 1, 1, 1, -1, -1},
-    {"ORION", false, 8, 1, 1, 1, 1, 3},
-};
 }  // namespace
-
-bool KavModule::ValidID() {
-    bool valid = false;
-    Guard("KavModule.ValidID", [&] {
-        const QString id = config_.Address.text().trimmed();
-        if (id.isEmpty()) return;
-        bool ok = true;
-        if (config_.DecSel.value()) {
-            for (QChar c : id) ok = ok && c >= QLatin1Char('0') && c <= QLatin1Char('9');
-            const long v = ok && id.size() <= 3 ? id.toLong() : -1;
-            if (v < 0 || v > 255) {
-                dialogs().messageBox(QStringLiteral("CI-V address must be a decimal number between 0 and 255"),
-                                     common_.info().title);
-                config_.Address.setText(QString());
-                return;
-            }
-            RadioAddress = QByteArray(1, char(v));
-        } else {
-            for (QChar c : id) ok = ok && QStringLiteral("0123456789ABCDEFabcdef").contains(c);
-            if (!ok || id.size() >= 3) {
-                dialogs().messageBox(QStringLiteral("CI-V address must be a hexadecimal number between 0 and FF"),
-                                     common_.info().title);
-                config_.Address.setText(QString());
-                return;
-            }
-            // Lower-case digits pass the check but don't convert: the value is wrong, and stays so.
-            RadioAddress = QByteArray(1, char(DecVal(id) & 0xFF));
-        }
-        valid = true;
-    });
-    return valid;
-}
 
 void KavModule::UpdateRadio(bool interrogate) {
     auto log = [this](const QString& t) { common_.LogLine(QStringLiteral("KavModule.UpdateRadio: ") + t); };
@@ -73,25 +28,21 @@ void KavModule::UpdateRadio(bool interrogate) {
             return;
         }
         // 2.
-        main_.XcvrCmdTimer.setEnabled(false);
-        messages_.ExpectTimer.setEnabled(false);
-        RcvCount = 0;
-        ExpectedBytes = 0;
-        ExpectOperation.clear();
+        queue_.XcvrCmdTimer.setEnabled(false);
+        link_.Reset();
         main_.FilterGroupCombo.setVisible(false);
         main_.FilterGroupLabel.setVisible(false);
         main_.FilterGroupCombo.Clear();
-        KenwoodFilterCacheValid = false;
         // 3.
-        callHook(hooks.LoadMemories);
+        hooks.LoadMemories();
         log(QStringLiteral("Memories loaded"));
-        callHook(hooks.InitializeFilterSettings);
+        hooks.InitializeFilterSettings();
         log(QStringLiteral("Filter Settings initialized"));
         // 4.
         const QString wanted = config_.RadioCombo.text().toUpper();
         int index = -1;
-        for (int i = 0; i < catalogue.count(); ++i)
-            if (catalogue.at(i).comboName.toUpper() == wanted) {
+        for (int i = 0; i < radio_.catalogue.count(); ++i)
+            if (radio_.catalogue.at(i).comboName.toUpper() == wanted) {
                 index = i;
                 break;
             }
@@ -99,17 +50,18 @@ void KavModule::UpdateRadio(bool interrogate) {
             dialogs().messageBox(QStringLiteral("no entry for ") + config_.RadioCombo.text() +
                                      QStringLiteral(" in radios.txt file"),
                                  common_.info().title);
-            InitializeXcvrCmdBuffer();
+            queue_.InitializeXcvrCmdBuffer();
             return;
         }
         log(QStringLiteral("found radio model ") + config_.RadioCombo.text());
-        RadioIndex = index;
+        // The family's protocol is built afresh: nothing the old radio told it survives.
+        radio_.choose(index, context_);
         {
             FlagHold hold(ControlFlags[FlagRadioCombo]);
             config_.RadioCombo.setListIndex(index);
             loop().yield();
         }
-        const RadioInfo& r = catalogue.at(index);
+        const RadioInfo& r = radio_.catalogue.at(index);
         // 5.
         main_.SplitBox.setVisible(r.split);
         if (!r.split) main_.SplitBox.setChecked(false);
@@ -121,9 +73,10 @@ void KavModule::UpdateRadio(bool interrogate) {
         main_.ModeSel[ModeRTTYR].setVisible(r.rttyR);
         main_.ModeSel[ModeWBFM].setVisible(false);
         int restoreMode = -1;
-        if (RadioMode == ModeRTTY && !r.rtty) restoreMode = ModeLSB;
-        if (RadioMode == ModeCWR && !r.cwR) restoreMode = ModeCW;
-        if (RadioMode == ModeRTTYR && !r.rttyR) restoreMode = r.rtty ? ModeRTTY : ModeLSB;
+        const int mode = state_.RadioMode;
+        if (mode == ModeRTTY && !r.rtty) restoreMode = ModeLSB;
+        if (mode == ModeCWR && !r.cwR) restoreMode = ModeCW;
+        if (mode == ModeRTTYR && !r.rttyR) restoreMode = r.rtty ? ModeRTTY : ModeLSB;
         // 7.
         main_.VFOASelCmd.setEnabled(r.vfoSel);
         main_.VFOBSelCmd.setEnabled(r.vfoSel);
@@ -139,7 +92,7 @@ void KavModule::UpdateRadio(bool interrogate) {
                          &config_.StopBitsFrame, &config_.DTRFrame, &config_.RTSFrame})
             f->setEnabled(r.serialPort);
         if (r.serialPort) {
-            ConfigureCommPort();
+            port_.ConfigureCommPort();
             common_.LogLine(QStringLiteral("KavModule.Initialize: commport configured"));
         } else {
             common_.LogLine(QStringLiteral("KavModule.Initialize: commport not required"));
@@ -151,7 +104,7 @@ void KavModule::UpdateRadio(bool interrogate) {
             config_.DefaultAddress.setCaption(QString());
         } else {
             const QString shown =
-                config_.DecSel.value() ? QString::number(DecVal(r.defaultAddress)) : r.defaultAddress;
+                config_.DecSel.value() ? QString::number(SelectedRadio::DecVal(r.defaultAddress)) : r.defaultAddress;
             config_.DefaultAddress.setCaption(QStringLiteral("Default: ") + shown);
             const QString a = config_.Address.text().trimmed();
             if (a.isEmpty() || a == QLatin1String("0")) config_.Address.setText(shown);
@@ -160,13 +113,10 @@ void KavModule::UpdateRadio(bool interrogate) {
         main_.SMeter.setVisible(r.sMeter);
         main_.SMeterValue.setVisible(r.sMeter);
         main_.SMeterValue.setCaption(QString());
-        callHook(hooks.SetSMeter, QString());
+        hooks.SetSMeter(QString());
         main_.SMeterDummy.setVisible(!r.sMeter);
         // 12.
         settings().SaveSetting(kGeneral, QStringLiteral("Radio"), config_.RadioCombo.text());
-        YaesuModelName.clear();
-        KenwoodModelName.clear();
-        TenTecModelName.clear();
         // 13.
         log(QStringLiteral("model-independent initialization complete"));
         log(QStringLiteral("supplier: ") + QString(r.supplier));
@@ -174,97 +124,65 @@ void KavModule::UpdateRadio(bool interrogate) {
         main_.HzUpCmd.setToolTip(QStringLiteral("QSY up 10 Hz"));
         main_.HzDownCmd.setToolTip(QStringLiteral("QSY down 10 Hz"));
         // 15. The supplier's part.
-        bringUpSupplier(r);
+        bringUpFamily(r);
         // 16.
-        callHook(hooks.SetCurrentMemoryBank);
+        hooks.SetCurrentMemoryBank();
         log(QStringLiteral("model-dependent initialization complete"));
         // 17.
-        callHook(hooks.ResetModeTables);
-        InitializeXcvrCmdBuffer();
+        hooks.ResetModeTables();
+        queue_.InitializeXcvrCmdBuffer();
         log(QStringLiteral("CmdBuffer initialized "));
         // 18.
         const QString initial = config_.InitialXcvrCommand.text();
         if (!initial.isEmpty()) {
             if (!initial.startsWith(QLatin1Char('\'')))
-                SetXcvrRaw(initial);
+                queue_.SetXcvrRaw(initial);
             else if (initial.size() > 1)
-                SetXcvrstring(initial.mid(1));
+                queue_.SetXcvrstring(initial.mid(1));
             log(QStringLiteral("InitialCommand queued "));
         }
         // 19.
-        if (restoreMode >= 0) SetXcvrMode(restoreMode);
+        if (restoreMode >= 0) queue_.SetXcvrMode(restoreMode);
         // 20.
         if (interrogate) {
-            InterrogateRadio();
+            queue_.InterrogateRadio();
             log(QStringLiteral("Interrogation complete"));
         }
         // 21.
-        callHook(hooks.LoadSMeterData);
+        hooks.LoadSMeterData();
     });
 }
 
-void KavModule::bringUpSupplier(const RadioInfo& r) {
-    const QChar s = r.supplier;
-    const QString model = r.model.toUpper();
-    const bool icomLike = s == QLatin1Char('I') || s == QLatin1Char('T');
-    if (s != QLatin1Char('F')) callHook(hooks.SDRDisconnect);
-    // Address fields only for CI-V radios; the control folder only for the bridge.
+void KavModule::bringUpFamily(const RadioInfo& r) {
+    Protocol* p = radio_.protocol();
+    const ProtocolTraits& t = radio_.traits();
+    // Address fields only for radios on a bus; the control folder only for a radio reached through one.
     for (Control* c : {static_cast<Control*>(&config_.Address), static_cast<Control*>(&config_.AddressLabel),
                        static_cast<Control*>(&config_.DefaultAddress)})
-        c->setVisible(icomLike);
-    bool folder = false;
-    if (s == QLatin1Char('N'))
-        for (const auto& row : kFixedPorts)
-            if (model == QLatin1String(row.model)) folder = row.folder;
+        c->setVisible(t.addressed);
+    const bool folder = p && p->UsesControlFolder();
     for (Control* c : {static_cast<Control*>(&config_.RadioFolder), static_cast<Control*>(&config_.RadioFolderLabel),
                        static_cast<Control*>(&config_.RadioFolderSelect)})
         c->setVisible(folder);
-    config_.HexLabel.setVisible(icomLike && config_.HexSel.value());
-    config_.DecLabel.setVisible(icomLike && config_.DecSel.value());
-    const bool forceInterrogation = (s == QLatin1Char('I') && r.sMeter) || QStringLiteral("NYKF").contains(s);
-    if (forceInterrogation) restoreChecked(config_.Interrogation, FlagInterrogation, true);
+    config_.HexLabel.setVisible(t.addressed && config_.HexSel.value());
+    config_.DecLabel.setVisible(t.addressed && config_.DecSel.value());
+    if (!p) return;  // a letter no family speaks: the radio is shown, and nothing is said to it
+    const bool force = t.interrogation == InterrogationRule::Forced ||
+                       (t.interrogation == InterrogationRule::ForcedWithMeter && r.sMeter);
+    if (force) restoreChecked(config_.Interrogation, FlagInterrogation, true);
     messages_.InterrogateFrame.setVisible(true);
-
-    if (s == QLatin1Char('I')) {
-        RadioDisplayName = QStringLiteral("Icom ") + r.model;
-        FreqNudgePending = false;
-        UpdateCaption();
-    } else if (s == QLatin1Char('T')) {
-        RadioDisplayName = QStringLiteral("TenTec ") + r.model;
-        TenTecModelName = model;
-        FreqNudgePending = false;
-        UpdateCaption();
-    } else if (s == QLatin1Char('N')) {
-        RadioDisplayName = QStringLiteral("TenTec ") + r.model;
-        TenTecModelName = model;
-        for (const auto& row : kFixedPorts) {
-            if (model != QLatin1String(row.model)) continue;
-            // Selecting the options configures the port, as the operator's clicks would.
-            if (row.speed) config_.Speed[row.speed].setValue(true);
-            if (row.wordLength) config_.WordLength[row.wordLength].setValue(true);
-            if (row.parity) config_.Parity[row.parity].setValue(true);
-            if (row.stopBits) config_.StopBits[row.stopBits].setValue(true);
-            if (row.dtr >= 0) config_.DTRButton[row.dtr].setValue(true);
-            if (row.rts >= 0) config_.RTSButton[row.rts].setValue(true);
-        }
-    } else if (s == QLatin1Char('Y')) {
-        RadioDisplayName = QStringLiteral("Yaesu ") + r.model;
-        YaesuModelName = model;
-        UpdateCaption();
-    } else if (s == QLatin1Char('K')) {
-        RadioDisplayName = QStringLiteral("Kenwood (model unknown)");
-        UpdateCaption();
-        common_.LogLine(QStringLiteral("KavModule.UpdateRadio: sending Kenwood model ID command"));
-        // Twice: a radio that was asleep may miss the first.
-        SendCommand(QByteArrayLiteral("ID;"));
-        SendCommand(QByteArrayLiteral("ID;"));
-    } else if (s == QLatin1Char('F')) {
-        callHook(hooks.SDRConnect);
-        CurrentVFO = 0;
-        UpdateVFOCaption();
-        RadioDisplayName = QStringLiteral("FlexRadio ") + r.model;
+    state_.SetDisplayName(p->DisplayName(r));
+    UpdateCaption();
+    if (const std::optional<FixedPortSettings> f = p->FixedPort()) {
+        // Selecting the options configures the port, as the operator's clicks would.
+        if (f->speed) config_.Speed[f->speed].setValue(true);
+        if (f->wordLength) config_.WordLength[f->wordLength].setValue(true);
+        if (f->parity) config_.Parity[f->parity].setValue(true);
+        if (f->stopBits) config_.StopBits[f->stopBits].setValue(true);
+        if (f->dtr >= 0) config_.DTRButton[f->dtr].setValue(true);
+        if (f->rts >= 0) config_.RTSButton[f->rts].setValue(true);
     }
-    if (Protocol* p = protocol()) p->BringUp();
+    p->BringUp();
 }
 
 }  // namespace tv

@@ -50,6 +50,18 @@ struct XcvrCmd {
 // The name of a command code; "" for code 3 and for any code outside the table.
 QString CommandName(int code);
 
+// What the second argument of a filter command (code 3) selects: a Yaesu IF filter list, or a passband
+// list of the radios that have them.
+enum FilterSelector : std::int16_t {
+    FilterFirstIF = 0,
+    FilterSecondIF = 1,
+    FilterSub = 2,
+    FilterHighCut = 3,
+    FilterLowCut = 4,
+    FilterWidth = 5,
+    FilterShift = 6,
+};
+
 // Mode numbers shared by all protocols.
 enum ModeNumber : std::int16_t {
     ModeLSB = 0, ModeUSB, ModeAM, ModeCW, ModeRTTY, ModeFM, ModeWBFM, ModeCWR, ModeRTTYR, ModePKT, ModeUnknown

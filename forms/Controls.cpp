@@ -249,7 +249,11 @@ void ScrollBar::dragTo(int v) {
 
 // ---- Timer ----
 
-Timer::Timer(Form* form, QString name) : Control(form, std::move(name)), timer_(form->loop().createTimer()) {
+Timer::Timer(Form* form, QString name) : Timer(form, form->loop(), std::move(name)) {}
+
+Timer::Timer(EventLoop& loop, QString name) : Timer(nullptr, loop, std::move(name)) {}
+
+Timer::Timer(Form* form, EventLoop& loop, QString name) : Control(form, std::move(name)), timer_(loop.createTimer()) {
     setVisible(false);
     timer_->onTick = [this] { fire(TimerEvent); };
 }

@@ -12,6 +12,7 @@
 
 namespace tv {
 
+class EventLoop;
 class Form;
 class LoopTimer;
 
@@ -334,6 +335,8 @@ private:
 class Timer : public Control {
 public:
     Timer(Form* form, QString name);
+    // A timer of no window, for the parts of the program that run without one.
+    Timer(EventLoop& loop, QString name);
     ~Timer() override;
     int Interval() const;
     void setInterval(int ms);
@@ -342,6 +345,7 @@ public:
     std::function<void()> TimerEvent;
 
 private:
+    Timer(Form* form, EventLoop& loop, QString name);
     std::unique_ptr<LoopTimer> timer_;
 };
 

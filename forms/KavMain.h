@@ -16,7 +16,6 @@ public:
     explicit KavMain(EventLoop& loop);
 
     // ---- timers ----
-    Timer XcvrCmdTimer{this, QStringLiteral("XcvrCmdTimer")};
     Timer ClockTimer{this, QStringLiteral("ClockTimer")};
     Timer AutoRepeatTimer{this, QStringLiteral("AutoRepeatTimer")};
     Timer ShutdownTimer{this, QStringLiteral("ShutdownTimer")};

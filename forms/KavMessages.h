@@ -45,8 +45,6 @@ public:
 
     explicit KavMessages(EventLoop& loop);
 
-    Timer ExpectTimer{this, QStringLiteral("ExpectTimer")};
-
     Frame MessageDisplayFrame{this, QStringLiteral("MessageDisplayFrame")};
     OptionGroup viewGroup;
     ControlArray<OptionButton> MessageDisplayMode{this, QStringLiteral("MessageDisplayMode"), 0, 2, &viewGroup};

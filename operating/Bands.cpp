@@ -203,8 +203,8 @@ void Bands::bandStep(bool up, int shift) {
     }
     const int action = up ? Tuning::RepeatBandUp : Tuning::RepeatBandDown;
     if (!m_.main().HamBandSequence.checked()) {
-        if (up ? m_.RadioFreq > 998999.0 : m_.RadioFreq <= 1000.0) return;
-        m_.SetXcvrFreq(m_.RadioFreq + (up ? 1000.0 : -1000.0));
+        if (up ? m_.state().RadioFreq > 998999.0 : m_.state().RadioFreq <= 1000.0) return;
+        m_.queue().SetXcvrFreq(m_.state().RadioFreq + (up ? 1000.0 : -1000.0));
         if (tuning_) tuning_->SetAutoRepeat(action, 1000, Tuning::kFirstRepeatDelay);
         return;
     }
@@ -217,12 +217,12 @@ void Bands::hamStep(bool up) {
         NextHamBand();
     else
         PreviousHamBand();
-    m_.SetXcvrFreq(double(GetRadioBand()) * 1000.0 + GetBandOffsetMemory());
+    m_.queue().SetXcvrFreq(double(GetRadioBand()) * 1000.0 + GetBandOffsetMemory());
 }
 
 void Bands::RepeatBandStep(bool up, double increment) {
     if (!m_.main().HamBandSequence.checked()) {
-        m_.AdjustRadioFreq(up ? increment : -increment);
+        m_.queue().AdjustRadioFreq(up ? increment : -increment);
         return;
     }
     hamStep(up);

@@ -39,7 +39,14 @@ FrequencyDisplay::FrequencyDisplay(KavModule& m, Bands& bands, Tuning& tuning, Q
 }
 
 void FrequencyDisplay::connect() {
-    m_.hooks.UpdateFreqDisplay = [this] { Guard("KavModule.UpdateFreqDisplay", [this] { UpdateFreqDisplay(); }); };
+    RadioState& s = m_.state();
+    QObject::connect(&s, &RadioState::frequencyChanged, &s,
+                     [this](double) { Guard("KavModule.UpdateFreqDisplay", [this] { UpdateFreqDisplay(); }); });
+    // The first frequency the radio reports puts the keyboard on the box, once a run.
+    QObject::connect(&s, &RadioState::frequencyFocusWanted, &s, [this] {
+        TextBox& f = m_.main().FreqDisplay;
+        if (f.visible() && f.enabled()) f.SetFocus();
+    });
     m_.main().FreqDisplay.KeyPress = [this](int& key) {
         Guard("KavMain.FreqDisplay_KeyPress", [&] { FreqDisplay_KeyPress(key); });
     };
@@ -54,7 +61,7 @@ QString FrequencyDisplay::DisplayText(double kHz) const {
 }
 
 void FrequencyDisplay::UpdateFreqDisplay() {
-    const double freq = m_.RadioFreq;
+    const double freq = m_.state().RadioFreq;
     const QString text = DisplayText(freq);
     m_.common().DebugLog(QStringLiteral("KavModule.UpdateFreqDisplay, RadioFreq = ") + QString::number(freq, 'g', 15));
     m_.main().FreqDisplay.setText(text);
@@ -77,7 +84,7 @@ void FrequencyDisplay::FreqDisplay_KeyPress(int& keyAscii) {
             UpdateFreqDisplay();
             return;
         }
-        m_.SetXcvrFreq(value);
+        m_.queue().SetXcvrFreq(value);
         return;
     }
     if ((keyAscii >= '0' && keyAscii <= '9') || keyAscii == ',' || keyAscii == '.') return;

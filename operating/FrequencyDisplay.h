@@ -35,6 +35,8 @@ public:
     QString DisplayText(double kHz) const;
     QString PreviewText(double kHz) const { return FormatFrequency(kHz, 2, locale_); }
     const QLocale& locale() const { return locale_; }
+    // The number format of the display and of typed entries (the user's locale unless told otherwise).
+    void setLocale(const QLocale& locale) { locale_ = locale; }
 
     void FreqDisplay_KeyPress(int& keyAscii);
     // Insert: select all, so that the next digit replaces the whole text.

@@ -18,24 +18,31 @@ const QString kGeneralSection = QStringLiteral("General");
 QString modeFilterKey(int mode) {
     return QStringLiteral("ModeFilter%1").arg(mode);
 }
-
-// The list's text as a whole number; a text that isn't one is an error of the handler.
-double numberOf(const QString& text) {
-    bool ok = false;
-    const double v = text.trimmed().toDouble(&ok);
-    if (!ok) throw TvError(kErrTypeMismatch, text);
-    return v;
-}
 }  // namespace
 
 ModeControl::ModeControl(KavModule& m) : m_(m) {}
 
 void ModeControl::connect() {
     KavMain& w = m_.main();
-    m_.hooks.UpdateModeCaption = [this](int mode) { UpdateModeCaption(mode); };
-    m_.hooks.UpdateCurrentModeCaptions = [this] { UpdateCurrentModeCaptions(); };
     m_.hooks.InitializeFilterSettings = [this] { InitializeFilterSettings(); };
-    m_.hooks.ResetModeTables = [this] { ResetModeTables(); };
+    m_.hooks.InitializeIcomFilterSettings = [this] { InitializeIcomFilterSettings(); };
+    RadioState& s = m_.state();
+    QObject::connect(&s, &RadioState::modeReported, &s, [this](int mode) {
+        m_.main().ModeFrame.setCaption(QStringLiteral("Mode: ") + ModeName(mode));
+    });
+    QObject::connect(&s, &RadioState::modeChanged, &s, [this](int mode) {
+        // The option's click handler sees the flag and doesn't send the report back to the radio.
+        m_.SetControlFlag(FlagModeSel, true);
+        m_.main().ModeSel[mode].setValue(true);
+        m_.loop().yield();
+        m_.SetControlFlag(FlagModeSel, false);
+    });
+    QObject::connect(&s, &RadioState::filterGroupReported, &s, [this](int group) { UpdateIcomXcvrFilter(group); });
+    QObject::connect(&s, &RadioState::identified, &s, [this](const RadioIdentity& who) {
+        if (!who.reverseModes) return;
+        m_.main().ModeSel[ModeCWR].setVisible(true);
+        m_.main().ModeSel[ModeRTTYR].setVisible(true);
+    });
     for (int i = w.ModeSel.lbound(); i <= w.ModeSel.ubound(); ++i) {
         w.ModeSel[i].Click = [this, i] { Guard("KavMain.ModeSel_Click", [&] { ModeSel_Click(i); }); };
         w.ModeSel[i].GotFocus = [this, i] {
@@ -49,10 +56,6 @@ void ModeControl::connect() {
     click(w.MainFilter1Combo, "KavMain.MainFilter1Combo_Click", &ModeControl::MainFilter1Click);
     click(w.MainFilter2Combo, "KavMain.MainFilter2Combo_Click", &ModeControl::MainFilter2Click);
     click(w.SubFilterCombo, "KavMain.SubFilterCombo_Click", &ModeControl::SubFilterClick);
-    click(w.HighCutoffCombo, "KavMain.HighCutoffCombo_Click", &ModeControl::HighCutoffComboClick);
-    click(w.LowCutoffCombo, "KavMain.LowCutoffCombo_Click", &ModeControl::LowCutoffComboClick);
-    click(w.WidthCombo, "KavMain.WidthCombo_Click", &ModeControl::WidthComboClick);
-    click(w.ShiftCombo, "KavMain.ShiftCombo_Click", &ModeControl::ShiftComboClick);
     m_.config().ModeFiltersEnabledCheck.Click = [this] {
         Guard("KavConfig.ModeFiltersEnabledCheck_Click", [this] { UpdateCurrentModeCaptions(); });
     };
@@ -70,13 +73,13 @@ void ModeControl::focusRule() {
 }
 
 bool ModeControl::groupsShown() const {
-    const RadioInfo* r = m_.radio();
+    const RadioInfo* r = m_.radio().info();
     return r && r->filterGroups && m_.config().ModeFiltersEnabledCheck.checked();
 }
 
 QString ModeControl::captionOf(int mode) const {
     if (!groupsShown()) return ModeName(mode);
-    return ModeName(mode) + QStringLiteral(" (") + m_.ModeFilters[size_t(mode)] + QStringLiteral(")");
+    return ModeName(mode) + QStringLiteral(" (") + m_.state().ModeFilters[size_t(mode)] + QStringLiteral(")");
 }
 
 void ModeControl::UpdateCurrentModeCaptions() {
@@ -92,16 +95,16 @@ void ModeControl::UpdateModeCaption(int mode) {
 
 void ModeControl::UpdateModeFilters() {
     for (int i = 0; i <= 9; ++i)
-        if (SearchCombo(m_.main().FilterGroupCombo, m_.ModeFilters[size_t(i)]) == -1)
-            m_.ModeFilters[size_t(i)].clear();
+        if (SearchCombo(m_.main().FilterGroupCombo, m_.state().ModeFilters[size_t(i)]) == -1)
+            m_.state().ModeFilters[size_t(i)].clear();
     UpdateCurrentModeCaptions();
 }
 
 void ModeControl::UpdateYaesuXcvrFilter(const QString& groupName) {
-    const int mode = m_.RadioMode;
+    const int mode = m_.state().RadioMode;
     if (mode < 0 || mode >= ModeUnknown) return;
     m_.settings().SaveSetting(kGeneralSection, modeFilterKey(mode), groupName);
-    m_.ModeFilters[size_t(mode)] = groupName;
+    m_.state().ModeFilters[size_t(mode)] = groupName;
     UpdateModeCaption(mode);
     ComboBox& list = m_.main().FilterGroupCombo;
     m_.SetControlFlag(FlagFilterGroupList, true);
@@ -113,7 +116,7 @@ void ModeControl::UpdateYaesuXcvrFilter(const QString& groupName) {
 void ModeControl::InitializeFilterSettings() {
     KavMain& w = m_.main();
     // 1.
-    for (int i = 0; i <= 9; ++i) m_.ModeFilters[size_t(i)] = QStringLiteral("Wide");
+    for (int i = 0; i <= 9; ++i) m_.state().ModeFilters[size_t(i)] = QStringLiteral("Wide");
     // 2.
     if (ClearMemoryFilterLists) ClearMemoryFilterLists();
     // 3.
@@ -126,7 +129,7 @@ void ModeControl::InitializeFilterSettings() {
                        static_cast<Control*>(&w.ShiftCombo), static_cast<Control*>(&w.ShiftLabel)})
         c->setVisible(false);
     // 4.
-    callHook(m_.hooks.SetFilterFrameVisibility, false);
+    m_.hooks.SetFilterFrameVisibility(false);
     if (HideYaesuFrames) HideYaesuFrames();
     // 5.
     w.MainFilter1Combo.Clear();
@@ -146,7 +149,7 @@ void ModeControl::ModeSel_Click(int index) {
         m_.SetControlFlag(FlagModeSel, false);
         return;
     }
-    m_.SetXcvrMode(index);
+    m_.queue().SetXcvrMode(index);
     focusRule();
 }
 
@@ -162,11 +165,10 @@ void ModeControl::FilterGroupCombo_Click() {
 }
 
 void ModeControl::FilterGroupClick() {
-    if (FilterComboUpdating || m_.RadioIndex < 0) return;
-    const QChar s = m_.GetRadioSupplier();
-    if (s == QLatin1Char('I') || s == QLatin1Char('T')) {
-        m_.SetXcvrFilterGroup(IcomFilterGroupIndex(m_.main().FilterGroupCombo.text()));
-    } else if (s == QLatin1Char('Y')) {
+    if (FilterComboUpdating || m_.radio().RadioIndex < 0) return;
+    if (m_.radio().traits().filterGroupsInModeCommands) {
+        m_.queue().SetXcvrFilterGroup(IcomFilterGroupIndex(m_.main().FilterGroupCombo.text()));
+    } else {
         if (!ApplyYaesuFilterGroup || !(YaesuModelHasGroups && YaesuModelHasGroups())) return;
         const QString selection = m_.main().FilterGroupCombo.text();
         if (selection.isEmpty()) return;
@@ -183,7 +185,7 @@ void ModeControl::filterListClick(ComboBox& list, int& lastIndex, int kind) {
     const int index = list.listIndex();
     if (index != lastIndex) {
         lastIndex = index;
-        if (FilterCode) m_.SetXcvrFilters(FilterCode(kind, index), kind);
+        if (FilterCode) m_.queue().SetXcvrFilters(FilterCode(kind, index), kind);
         if (UpdateYaesuFT1000XFilterGroup) UpdateYaesuFT1000XFilterGroup();
     }
     focusRule();
@@ -199,55 +201,47 @@ void ModeControl::SubFilterClick() {
     filterListClick(m_.main().SubFilterCombo, SubFilterIndex, 2);
 }
 
-void ModeControl::sendFromText(const ComboBox& list, int kind, double divisor) {
-    m_.SetXcvrFilters(int(std::nearbyint(numberOf(list.text()) / divisor)), kind);
+void ModeControl::UpdateIcomXcvrFilter(int index) {
+    const int mode = m_.state().RadioMode;
+    if (!(index > 0 && index < 4) || mode < 0 || mode >= 10) return;
+    m_.state().RadioFilterGroup = index;
+    const QString name = FilterGroupName(index);
+    m_.settings().SaveSetting(kGeneralSection, modeFilterKey(mode), name);
+    m_.state().ModeFilters[size_t(mode)] = name;
+    UpdateModeCaption(mode);
+    ComboBox& list = m_.main().FilterGroupCombo;
+    m_.SetControlFlag(FlagFilterGroupList, true);
+    if (!SetCombo(list, name)) list.setListIndex(-1);
+    m_.loop().yield();
+    m_.SetControlFlag(FlagFilterGroupList, false);
 }
 
-void ModeControl::HighCutoffComboClick() {
-    if (FilterComboUpdating) return;
-    const ComboBox& list = m_.main().HighCutoffCombo;
-    const QString& model = m_.KenwoodModelName;
-    HighCutoffIndex = list.listIndex();
-    if (model == QLatin1String("TS570") || model == QLatin1String("TS2000")) {
-        const int i = list.listIndex();
-        if (i < 0 || i >= int(HighCutoffCodes.size())) throw TvError(kErrSubscript);
-        m_.SetXcvrFilters(HighCutoffCodes[size_t(i)], 3);
-    } else if (model == QLatin1String("TS870")) {
-        sendFromText(list, 3, 1);
+void ModeControl::InitializeIcomFilterSettings() {
+    const RadioInfo* r = m_.radio().info();
+    if (!r) return;
+    ComboBox& list = m_.main().FilterGroupCombo;
+    if (r->filterGroups) {
+        list.Clear();
+        list.AddItem(QStringLiteral("Wide"));
+        list.AddItem(QStringLiteral("Narrow"));
+        if (r->filter0) list.AddItem(QStringLiteral("Normal"));
+        list.setVisible(true);
+        m_.main().FilterGroupLabel.setVisible(true);
+        const QString restore =
+            m_.settings().GetSetting(kGeneralSection, QStringLiteral("RestoreModeFilter"), QStringLiteral("1"));
+        m_.config().ModeFiltersEnabledCheck.setChecked(restore.trimmed() == QLatin1String("1"));
     }
-    focusRule();
-}
-
-void ModeControl::LowCutoffComboClick() {
-    if (FilterComboUpdating) return;
-    const ComboBox& list = m_.main().LowCutoffCombo;
-    const QString& model = m_.KenwoodModelName;
-    LowCutoffIndex = list.listIndex();
-    if (model == QLatin1String("TS570") || model == QLatin1String("TS2000")) {
-        const int i = list.listIndex();
-        if (i < 0 || i >= int(LowCutoffCodes.size())) throw TvError(kErrSubscript);
-        m_.SetXcvrFilters(LowCutoffCodes[size_t(i)], 4);
-    } else if (model == QLatin1String("TS870")) {
-        // This model takes the low cut-off in tens of hertz.
-        sendFromText(list, 4, 10);
+    for (int mode = 0; mode < 10; ++mode) {
+        int group = 1;
+        if (r->filterGroups) {
+            const QString key = modeFilterKey(mode);
+            group = IcomFilterGroupIndex(m_.settings().GetSetting(kGeneralSection, key, QStringLiteral("Wide")));
+            // "Normal" exists only on radios with the third filter position.
+            if (group == 0 || (group == 3 && !r->filter0)) group = 1;
+            m_.settings().SaveSetting(kGeneralSection, key, FilterGroupName(group));
+        }
+        m_.state().ModeFilters[size_t(mode)] = FilterGroupName(group);
     }
-    focusRule();
-}
-
-void ModeControl::WidthComboClick() {
-    if (FilterComboUpdating) return;
-    const QString& model = m_.KenwoodModelName;
-    if (model == QLatin1String("TS570") || model == QLatin1String("TS2000"))
-        sendFromText(m_.main().WidthCombo, 5, 1);
-    else if (model == QLatin1String("TS870"))
-        sendFromText(m_.main().WidthCombo, 5, 10);
-    focusRule();
-}
-
-void ModeControl::ShiftComboClick() {
-    if (FilterComboUpdating) return;
-    sendFromText(m_.main().ShiftCombo, 6, 1);
-    focusRule();
 }
 
 }  // namespace tv

@@ -30,6 +30,10 @@ class ModeControl {
     void UpdateCurrentModeCaptions();
     // After groups were deleted: a mode whose group is no longer listed forgets it.
     void UpdateModeFilters();
+    // A Wide/Narrow/Normal group commanded or reported (0: none, which changes nothing).
+    void UpdateIcomXcvrFilter(int index);
+    // Fills the group list and the per-mode memory of groups for the selected radio.
+    void InitializeIcomFilterSettings();
     // A group by name (a report or a click); the radio's mode remembers it.
     void UpdateYaesuXcvrFilter(const QString& groupName);
     // The clean slate before a radio's own filter set-up.
@@ -45,10 +49,6 @@ class ModeControl {
     void MainFilter1Click();
     void MainFilter2Click();
     void SubFilterClick();
-    void HighCutoffComboClick();
-    void LowCutoffComboClick();
-    void WidthComboClick();
-    void ShiftComboClick();
 
     // While set, every filter list click returns at once: the decoders and the group logic set lists.
     bool FilterComboUpdating = false;
@@ -65,8 +65,6 @@ class ModeControl {
     // group that the three lists now make up.
     std::function<int(int kind, int listIndex)> FilterCode;
     std::function<void()> UpdateYaesuFT1000XFilterGroup;
-    // Kenwood TS-570 / TS-2000: the cut-off codes by list index, filled with the lists.
-    std::vector<int> HighCutoffCodes, LowCutoffCodes;
     // Parts of the clean slate owned elsewhere: the memory bank's filter column, the Yaesu frames of
     // the configuration window.
     std::function<void()> ClearMemoryFilterLists;
@@ -77,7 +75,6 @@ class ModeControl {
     QString captionOf(int mode) const;
     bool groupsShown() const;
     void filterListClick(ComboBox& list, int& lastIndex, int kind);
-    void sendFromText(const ComboBox& list, int kind, double divisor);
 
     KavModule& m_;
 };

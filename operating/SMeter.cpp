@@ -3,7 +3,6 @@
 #include "core/KavModule.h"
 #include "forms/KavMain.h"
 #include "platform/Dialogs.h"
-#include "protocols/Kenwood.h"
 #include "services/Common.h"
 #include "services/Errors.h"
 
@@ -37,7 +36,17 @@ SMeter::SMeter(KavModule& m) : m_(m) {
 }
 
 void SMeter::connect() {
-    m_.hooks.UpdateSMeter = [this](double f) { Guard("KavModule.UpdateSMeter", [&] { UpdateSMeter(f); }); };
+    RadioState& s = m_.state();
+    QObject::connect(&s, &RadioState::meterReported, &s,
+                     [this](double f) { Guard("KavModule.UpdateSMeter", [&] { UpdateSMeter(f); }); });
+    // A radio that told its model has its own scale, or none.
+    QObject::connect(&s, &RadioState::identified, &s, [this](const RadioIdentity& who) {
+        if (!who.meterFile.isEmpty()) LoadSMeterData(who.meterFile);
+        KavMain& w = m_.main();
+        w.SMeterValue.setVisible(w.SMeter.visible());
+        Guard("KavModule.SetSMeter", [&] { SetSMeter(QString()); });
+        w.SMeterDummy.setVisible(!who.hasMeter);
+    });
     m_.hooks.LoadSMeterData = [this] { LoadSMeterData(); };
     m_.hooks.SetSMeter = [this](const QString& t) { Guard("KavModule.SetSMeter", [&] { SetSMeter(t); }); };
 }
@@ -64,10 +73,9 @@ int SMeter::StepOf(double fraction) {
 
 void SMeter::LoadSMeterData() {
     QString name;
-    if (!m_.KenwoodModelName.isEmpty())
-        if (auto* k = dynamic_cast<KenwoodProtocol*>(m_.protocol())) name = k->SMeterFilename();
+    if (const Protocol* p = m_.radio().protocol()) name = p->SMeterFile();
     if (name.isEmpty())
-        if (const RadioInfo* r = m_.radio()) name = r->comboName;
+        if (const RadioInfo* r = m_.radio().info()) name = r->comboName;
     LoadSMeterData(name);
 }
 
@@ -152,9 +160,8 @@ void SMeter::UpdateSMeter(double fraction) {
         SetSMeter(label);
     }
     // Single precision, as the decoders compute it.
-    callHook(m_.hooks.ItemChanged, QStringLiteral("RadioSMeter"),
-             QString::number(double(float(fraction)), 'g', 7));
-    callHook(m_.hooks.ItemChanged, QStringLiteral("RadioSMeterString"), label);
+    m_.state().SetItem(QStringLiteral("RadioSMeter"), QString::number(double(float(fraction)), 'g', 7));
+    m_.state().SetItem(QStringLiteral("RadioSMeterString"), label);
 }
 
 void SMeter::SetSMeter(const QString& text) {

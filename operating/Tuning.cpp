@@ -36,6 +36,8 @@ Tuning::Tuning(KavModule& m, Bands& bands) : m_(m), bands_(bands) { bands_.useTu
 void Tuning::connect() {
     KavMain& w = m_.main();
     m_.hooks.SaveAutoRepeatRate = [this] { SaveAutoRepeatRate(); };
+    // A held button must not keep sending what the radio refuses.
+    QObject::connect(&m_.state(), &RadioState::commandRefused, &m_.state(), [this] { StopAutoRepeat(); });
     w.AutoRepeatTimer.TimerEvent = [this] { Guard("KavMain.AutoRepeatTimer_Timer", [this] { HandleAutoRepeat(); }); };
 
     w.HzUpCmd.MouseDown = mouse("KavMain.HzUpCmd_MouseDown", [this](int b, int s, double, double) { HzUpCmd_MouseDown(b, s); });
@@ -139,7 +141,7 @@ void Tuning::Bandspread_Change() {
         m_.SetControlFlag(FlagBandspread, false);
         return;
     }
-    m_.SetXcvrFreq(double(bands_.GetRadioBand()) * 1000.0 + m_.main().Bandspread.value());
+    m_.queue().SetXcvrFreq(double(bands_.GetRadioBand()) * 1000.0 + m_.main().Bandspread.value());
 }
 
 void Tuning::Bandspread_Scroll() {
@@ -165,7 +167,7 @@ void Tuning::pageStep(bool up, double step, bool fromRepeat) {
         if (fromRepeat) StopAutoRepeat();
     }
     if (!fromRepeat) SetAutoRepeat(up ? PageUp : PageDown, step, kFirstRepeatDelay);
-    m_.SetXcvrFreq(double(bands_.GetRadioBand()) * 1000.0 + offset);
+    m_.queue().SetXcvrFreq(double(bands_.GetRadioBand()) * 1000.0 + offset);
 }
 
 void Tuning::BandSpreadBackground_MouseDown(int, int shift, double x, double) {
@@ -200,7 +202,7 @@ void Tuning::BandSpreadBackground_MouseUp(int, int, double, double) {
         if (m_.ControlFlag(FlagBandspread))
             m_.SetControlFlag(FlagBandspread, false);
         else
-            m_.SetXcvrFreq(double(bands_.GetRadioBand()) * 1000.0 + std::floor(SliderLeft));
+            m_.queue().SetXcvrFreq(double(bands_.GetRadioBand()) * 1000.0 + std::floor(SliderLeft));
     }
     SliderGrabOffset = -1;
     FocusRule();
@@ -258,14 +260,15 @@ void Tuning::HandleAutoRepeat() {
 
 void Tuning::repeatFineStep(bool up) {
     // The model decides, not the modifiers: a shifted press on this radio repeats with its step key.
-    if (isFT1000D())
-        m_.StepXcvrFreq(up);
+    if (stepsWithOwnCommand())
+        m_.queue().StepXcvrFreq(up);
     else
-        m_.AdjustRadioFreq(up ? AutoRepeatIncrement : -AutoRepeatIncrement);
+        m_.queue().AdjustRadioFreq(up ? AutoRepeatIncrement : -AutoRepeatIncrement);
 }
 
-bool Tuning::isFT1000D() const {
-    return m_.GetRadioSupplier() == QLatin1Char('Y') && m_.GetYaesuModelName() == QLatin1String("FT1000D");
+bool Tuning::stepsWithOwnCommand() const {
+    const Protocol* p = m_.radio().protocol();
+    return p && p->StepsWithOwnCommand();
 }
 
 // ---- buttons ----
@@ -298,18 +301,18 @@ void Tuning::hzStep(bool up, int shift) {
     ShiftState = shift;
     const double increment = HzIncrement(shift);
     const int action = up ? RepeatUp : RepeatDown;
-    if (shift == 0 && isFT1000D()) {
+    if (shift == 0 && stepsWithOwnCommand()) {
         // Both directions log under the up button's name; the log's readers know it so.
         m_.common().DebugLog(up ? QStringLiteral("HzUpCmd_MouseDown UP for Yaesu FT000D")
                                 : QStringLiteral("HzUpCmd_MouseDown DOWN for Yaesu FT000D"));
-        m_.StepXcvrFreq(up);
+        m_.queue().StepXcvrFreq(up);
         SetAutoRepeat(action, 0.01, kFirstRepeatDelay);
         return;
     }
     m_.common().DebugLog((up ? QStringLiteral("HzUpCmd_MouseDown, increment = ")
                              : QStringLiteral("HzDownCmd_MouseDown, increment = ")) +
                          QString::number(increment));
-    m_.AdjustRadioFreq(up ? increment : -increment);
+    m_.queue().AdjustRadioFreq(up ? increment : -increment);
     SetAutoRepeat(action, increment, kFirstRepeatDelay);
 }
 
@@ -320,7 +323,7 @@ void Tuning::bandspreadStep(bool up, int shift) {
     ArmAutoRepeat();
     ShiftState = shift;
     const double increment = BandspreadIncrement(shift);
-    m_.AdjustRadioFreq(up ? increment : -increment);
+    m_.queue().AdjustRadioFreq(up ? increment : -increment);
     SetAutoRepeat(up ? RepeatUp : RepeatDown, increment, kFirstRepeatDelay);
 }
 
@@ -345,9 +348,9 @@ void Tuning::FreqDisplay_KeyDown(int& keyCode, int shift) {
     if (keyCode == kAltKey) {
         w.AltCheckBox.setChecked(true);
     } else if (keyCode == kKeyPageUp) {
-        m_.AdjustRadioFreq(increment);
+        m_.queue().AdjustRadioFreq(increment);
     } else if (keyCode == kKeyPageDown) {
-        m_.AdjustRadioFreq(-increment);
+        m_.queue().AdjustRadioFreq(-increment);
     } else if (keyCode == kKeyInsert) {
         if (display_) display_->SelectAll();
     } else if (keyCode == kKeyBack) {
@@ -361,7 +364,7 @@ void Tuning::FreqDisplay_KeyDown(int& keyCode, int shift) {
         if (shift == kCtrl) {
             if (EditSequence) EditSequence(n);
         } else {
-            callHook(m_.hooks.ActivateSequence, n);
+            m_.hooks.ActivateSequence(n);
         }
     }
 }

@@ -91,7 +91,7 @@ private:
     void pageStep(bool up, double step, bool fromRepeat);
     void moveSlider(double left);
     void showPreview(double freq, const char* logLabel);
-    bool isFT1000D() const;
+    bool stepsWithOwnCommand() const;
 
     KavModule& m_;
     Bands& bands_;

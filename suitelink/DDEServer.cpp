@@ -79,10 +79,10 @@ void DDEServer::LinkExecute(const QString& CmdStr, std::int16_t& Cancel) {
             ResetWindows(CLng(argument(DDEWord::ResetWindows)));
         } else if (is(DDEWord::Transmit)) {
             m_.comm().Transmit();
-            m_.SetXcvrTransmit();
+            m_.queue().SetXcvrTransmit();
         } else if (is(DDEWord::Receive)) {
             m_.comm().Receive();
-            m_.SetXcvrReceive();
+            m_.queue().SetXcvrReceive();
         } else if (is(DDEWord::SeqName)) {
             if (act.ExecuteNamedSequence) act.ExecuteNamedSequence(argument(DDEWord::SeqName));
         } else if (is(DDEWord::SeqIndex)) {
@@ -107,7 +107,7 @@ void DDEServer::LinkExecute(const QString& CmdStr, std::int16_t& Cancel) {
             const int index = ModeIndex(name);
             // The requested name as it stands, unknown names too.
             owner_.WriteItem(QStringLiteral("Mode"), name);
-            m_.SetXcvrMode(index);
+            m_.queue().SetXcvrMode(index);
         } else {
             Cancel = -1;
             return;

@@ -21,19 +21,11 @@ DDEServerModule::~DDEServerModule() { *alive_ = false; }
 void DDEServerModule::connect() {
     m_.hooks.DDEInitialize = [this] { Initialize(); };
     m_.hooks.DDETerminate = [this] { Terminate(); };
-    auto before = m_.hooks.ItemChanged;
-    m_.hooks.ItemChanged = [this, before](const QString& item, const QString& text) {
-        server.SetItem(item, text);
-        if (before) before(item, text);
-    };
+    QObject::connect(&m_.state(), &RadioState::itemChanged, &m_.state(),
+                     [this](const QString& item, const QString& text) { server.SetItem(item, text); });
 }
 
-void DDEServerModule::WriteItem(const QString& item, const QString& text) {
-    if (m_.hooks.ItemChanged)
-        m_.hooks.ItemChanged(item, text);
-    else
-        server.SetItem(item, text);
-}
+void DDEServerModule::WriteItem(const QString& item, const QString& text) { m_.state().SetItem(item, text); }
 
 void DDEServerModule::Initialize() {
     Guard("DDEServerModule.Initialize", [&] {
@@ -111,10 +103,13 @@ void DDEServerModule::publishFreqDisplay() {
     if (server.loaded()) bus_.publish(QString::fromLatin1(kDisplayTopic), QString::fromLatin1(kDisplayItem), text);
 }
 
-bool DDEServerModule::isPegasus() const { return m_.radioModel() == QLatin1String("PEGASUS"); }
+bool DDEServerModule::takesSplitFrequencyAlone() const {
+    const Protocol* p = m_.radio().protocol();
+    return p && p->TakesSplitFrequencyAlone();
+}
 
 void DDEServerModule::DoQSY(const QString& frequency) {
-    Guard("DDEServerModule.DoQSY", [&] { m_.SetXcvrFreq(CDbl(frequency)); });
+    Guard("DDEServerModule.DoQSY", [&] { m_.queue().SetXcvrFreq(CDbl(frequency)); });
 }
 
 void DDEServerModule::DoFreqMode(const QString& frequency, const QString& mode) {
@@ -129,24 +124,24 @@ void DDEServerModule::DoFreqMode(const QString& frequency, const QString& mode) 
                 m_.SetControlFlag(FlagSplitBox, true);
                 main.SplitBox.setChecked(false);
             }
-            m_.SetXcvrSplit(false);
+            m_.queue().SetXcvrSplit(false);
         }
         if (main.DualBox.visible()) {
             if (main.DualBox.checked()) {
                 m_.SetControlFlag(FlagDualBox, true);
                 main.DualBox.setChecked(false);
             }
-            m_.SetXcvrDual(false);
+            m_.queue().SetXcvrDual(false);
         }
         if (index == ModeUnknown) index = CDbl(frequency) >= 13000.0 ? ModeUSB : ModeLSB;
         WriteItem(QStringLiteral("Mode"), LogModeName(index));
         WriteItem(QStringLiteral("RadioMode"), ModeName(index));
         // The mode goes ahead of the frequency, with a wait between.
-        m_.SetXcvrMode(index);
-        m_.SetXcvrWait();
-        if (m_.GetRadioSupplier() == QLatin1Char('I')) m_.SelectPrimary();
-        m_.SetXcvrFreq(CDbl(frequency));
-        m_.SetXcvrWait();
+        m_.queue().SetXcvrMode(index);
+        m_.queue().SetXcvrWait();
+        if (m_.radio().traits().asksAfterReceiverSwitch) m_.queue().SelectPrimary();
+        m_.queue().SetXcvrFreq(CDbl(frequency));
+        m_.queue().SetXcvrWait();
     });
 }
 
@@ -154,22 +149,22 @@ void DDEServerModule::DoSplit(const QString& frequency) {
     Guard("DDEServerModule.DoSplit", [&] {
         KavMain& main = m_.main();
         if (main.SplitBox.visible()) {
-            m_.SetXcvrSBFreq(CDbl(frequency));
+            m_.queue().SetXcvrSBFreq(CDbl(frequency));
             if (!main.SplitBox.checked()) {
                 m_.SetControlFlag(FlagSplitBox, true);
                 main.SplitBox.setChecked(true);
             }
-            m_.SetXcvrSplit(true);
+            m_.queue().SetXcvrSplit(true);
             if (main.DualBox.visible() && m_.config().DualReceiveEnableBox.checked()) {
                 if (!main.DualBox.checked()) {
                     m_.SetControlFlag(FlagDualBox, true);
                     main.DualBox.setChecked(true);
                 }
-                m_.SetXcvrDual(true);
+                m_.queue().SetXcvrDual(true);
             }
-        } else if (isPegasus()) {
+        } else if (takesSplitFrequencyAlone()) {
             // That radio takes a split frequency without a split switch.
-            m_.SetXcvrSBFreq(CDbl(frequency));
+            m_.queue().SetXcvrSBFreq(CDbl(frequency));
         }
     });
 }

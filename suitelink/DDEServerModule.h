@@ -66,7 +66,7 @@ public:
 private:
     void announce(const QString& command);
     void publishFreqDisplay();
-    bool isPegasus() const;
+    bool takesSplitFrequencyAlone() const;
     void logUnavailable(const QString& why);
 
     KavModule& m_;

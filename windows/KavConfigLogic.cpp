@@ -56,7 +56,7 @@ void KavConfigLogic::connect() {
         TextBox& f = m_.config().RadioFolder;
         f.setSelStart(int(f.text().size()));
         store(QStringLiteral("ControlFolder"), f.text());
-        callHook(m_.hooks.ResetControlFolderErrorFlag);
+        m_.hooks.ResetControlFolderErrorFlag();
     });
     c.RadioFolderSelect.Click = handler("KavConfig.RadioFolderSelect_Click", [this] { radioFolderSelect(); });
     c.DecSel.Click = handler("KavConfig.DecSel_Click", [this] { m_.SelectDecimalRadix(); });
@@ -81,7 +81,7 @@ void KavConfigLogic::connect() {
         handler("KavConfig.ConfigComHelpCmd_Click", [this] { m_.common().InvokeHelp(QStringLiteral("Configuration.htm")); });
     c.UserCommandsEnableBox.Click = handler("KavConfig.UserCommandsEnableBox_Click", [this, store] {
         store(QStringLiteral("UserCommandsEnabled"), tf(m_.config().UserCommandsEnableBox.checked()));
-        callHook(m_.hooks.UpdateWindow);
+        m_.hooks.UpdateWindow();
     });
     c.DualReceiveEnableBox.Click = handler("KavConfig.DualReceiveEnableBox_Click", [this, store] {
         store(QStringLiteral("DualReceiveEnabled"), QString::number(m_.config().DualReceiveEnableBox.value()));
@@ -95,23 +95,23 @@ void KavConfigLogic::connect() {
     });
     for (int i = 1; i <= 8; ++i) {
         c.CommPort[i].Click = handler("KavConfig.CommPort_Click", [this, i] {
-            if (m_.config().visible()) m_.SelectCommPort(i);
+            if (m_.config().visible()) m_.port().SelectCommPort(i);
         });
-        c.Speed[i].Click = handler("KavConfig.Speed_Click", [this, i] { m_.SelectPortSpeed(i); });
+        c.Speed[i].Click = handler("KavConfig.Speed_Click", [this, i] { m_.port().SelectPortSpeed(i); });
     }
-    for (int i = 1; i <= 5; ++i) c.Parity[i].Click = handler("KavConfig.Parity_Click", [this, i] { m_.SelectPortParity(i); });
+    for (int i = 1; i <= 5; ++i) c.Parity[i].Click = handler("KavConfig.Parity_Click", [this, i] { m_.port().SelectPortParity(i); });
     for (int i = 1; i <= 3; ++i) {
-        c.WordLength[i].Click = handler("KavConfig.WordLength_Click", [this, i] { m_.SelectPortWordLength(i); });
-        c.StopBits[i].Click = handler("KavConfig.StopBits_Click", [this, i] { m_.SelectPortStopBits(i); });
+        c.WordLength[i].Click = handler("KavConfig.WordLength_Click", [this, i] { m_.port().SelectPortWordLength(i); });
+        c.StopBits[i].Click = handler("KavConfig.StopBits_Click", [this, i] { m_.port().SelectPortStopBits(i); });
     }
     for (int i = 0; i <= 2; ++i)
         c.DTRButton[i].Click = handler("KavConfig.DTRButton_Click", [this, i] {
-            m_.SetDTRControl(i);
+            m_.port().DTRControl = i;
             comm_.setDtrEnable(KavComm::ModemControlEnabled(i));
         });
     for (int i = 0; i <= 3; ++i)
         c.RTSButton[i].Click = handler("KavConfig.RTSButton_Click", [this, i] {
-            m_.SetRTSControl(i);
+            m_.port().RTSControl = i;
             comm_.ConfigureRTS(i);
         });
     // Closing by the operator only hides the window: its fields stay in force.
@@ -124,11 +124,11 @@ void KavConfigLogic::connect() {
 }
 
 void KavConfigLogic::defaultAddressDblClick() {
-    const RadioInfo* r = m_.radio();
+    const RadioInfo* r = m_.radio().info();
     if (!r) return;
     KavConfig& c = m_.config();
     if (c.DecSel.value())
-        c.Address.setText(QString::number(KavModule::DecVal(r->defaultAddress)));
+        c.Address.setText(QString::number(SelectedRadio::DecVal(r->defaultAddress)));
     else
         c.Address.setText(r->defaultAddress);
 }
@@ -152,7 +152,7 @@ void KavConfigLogic::interrogationClick() {
 void KavConfigLogic::radioFolderSelect() {
     KavConfig& c = m_.config();
     QString folder = m_.dialogs().pickFolder(
-        QStringLiteral("Select the control folder for the ") + m_.GetRadioModelName(), c.RadioFolder.text());
+        QStringLiteral("Select the control folder for the ") + m_.state().RadioDisplayName, c.RadioFolder.text());
     if (folder.isEmpty()) return;
     while (folder.size() > 1 && (folder.endsWith(QLatin1Char('\\')) || folder.endsWith(QLatin1Char('/')))) folder.chop(1);
     c.RadioFolder.setText(folder);

@@ -5,6 +5,7 @@
 #include "forms/KavConfig.h"
 #include "forms/KavMain.h"
 #include "forms/KavMessages.h"
+#include "platform/EventLoop.h"
 #include "platform/SettingsStore.h"
 #include "services/Common.h"
 #include "services/Errors.h"
@@ -29,26 +30,26 @@ void KavMainLogic::connect() {
     };
     w.SplitBox.Click = handler("KavMain.SplitBox_Click", [this] { splitClick(); });
     w.DualBox.Click = handler("KavMain.DualBox_Click", [this] { dualClick(); });
-    auto thenInterrogate = [this](void (KavModule::*op)()) {
+    auto thenInterrogate = [this](void (CommandQueue::*op)()) {
         return [this, op] {
-            (m_.*op)();
-            m_.InterrogateRadio();
+            (m_.queue().*op)();
+            m_.queue().InterrogateRadio();
             FocusRule();
         };
     };
-    w.VFOASelCmd.Click = handler("KavMain.VFOASelCmd_Click", thenInterrogate(&KavModule::SetXcvrVFOA));
-    w.VFOBSelCmd.Click = handler("KavMain.VFOBSelCmd_Click", thenInterrogate(&KavModule::SetXcvrVFOB));
+    w.VFOASelCmd.Click = handler("KavMain.VFOASelCmd_Click", thenInterrogate(&CommandQueue::SetXcvrVFOA));
+    w.VFOBSelCmd.Click = handler("KavMain.VFOBSelCmd_Click", thenInterrogate(&CommandQueue::SetXcvrVFOB));
     // Alone of its group this one asks for no interrogation.
     w.VFOEqualCmd.Click = handler("KavMain.VFOEqualCmd_Click", [this] {
-        m_.SetXcvrVFOEqual();
+        m_.queue().SetXcvrVFOEqual();
         FocusRule();
     });
-    w.VFOXchCmd.Click = handler("KavMain.VFOXchCmd_Click", thenInterrogate(&KavModule::SetXcvrVFOXch));
-    w.MainSelCmd.Click = handler("KavMain.MainSelCmd_Click", thenInterrogate(&KavModule::SetXcvrMain));
-    w.SubSelCmd.Click = handler("KavMain.SubSelCmd_Click", thenInterrogate(&KavModule::SetXcvrSub));
+    w.VFOXchCmd.Click = handler("KavMain.VFOXchCmd_Click", thenInterrogate(&CommandQueue::SetXcvrVFOXch));
+    w.MainSelCmd.Click = handler("KavMain.MainSelCmd_Click", thenInterrogate(&CommandQueue::SetXcvrMain));
+    w.SubSelCmd.Click = handler("KavMain.SubSelCmd_Click", thenInterrogate(&CommandQueue::SetXcvrSub));
     w.MainSubEqualCmd.Click =
-        handler("KavMain.MainSubEqualCmd_Click", thenInterrogate(&KavModule::SetXcvrMainSubEqual));
-    w.MainSubXchCmd.Click = handler("KavMain.MainSubXchCmd_Click", thenInterrogate(&KavModule::SetXcvrMainSubXch));
+        handler("KavMain.MainSubEqualCmd_Click", thenInterrogate(&CommandQueue::SetXcvrMainSubEqual));
+    w.MainSubXchCmd.Click = handler("KavMain.MainSubXchCmd_Click", thenInterrogate(&CommandQueue::SetXcvrMainSubXch));
     w.XFCCmd.MouseDown = [this](int, int, double, double) { Guard("KavMain.XFCCmd_MouseDown", [this] { XFCStart(); }); };
     w.XFCCmd.MouseUp = [this](int, int, double, double) { Guard("KavMain.XFCCmd_MouseUp", [this] { XFCStop(); }); };
     w.PTTonCmd.Click = handler("KavMain.PTTonCmd_Click", [this] { pttOn(); });
@@ -62,7 +63,7 @@ void KavMainLogic::connect() {
                 m_.SetControlFlag(FlagXcvrSelButton, false);
                 return;
             }
-            callHook(m_.hooks.SelectMultiXcvrByIndex, i);
+            m_.hooks.SelectMultiXcvrByIndex(i);
             FocusRule();
         });
     w.ConfigCmd.Click = handler("KavMain.ConfigCmd_Click", [this] {
@@ -103,13 +104,39 @@ void KavMainLogic::connect() {
     };
     w.Resize = [this] {
         Guard("KavMain.Form_Resize", [this] {
-            callHook(m_.hooks.ItemChanged, QStringLiteral("MainWindowState"), QString::number(m_.main().windowState()));
+            m_.state().SetItem(QStringLiteral("MainWindowState"), QString::number(m_.main().windowState()));
             UpdateWindow();
         });
     };
     m_.hooks.UpdateWindow = [this] { UpdateWindow(); };
     m_.hooks.SetFilterFrameVisibility = [this](bool v) { SetFilterFrameVisibility(v); };
     m_.hooks.ShowMemoryBanks = [this](bool v) { ShowMemoryBanks(v); };
+    RadioState& s = m_.state();
+    QObject::connect(&s, &RadioState::splitReported, &s, [this](bool on) {
+        CheckBox& box = m_.main().SplitBox;
+        if (on == box.checked()) return;
+        // The box's click handler sees the flag and doesn't send the radio's own state back to it.
+        m_.SetControlFlag(FlagSplitBox, true);
+        box.setChecked(on);
+    });
+    QObject::connect(&s, &RadioState::vfoChanged, &s, [this](int vfo) {
+        if (vfo == 0) m_.main().VFOFrame.setCaption(QStringLiteral("VFO A"));
+        if (vfo == 1) m_.main().VFOFrame.setCaption(QStringLiteral("VFO B"));
+    });
+    QObject::connect(&s, &RadioState::commandRefused, &s, [this] { Guard("KavReject.Show", [this] { ShowRejection(); }); });
+}
+
+void KavMainLogic::ShowRejection() {
+    KavReject& w = m_.messages().reject;
+    const QString command = m_.queue().LastCommandName;
+    w.Command.setCaption(command);
+    const QDateTime now = m_.loop().localNow();
+    w.Time.setCaption(QStringLiteral("%1-%2-%3")
+                          .arg(now.date().day(), 2, 10, QLatin1Char('0'))
+                          .arg(m_.common().monthName(now.date().month()))
+                          .arg(now.toString(QStringLiteral("yyyy hh:mm:ss"))));
+    w.Show();
+    m_.common().LogLine(QStringLiteral("KavReject: the radio rejected ") + command);
 }
 
 void KavMainLogic::splitClick() {
@@ -118,16 +145,15 @@ void KavMainLogic::splitClick() {
         return;
     }
     const bool on = m_.main().SplitBox.checked();
-    const QChar s = m_.GetRadioSupplier();
-    m_.SetXcvrSplit(on);
-    // Kenwood radios switch the transmitting VFO themselves.
-    if (s != QLatin1Char('K')) {
+    const ProtocolTraits& t = m_.radio().traits();
+    m_.queue().SetXcvrSplit(on);
+    if (!t.splitMovesTransmitVfo) {
         if (on)
-            m_.SelectSecondary();
+            m_.queue().SelectSecondary();
         else
-            m_.SelectPrimary();
+            m_.queue().SelectPrimary();
     }
-    if (s == QLatin1Char('I')) m_.InterrogateRadio();
+    if (t.asksAfterReceiverSwitch) m_.queue().InterrogateRadio();
     FocusRule();
 }
 
@@ -137,25 +163,25 @@ void KavMainLogic::dualClick() {
         return;
     }
     const bool on = m_.main().DualBox.checked();
-    m_.SetXcvrDual(on);
+    m_.queue().SetXcvrDual(on);
     if (on)
-        m_.SelectSecondary();
+        m_.queue().SelectSecondary();
     else
-        m_.SelectPrimary();
-    if (m_.GetRadioSupplier() == QLatin1Char('I')) m_.InterrogateRadio();
+        m_.queue().SelectPrimary();
+    if (m_.radio().traits().asksAfterReceiverSwitch) m_.queue().InterrogateRadio();
     FocusRule();
 }
 
 void KavMainLogic::XFCStart() {
     xfcHeld_ = true;
-    m_.SetXcvrVFOXch();
-    m_.InterrogateRadio();
+    m_.queue().SetXcvrVFOXch();
+    m_.queue().InterrogateRadio();
     FocusRule();
 }
 
 void KavMainLogic::XFCStop() {
-    m_.SetXcvrVFOXch();
-    m_.InterrogateRadio();
+    m_.queue().SetXcvrVFOXch();
+    m_.queue().InterrogateRadio();
     xfcHeld_ = false;
     FocusRule();
 }
@@ -169,14 +195,14 @@ void KavMainLogic::setPttCaptions(bool transmitting) {
 
 void KavMainLogic::pttOn() {
     comm_.Transmit();
-    m_.SetXcvrTransmit();
+    m_.queue().SetXcvrTransmit();
     setPttCaptions(true);
     FocusRule();
 }
 
 void KavMainLogic::pttOff() {
     comm_.Receive();
-    m_.SetXcvrReceive();
+    m_.queue().SetXcvrReceive();
     setPttCaptions(false);
     FocusRule();
 }
@@ -184,13 +210,13 @@ void KavMainLogic::pttOff() {
 // From the keyboard: the frame keeps its caption, so the operator sees the difference.
 void KavMainLogic::DoXmit() {
     comm_.Transmit();
-    m_.SetXcvrTransmit();
+    m_.queue().SetXcvrTransmit();
     FocusRule();
 }
 
 void KavMainLogic::DoRcv() {
     comm_.Receive();
-    m_.SetXcvrReceive();
+    m_.queue().SetXcvrReceive();
     FocusRule();
 }
 

@@ -25,6 +25,8 @@ public:
     void DoRcv();
     // Keeps the window at its designed size: a maximised window comes back to normal.
     void UpdateWindow();
+    // The notice of a command the radio refused.
+    void ShowRejection();
 
     // The modifier masks of the last presses.
     int MouseShiftState = 0;

@@ -23,7 +23,7 @@ void KavMessagesLogic::FormLoad() {
     KavMessages& w = m_.messages();
     w.ClearMessageDisplay();
     w.SetUnsavedData(false);
-    w.ExpectTimer.setEnabled(false);
+    m_.link().ExpectTimer.setEnabled(false);
     m_.common().RestoreWindowPosition(w);
 }
 
@@ -54,8 +54,8 @@ void KavMessagesLogic::connect() {
     });
     w.ClrCmd.Click = handler("KavMessages.ClrCmd_Click", [this] { clear(); });
     w.SaveCmd.Click = handler("KavMessages.SaveCmd_Click", [this] { save(); });
-    w.ReqModeCmd.Click = handler("KavMessages.ReqModeCmd_Click", [this] { m_.RequestMode(); });
-    w.ReqFreqCmd.Click = handler("KavMessages.ReqFreqCmd_Click", [this] { m_.RequestFrequency(); });
+    w.ReqModeCmd.Click = handler("KavMessages.ReqModeCmd_Click", [this] { m_.queue().RequestMode(); });
+    w.ReqFreqCmd.Click = handler("KavMessages.ReqFreqCmd_Click", [this] { m_.queue().RequestFrequency(); });
     w.MessageHelpCmd.Click =
         handler("KavMessages.MessageHelpCmd_Click", [this] { m_.common().InvokeHelp(QStringLiteral("MonitoringMessages.htm")); });
     // Closing by the operator only hides the window; capture goes on.

@@ -20,7 +20,7 @@ protected:
         st.preset(S, QStringLiteral("SequenceName_0"), QStringLiteral("ON"));
         st.preset(S, QStringLiteral("SequenceName_9"), QStringLiteral("Alt two"));
         ASSERT_TRUE(st.start());
-        m().InitializeXcvrCmdBuffer();
+        m().queue().InitializeXcvrCmdBuffer();
     }
     KavModule& m() { return st.m(); }
     UserSequences& seq() { return st.p().sequences; }
@@ -32,8 +32,8 @@ protected:
     // The raw and string payloads queued, in order, with "W" for a wait.
     QStringList queued() {
         QStringList out;
-        for (int i = 0, slot = m().XcvrCmdHead; i < m().XcvrCmdCount; ++i, slot = slot % 256 + 1) {
-            const XcvrCmd& c = m().XcvrCmdBuffer[size_t(slot)];
+        for (int i = 0, slot = m().queue().XcvrCmdHead; i < m().queue().XcvrCmdCount; ++i, slot = slot % 256 + 1) {
+            const XcvrCmd& c = m().queue().XcvrCmdBuffer[size_t(slot)];
             out << (c.theCmd == XcvrCmdWait ? QStringLiteral("W") : c.theRawCmd);
         }
         return out;
@@ -63,7 +63,7 @@ TEST_F(Sequences, StatementsMatchInAnyCaseAndKeepTheirArgumentsCase) {
     EXPECT_EQ(seq().SequenceFunctions[2], QStringLiteral("does it"));
     EXPECT_EQ(st.p().main.UserSequence[2].toolTip(), QStringLiteral("does it"));
     // "abc" goes out as 0A BC when the queue runs it.
-    m().InitializeXcvrCmdBuffer();
+    m().queue().InitializeXcvrCmdBuffer();
     define(3, {"abc"});
     seq().ExecuteSequence(3);
     st.loop.advance(200);
@@ -83,7 +83,7 @@ TEST_F(Sequences, BadStatementsStopTheSequenceAndBadHexFailsOnlyWhenItLeaves) {
     define(6, {"<GOTO 0>"});
     seq().ExecuteSequence(6);  // step -1: a subscript failure, reported
     EXPECT_TRUE(st.log().contains(QStringLiteral("Subscript out of range")));
-    m().InitializeXcvrCmdBuffer();
+    m().queue().InitializeXcvrCmdBuffer();
     define(7, {"GZ"});
     seq().ExecuteSequence(7);
     EXPECT_EQ(queued(), QStringList{QStringLiteral("GZ")});  // queued as it is
@@ -156,7 +156,7 @@ TEST_F(Sequences, BanksKeysAndTheEditor) {
     st.p().main.UserSequence[3].mouseDown(kRightButton, 0, 0, 0);
     EXPECT_EQ(ed.caption(), QStringLiteral("Tolvane User-defined Command Sequence: F8"));
     // The suite link's short form.
-    m().InitializeXcvrCmdBuffer();
+    m().queue().InitializeXcvrCmdBuffer();
     m().hooks.ExecuteCommand(QStringLiteral("<wait>"));
     m().hooks.ExecuteCommand(QStringLiteral("'"));
     m().hooks.ExecuteCommand(QStringLiteral("'FA;"));

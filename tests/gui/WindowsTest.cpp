@@ -30,7 +30,7 @@ protected:
         ASSERT_TRUE(st.start());
         windows = std::make_unique<Windows>(st.p().main, st.p().config, st.p().messages, st.p().sequenceEditor);
         st.p().main.Show();
-        st.m().InitializeXcvrCmdBuffer();
+        st.m().queue().InitializeXcvrCmdBuffer();
     }
     void TearDown() override {
         windows.reset();
@@ -43,9 +43,7 @@ protected:
     // The codes of the records waiting in the queue, in order.
     std::vector<int> queued() {
         std::vector<int> codes;
-        KavModule& m = st.m();
-        for (int i = 0, slot = m.XcvrCmdHead; i < m.XcvrCmdCount; ++i, slot = slot % 256 + 1)
-            codes.push_back(m.XcvrCmdBuffer[size_t(slot)].theCmd);
+        for (const XcvrCmd& c : st.m().queue().queued()) codes.push_back(c.theCmd);
         return codes;
     }
     TestStation st;
@@ -77,25 +75,25 @@ TEST_F(Gui, ClicksReachTheModelsAndTheModelsRedrawTheWidgets) {
 
     // Split: the operator's click sends it with the other receiver; a report sets the box under its
     // flag and sends nothing back.
-    st.m().InitializeXcvrCmdBuffer();
+    st.m().queue().InitializeXcvrCmdBuffer();
     widget<QCheckBox>(st.p().main.SplitBox)->click();
     EXPECT_TRUE(st.p().main.SplitBox.checked());
     EXPECT_EQ(queued(), (std::vector<int>{XcvrCmdSplit, XcvrCmdVFOB, XcvrCmdWait, XcvrCmdRequestFreq, XcvrCmdWait,
                                           XcvrCmdRequestMode}));
-    st.m().InitializeXcvrCmdBuffer();
+    st.m().queue().InitializeXcvrCmdBuffer();
     st.m().SetControlFlag(FlagSplitBox, true);
     st.p().main.SplitBox.setChecked(false);
     EXPECT_TRUE(queued().empty());
     EXPECT_FALSE(widget<QCheckBox>(st.p().main.SplitBox)->isChecked());
 
     // A mode button sends "Set Mode"; a mode the radio reports moves the button and sends nothing.
-    st.m().InitializeXcvrCmdBuffer();
+    st.m().queue().InitializeXcvrCmdBuffer();
     auto* cw = widget<QAbstractButton>(st.p().main.ModeSel[ModeCW]);
     cw->click();
     EXPECT_EQ(queued(), (std::vector<int>{XcvrCmdMode}));
     EXPECT_EQ(CommandName(queued().front()), QStringLiteral("Set Mode"));
-    st.m().InitializeXcvrCmdBuffer();
-    st.m().UpdateXcvrMode(ModeUSB);
+    st.m().queue().InitializeXcvrCmdBuffer();
+    st.m().state().UpdateXcvrMode(ModeUSB);
     EXPECT_TRUE(widget<QAbstractButton>(st.p().main.ModeSel[ModeUSB])->isChecked());
     EXPECT_FALSE(cw->isChecked());
     EXPECT_TRUE(queued().empty());

@@ -26,20 +26,18 @@ protected:
         kenwood = &st.record(QLatin1Char('K'));
         yaesu = &st.record(QLatin1Char('Y'));
         st.onCreate = [this](Program& p) {
-            bands = std::make_unique<Bands>(p.module);
-            tuning = std::make_unique<Tuning>(p.module, *bands);
-            display = std::make_unique<FrequencyDisplay>(p.module, *bands, *tuning, locale);
+            bands = &p.bands;
+            tuning = &p.tuning;
+            display = &p.freqDisplay;
+            display->setLocale(locale);
             display->beep = [this] { ++beeps; };
-            bands->connect();
-            tuning->connect();
-            display->connect();
         };
         ASSERT_TRUE(st.start());
-        m().InitializeXcvrCmdBuffer();
+        m().queue().InitializeXcvrCmdBuffer();
     }
     // Frequencies that reached the radio since the last call (the queue is drained first).
     std::vector<double> sent() {
-        m().ExecuteNextXcvrCmd();
+        m().queue().ExecuteNextXcvrCmd();
         std::vector<double> f;
         for (const XcvrCmd& c : kenwood->executed)
             if (c.theCmd == XcvrCmdFreq) f.push_back(c.theFreq);
@@ -48,7 +46,7 @@ protected:
     }
     // Tunes without the gesture handlers, and forgets the command.
     void tuneTo(double f) {
-        m().SetXcvrFreq(f);
+        m().queue().SetXcvrFreq(f);
         sent();
     }
     void press(Control& c, int shift = 0) { c.mouseDown(kLeftButton, shift, 0, 0); }
@@ -60,12 +58,12 @@ protected:
     KavMain& w() { return st.p().main; }
 
     QLocale locale{QLocale::English, QLocale::UnitedStates};
-    std::unique_ptr<Bands> bands;
-    std::unique_ptr<Tuning> tuning;
-    std::unique_ptr<FrequencyDisplay> display;
+    Bands* bands = nullptr;
+    Tuning* tuning = nullptr;
+    FrequencyDisplay* display = nullptr;
     int beeps = 0;
-    RecordingProtocol* kenwood = nullptr;
-    RecordingProtocol* yaesu = nullptr;
+    Recording* kenwood = nullptr;
+    Recording* yaesu = nullptr;
     TestStation st;  // last: stopped (and the band memories saved) while the objects above still live
 };
 
@@ -133,7 +131,7 @@ TEST_F(BandsTuning, TenHertzStepsAreRefusedAtTheEndsOfTheRange) {
     press(w().HzUpCmd);
     release(w().HzUpCmd);
     EXPECT_TRUE(sent().empty());
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 999999.995);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 999999.995);
 }
 
 TEST_F(BandsTuning, FT1000DStepsWithItsOwnKeyAndLeavesRadioFreqToTheReport) {
@@ -141,12 +139,12 @@ TEST_F(BandsTuning, FT1000DStepsWithItsOwnKeyAndLeavesRadioFreqToTheReport) {
     st.preset(kGeneral, QStringLiteral("CommPort"), QStringLiteral("1"));
     st.preset(kGeneral, QStringLiteral("Interrogate"), QStringLiteral("F"));
     start();
-    m().SetXcvrFreq(14025.0);
+    m().queue().SetXcvrFreq(14025.0);
     st.loop.advance(1000);
     yaesu->executed.clear();
     press(w().HzDownCmd);
     release(w().HzDownCmd);
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 14025.0);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 14025.0);
     st.loop.advance(1000);
     ASSERT_FALSE(yaesu->executed.empty());
     EXPECT_EQ(yaesu->executed.front().theCmd, XcvrCmdStepFreq);
@@ -164,7 +162,7 @@ TEST_F(BandsTuning, ScrollAndSliderDragShowOnlyAndSendOnceAtTheEnd) {
     bg.mouseMove(kLeftButton, 0, 105.7, 0);
     EXPECT_EQ(w().FreqDisplay.text(), QStringLiteral("14,100.00"));
     bg.mouseMove(kLeftButton, 0, 5000, 0);
-    EXPECT_EQ(m().XcvrCmdCount, 0);
+    EXPECT_EQ(m().queue().XcvrCmdCount, 0);
     bg.mouseUp(kLeftButton, 0, 5000, 0);
     EXPECT_EQ(sent(), std::vector<double>{14349.0});
 
@@ -172,9 +170,9 @@ TEST_F(BandsTuning, ScrollAndSliderDragShowOnlyAndSendOnceAtTheEnd) {
     w().Bandspread.dragTo(200);
     w().Bandspread.dragTo(210);
     EXPECT_EQ(w().FreqDisplay.text(), QStringLiteral("14,210.00"));
-    EXPECT_EQ(m().XcvrCmdCount, 0);
+    EXPECT_EQ(m().queue().XcvrCmdCount, 0);
     EXPECT_TRUE(sent().empty());
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 14349.0);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 14349.0);
     w().Bandspread.Change();  // release
     EXPECT_EQ(sent(), std::vector<double>{14210.0});
 
@@ -290,10 +288,10 @@ TEST_F(BandsTuning, DisplayCutsToTwoDecimalsInTheUsersMarks) {
     } cases[] = {{7000.0, "7,000.00"}, {7000.999, "7,000.99"}, {14025.126, "14,025.12"}, {999.5, "999.50"},
                  {1296000.0, "1,296,000.00"}};
     for (const auto& c : cases) {
-        m().SetXcvrFreq(c.f);
+        m().queue().SetXcvrFreq(c.f);
         EXPECT_EQ(w().FreqDisplay.text(), QString::fromLatin1(c.text)) << c.f;
     }
-    m().SetXcvrFreq(0);
+    m().queue().SetXcvrFreq(0);
     EXPECT_EQ(bands->RadioBandIndex, 0);
     EXPECT_EQ(w().Bandspread.max(), 999);
     EXPECT_EQ(w().Bandspread.value(), 0);
@@ -302,14 +300,14 @@ TEST_F(BandsTuning, DisplayCutsToTwoDecimalsInTheUsersMarks) {
 TEST_F(BandsTuning, CommaDecimalLocaleKeepsThreeDecimalsBelowOneMegahertz) {
     locale = QLocale(QLocale::German, QLocale::Germany);
     bringUp();
-    m().SetXcvrFreq(999.5);
+    m().queue().SetXcvrFreq(999.5);
     EXPECT_EQ(w().FreqDisplay.text(), QStringLiteral("999,500"));
-    m().SetXcvrFreq(14025.126);
+    m().queue().SetXcvrFreq(14025.126);
     EXPECT_EQ(w().FreqDisplay.text(), QStringLiteral("14.025,12"));
     // Typed in the same marks.
     w().FreqDisplay.setText(QStringLiteral("7.010,5"));
     w().FreqDisplay.typeChar(13);
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 7010.5);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 7010.5);
 }
 
 TEST_F(BandsTuning, TypedEntryIsSentOnEnterAndBadTextRestoresTheBox) {
@@ -322,7 +320,7 @@ TEST_F(BandsTuning, TypedEntryIsSentOnEnterAndBadTextRestoresTheBox) {
     f.keyDown(insert, 0);
     type(QStringLiteral("70"));
     EXPECT_EQ(f.text(), QStringLiteral("70"));
-    m().UpdateRadioFreq(14025.5);
+    m().state().UpdateRadioFreq(14025.5);
     EXPECT_EQ(f.text(), QStringLiteral("70"));
     EXPECT_TRUE(sent().empty());
 
@@ -351,7 +349,7 @@ TEST_F(BandsTuning, TypedEntryIsSentOnEnterAndBadTextRestoresTheBox) {
 
     // A different report wins over typing.
     type(QStringLiteral("9"));
-    m().UpdateRadioFreq(14030.0);
+    m().state().UpdateRadioFreq(14030.0);
     EXPECT_EQ(f.text(), QStringLiteral("14,030.00"));
 }
 

@@ -3,6 +3,7 @@
 
 #include "operating/ModeControl.h"
 #include "operating/SMeter.h"
+#include "protocols/kenwood/KenwoodPassband.h"
 #include "support/TestStation.h"
 
 #include <QDir>
@@ -27,20 +28,13 @@ class ModeMeter : public ::testing::Test {
         st.preset(kGeneral, QStringLiteral("Radio"), QString::fromLatin1(radio));
         st.preset(kGeneral, QStringLiteral("CommPort"), QStringLiteral("1"));
         st.preset(kGeneral, QStringLiteral("Interrogate"), QStringLiteral("F"));
-        st.onCreate = [this](Program& p) {
-            modes = std::make_unique<ModeControl>(p.module);
-            meter = std::make_unique<SMeter>(p.module);
-            modes->connect();
-            meter->connect();
-            auto before = p.module.hooks.ItemChanged;
-            p.module.hooks.ItemChanged = [this, before](const QString& item, const QString& value) {
-                items[item] = value;
-                if (before) before(item, value);
-            };
-        };
         ASSERT_TRUE(st.start());
+        modes = &st.p().modes;
+        meter = &st.p().meter;
+        QObject::connect(&m().state(), &RadioState::itemChanged, &m().state(),
+                         [this](const QString& item, const QString& value) { items[item] = value; });
         st.p().config.Interrogation.setChecked(false);
-        m().InitializeXcvrCmdBuffer();
+        m().queue().InitializeXcvrCmdBuffer();
         st.loop.advance(1000);
         if (st.serial()) st.serial()->written.clear();
     }
@@ -50,7 +44,7 @@ class ModeMeter : public ::testing::Test {
     }
     QByteArray sentAfterTick() {
         st.serial()->written.clear();
-        st.loop.advance(w().XcvrCmdTimer.Interval());
+        st.loop.advance(m().queue().XcvrCmdTimer.Interval());
         return st.serial()->written;
     }
     void writeScale(const QString& name, const QStringList& lines) {
@@ -70,8 +64,8 @@ class ModeMeter : public ::testing::Test {
 
     // Declared before the station: the program's hooks point into these until it is gone.
     std::map<QString, QString> items;
-    std::unique_ptr<ModeControl> modes;
-    std::unique_ptr<SMeter> meter;
+    ModeControl* modes = nullptr;
+    SMeter* meter = nullptr;
     TestStation st;
 };
 
@@ -139,10 +133,10 @@ TEST_F(ModeMeter, FilterGroupListSendsOnlyForTheOperator) {
 }
 
 TEST_F(ModeMeter, FilterListsSendOncePerChangeAndRefuseBadText) {
-    RecordingProtocol& kw = st.record(QLatin1Char('K'));
+    Recording& kw = st.record(QLatin1Char('K'));
     bringUp("TS-2000");
     auto filterCmds = [&] {
-        m().ExecuteNextXcvrCmd();
+        m().queue().ExecuteNextXcvrCmd();
         std::vector<std::pair<int, int>> out;  // value, selector
         for (const XcvrCmd& c : kw.executed)
             if (c.theCmd == XcvrCmdFilters) out.emplace_back(c.theArg, c.theArg2);
@@ -158,8 +152,9 @@ TEST_F(ModeMeter, FilterListsSendOncePerChangeAndRefuseBadText) {
     first.Click();  // the same entry clicked again
     EXPECT_EQ(filterCmds(), (V{{2, 0}}));
 
-    m().KenwoodModelName = QStringLiteral("TS870");
+    st.p().passbands.FillFilterLists(TS870Passband());
     ComboBox& low = w().LowCutoffCombo;
+    low.Clear();
     low.AddItem(QStringLiteral("300"));
     low.AddItem(QStringLiteral("wide"));
     low.setListIndex(0);

@@ -1,7 +1,7 @@
 // The CI-V language byte for byte, through the whole program on virtual time: what goes on the wire
 // for the queue's commands, and what each kind of message on the bus does to the program's state.
 
-#include "protocols/Icom.h"
+#include "protocols/icom/Icom.h"
 #include "support/TestStation.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ protected:
         ASSERT_TRUE(st.serial() && st.serial()->isOpen());
         // A radio whose meter is polled keeps polling on: switch it off for byte-exact checks.
         st.p().config.Interrogation.setChecked(false);
-        m().InitializeXcvrCmdBuffer();
+        m().queue().InitializeXcvrCmdBuffer();
         st.loop.advance(1000);
         st.serial()->written.clear();
     }
@@ -35,7 +35,7 @@ protected:
     }
     QByteArray sentAfterTick() {
         st.serial()->written.clear();
-        st.loop.advance(st.p().main.XcvrCmdTimer.Interval());
+        st.loop.advance(st.p().module.queue().XcvrCmdTimer.Interval());
         return st.serial()->written;
     }
     KavModule& m() { return st.m(); }
@@ -44,11 +44,11 @@ protected:
 
 TEST_F(Icom, FrequencyFramesFollowTheFilterByteFlagAndRoundAwayBinaryFractions) {
     bringUp("IC-756PRO");
-    m().SetXcvrFreq(14025.5);
+    m().queue().SetXcvrFreq(14025.5);
     EXPECT_EQ(sentAfterTick(), hex("FEFE5CE0050055021400FD"));
-    m().SetXcvrFreq(7010.001);  // 7010.001 in binary is a hair below: must still give 1 Hz
+    m().queue().SetXcvrFreq(7010.001);  // 7010.001 in binary is a hair below: must still give 1 Hz
     EXPECT_EQ(sentAfterTick(), hex("FEFE5CE0050100010700FD"));
-    m().SetXcvrFreq(1296000.0);
+    m().queue().SetXcvrFreq(1296000.0);
     EXPECT_EQ(sentAfterTick(), hex("FEFE5CE0050000009612FD"));
     EXPECT_EQ(IcomFrequencyBytes(0.001, true), hex("0100000000"));
     EXPECT_EQ(IcomFrequencyBytes(9999999.999, true), hex("9999999999"));
@@ -56,16 +56,16 @@ TEST_F(Icom, FrequencyFramesFollowTheFilterByteFlagAndRoundAwayBinaryFractions) 
 
 TEST_F(Icom, OldRadioGetsFourBytesAndReportsFourBytes) {
     bringUp("IC-735");
-    m().SetXcvrFreq(14025.5);
+    m().queue().SetXcvrFreq(14025.5);
     EXPECT_EQ(sentAfterTick(), hex("FEFE04E00500550214FD"));
     radioSays(hex("FEFEE0040300550214FD"));
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 14025.5);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 14025.5);
     // A mode report of eight bytes from a radio without the filter byte: the byte is ignored.
-    const int group = m().RadioFilterGroup;
+    const int group = m().state().RadioFilterGroup;
     radioSays(hex("FEFEE004040302FD"));
-    EXPECT_EQ(m().RadioMode, 3);
-    EXPECT_EQ(m().RadioFilterGroup, group);
-    m().SetXcvrMode(1);
+    EXPECT_EQ(m().state().RadioMode, 3);
+    EXPECT_EQ(m().state().RadioFilterGroup, group);
+    m().queue().SetXcvrMode(1);
     EXPECT_EQ(sentAfterTick(), hex("FEFE04E00601FD"));
 }
 
@@ -75,15 +75,15 @@ TEST_F(Icom, EveryQueueCommandHasItsFrame) {
         std::function<void()> call;
         const char* frame;
     } cases[] = {
-        {[&] { m().SetXcvrSplit(true); }, "0F01"},   {[&] { m().SetXcvrSplit(false); }, "0F00"},
-        {[&] { m().SetXcvrDual(true); }, "07C1"},    {[&] { m().SetXcvrDual(false); }, "07C0"},
-        {[&] { m().SetXcvrVFOA(); }, "0700"},        {[&] { m().SetXcvrVFOB(); }, "0701"},
-        {[&] { m().SetXcvrVFOEqual(); }, "07A0"},    {[&] { m().SetXcvrVFOXch(); }, "07B0"},
-        {[&] { m().SetXcvrMain(); }, "07D0"},        {[&] { m().SetXcvrSub(); }, "07D1"},
-        {[&] { m().SetXcvrMainSubEqual(); }, "07B1"}, {[&] { m().SetXcvrMainSubXch(); }, "07B0"},
-        {[&] { m().SetXcvrTransmit(); }, "1C0001"},  {[&] { m().SetXcvrReceive(); }, "1C0000"},
-        {[&] { m().SetXcvrModeAndFilterGroup(3, 2); }, "060302"},
-        {[&] { m().SetXcvrFilters(1, 2); }, ""},     {[&] { m().InterrogateRadio(); }, ""},
+        {[&] { m().queue().SetXcvrSplit(true); }, "0F01"},   {[&] { m().queue().SetXcvrSplit(false); }, "0F00"},
+        {[&] { m().queue().SetXcvrDual(true); }, "07C1"},    {[&] { m().queue().SetXcvrDual(false); }, "07C0"},
+        {[&] { m().queue().SetXcvrVFOA(); }, "0700"},        {[&] { m().queue().SetXcvrVFOB(); }, "0701"},
+        {[&] { m().queue().SetXcvrVFOEqual(); }, "07A0"},    {[&] { m().queue().SetXcvrVFOXch(); }, "07B0"},
+        {[&] { m().queue().SetXcvrMain(); }, "07D0"},        {[&] { m().queue().SetXcvrSub(); }, "07D1"},
+        {[&] { m().queue().SetXcvrMainSubEqual(); }, "07B1"}, {[&] { m().queue().SetXcvrMainSubXch(); }, "07B0"},
+        {[&] { m().queue().SetXcvrTransmit(); }, "1C0001"},  {[&] { m().queue().SetXcvrReceive(); }, "1C0000"},
+        {[&] { m().queue().SetXcvrModeAndFilterGroup(3, 2); }, "060302"},
+        {[&] { m().queue().SetXcvrFilters(1, 2); }, ""},     {[&] { m().queue().InterrogateRadio(); }, ""},
     };
     for (const auto& c : cases) {
         c.call();
@@ -103,20 +103,20 @@ TEST_F(Icom, ReportsSetTheStateEchoesAndOtherRadiosDoNot) {
     // Our own request comes back from the bus: shown, but not taken as a report.
     radioSays(hex("FEFE5CE003FD"));
     EXPECT_TRUE(mon.HexDisplay.contains(QStringLiteral("FE FE 5C E0  3 FD")));
-    EXPECT_EQ(m().RadioFreq, 0);
+    EXPECT_EQ(m().state().RadioFreq, 0);
     radioSays(hex("FEFEE05C030055021400FD"));
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 14025.5);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 14025.5);
     radioSays(hex("FEFEE046030000000700FD"));  // another radio on the bus
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 14025.5);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 14025.5);
     radioSays(hex("FEFE005C000000000000FD"));  // transceive broadcast of 0 Hz
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 0);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 0);
     radioSays(hex("FEFE005C010502FD"));
-    EXPECT_EQ(m().RadioMode, 5);
-    EXPECT_EQ(m().RadioFilterGroup, 2);
+    EXPECT_EQ(m().state().RadioMode, 5);
+    EXPECT_EQ(m().state().RadioFilterGroup, 2);
     radioSays(hex("FEFEE05C040A01FD"));  // mode 10: no such mode, nothing changes
-    EXPECT_EQ(m().RadioMode, 5);
+    EXPECT_EQ(m().state().RadioMode, 5);
     double meter = -1;
-    m().hooks.UpdateSMeter = [&](double v) { meter = v; };
+    QObject::connect(&m().state(), &RadioState::meterReported, &m().state(), [&](double v) { meter = v; });
     radioSays(hex("FEFEE05C15020255FD"));
     EXPECT_DOUBLE_EQ(meter, 1.0);
     radioSays(hex("FEFEE05C15020128FD"));
@@ -125,7 +125,7 @@ TEST_F(Icom, ReportsSetTheStateEchoesAndOtherRadiosDoNot) {
 
 TEST_F(Icom, AcknowledgementPacesTheQueueAndRejectionReinterrogates) {
     bringUp("IC-756PRO");
-    for (int i = 0; i < 3; ++i) m().SetXcvrFreq(7000 + i);
+    for (int i = 0; i < 3; ++i) m().queue().SetXcvrFreq(7000 + i);
     EXPECT_EQ(sentAfterTick().size(), 11);
     // OK: the next record leaves 1 ms later instead of a whole interval.
     st.serial()->written.clear();
@@ -135,14 +135,14 @@ TEST_F(Icom, AcknowledgementPacesTheQueueAndRejectionReinterrogates) {
     // NG: the notice names the refused command, auto-repeat stops, a fresh interrogation is queued.
     st.p().main.AutoRepeatTimer.setInterval(100);
     st.p().main.AutoRepeatTimer.setEnabled(true);
-    const int before = m().XcvrCmdCount;
+    const int before = m().queue().XcvrCmdCount;
     radioSays(hex("FEFEE05CFAFD"));
     auto& reject = st.p().messages.reject;
     EXPECT_TRUE(reject.visible());
     EXPECT_EQ(reject.Command.caption(), QStringLiteral("Set Frequency"));
     EXPECT_EQ(reject.Time.caption().size(), 20);  // dd-mmm-yyyy hh:nn:ss
     EXPECT_FALSE(st.p().main.AutoRepeatTimer.Enabled());
-    EXPECT_EQ(m().XcvrCmdCount, before + 4);
+    EXPECT_EQ(m().queue().XcvrCmdCount, before + 4);
 }
 
 TEST_F(Icom, FilterGroupsFollowTheRadiosThirdPosition) {
@@ -162,11 +162,11 @@ TEST_F(Icom, FilterGroupsFollowTheRadiosThirdPosition) {
     EXPECT_EQ(st.p().main.FilterGroupCombo.ListCount(), 3);
     // A mode command uses the group remembered for the mode, and the display follows at once.
     st.p().config.Interrogation.setChecked(false);
-    m().InitializeXcvrCmdBuffer();
+    m().queue().InitializeXcvrCmdBuffer();
     st.p().config.ModeFiltersEnabledCheck.setChecked(true);
-    m().SetXcvrMode(3);
+    m().queue().SetXcvrMode(3);
     EXPECT_EQ(sentAfterTick(), hex("FEFE5CE0060303FD"));
-    EXPECT_EQ(m().RadioMode, 3);
+    EXPECT_EQ(m().state().RadioMode, 3);
     EXPECT_EQ(st.p().main.FilterGroupCombo.text(), QStringLiteral("Normal"));
 }
 
@@ -178,11 +178,11 @@ TEST_F(Icom, AddressesInBothRadixesAndTheDefaultFillsOnlyAnEmptyOrZeroField) {
     st.selectRadio(QStringLiteral("IC-775"));
     EXPECT_EQ(st.p().config.Address.text(), QStringLiteral("70"));  // the operator's value survives
     ASSERT_TRUE(m().ValidID());
-    EXPECT_EQ(m().RadioAddress, QByteArray("\x70"));
+    EXPECT_EQ(m().radio().RadioAddress, QByteArray("\x70"));
     // Lower-case hexadecimal passes the check but reads wrong: kept as the radios' own tools have it.
     st.p().config.Address.setText(QStringLiteral("5c"));
     EXPECT_TRUE(m().ValidID());
-    EXPECT_NE(m().RadioAddress, QByteArray("\x5C"));
+    EXPECT_NE(m().radio().RadioAddress, QByteArray("\x5C"));
     st.p().config.Address.setText(QStringLiteral("1FF"));
     EXPECT_FALSE(m().ValidID());
     EXPECT_TRUE(st.dialogs.boxTexts().contains(
@@ -200,15 +200,15 @@ TEST_F(Icom, AddressesInBothRadixesAndTheDefaultFillsOnlyAnEmptyOrZeroField) {
 
 TEST_F(Icom, ChangingRadioDropsQueuedRecordsAndTheInitialCommandGoesFirst) {
     bringUp("IC-756PRO");
-    m().SetXcvrFreq(3500);
+    m().queue().SetXcvrFreq(3500);
     st.p().config.InitialXcvrCommand.setText(QStringLiteral("FE"));
     st.selectRadio(QStringLiteral("IC-775"));
     st.serial()->written.clear();
-    st.loop.advance(st.p().main.XcvrCmdTimer.Interval());
+    st.loop.advance(st.p().module.queue().XcvrCmdTimer.Interval());
     EXPECT_EQ(st.serial()->written, hex("FE"));  // the raw byte, and no frequency for the old radio
     st.p().config.InitialXcvrCommand.setText(QStringLiteral("'PS1;"));
     st.selectRadio(QStringLiteral("TS-2000"));
-    st.loop.advance(st.p().main.XcvrCmdTimer.Interval());
+    st.loop.advance(st.p().module.queue().XcvrCmdTimer.Interval());
     EXPECT_TRUE(st.serial()->written.endsWith("PS1;"));
     EXPECT_FALSE(st.serial()->written.contains(hex("05")));
 }

@@ -2,7 +2,8 @@
 // it decides, the strings of the queue's commands, the status and meter replies, the reply chain, and a
 // decoder that survives whatever the line carries.
 
-#include "protocols/Kenwood.h"
+#include "protocols/kenwood/Kenwood.h"
+#include "protocols/kenwood/KenwoodPassband.h"
 #include "support/TestStation.h"
 
 #include <gtest/gtest.h>
@@ -35,12 +36,22 @@ protected:
         ASSERT_TRUE(st.start());
         ASSERT_TRUE(st.serial() && st.serial()->isOpen());
         EXPECT_TRUE(st.serial()->written.startsWith("ID;ID;"));
-        kw().onFillFilterLists = [this](const QString& model) { filled << model; };
-        kw().onLoadSMeterData = [this](const QString& file) { meterFile = file; };
-        kw().onFilterReply = [this](const QByteArray& letters) { filterReplies << QString::fromLatin1(letters); };
-        m().hooks.UpdateSMeter = [this](double v) { meter = v; };
+        RadioState& s = m().state();
+        QObject::connect(&s, &RadioState::passbandModelChosen, &s, [this](const PassbandModel* p) {
+            if (p) filled << (p == TS2000Passband() ? "TS2000" : p == TS570Passband() ? "TS570" : "TS870");
+        });
+        QObject::connect(&s, &RadioState::identified, &s, [this](const RadioIdentity& who) {
+            if (!who.meterFile.isEmpty()) meterFile = who.meterFile;
+        });
+        // What the lists were told, by the letters of the reply that told it.
+        QObject::connect(&s, &RadioState::passbandTextReported, &s, [this](int list, const QString&) {
+            filterReplies << (list == FilterWidth || list == FilterLowCut ? "FW" : "IS");
+        });
+        QObject::connect(&s, &RadioState::passbandCodeReported, &s,
+                         [this](int list, int) { filterReplies << (list == FilterLowCut ? "SL" : "SH"); });
+        QObject::connect(&s, &RadioState::meterReported, &s, [this](double v) { meter = v; });
         st.p().config.Interrogation.setChecked(false);
-        m().InitializeXcvrCmdBuffer();
+        m().queue().InitializeXcvrCmdBuffer();
         st.loop.advance(1000);
         if (id) radioSays(id);
         st.serial()->written.clear();
@@ -53,12 +64,13 @@ protected:
     }
     QByteArray sentAfterTick() {
         st.serial()->written.clear();
-        st.loop.advance(st.p().main.XcvrCmdTimer.Interval());
+        st.loop.advance(st.p().module.queue().XcvrCmdTimer.Interval());
         return st.serial()->written;
     }
     KavModule& m() { return st.m(); }
-    KenwoodProtocol& kw() { return st.p().kenwood; }
-    bool catalogueMeter() { return m().radio()->sMeter; }
+    KenwoodProtocol& kw() { return *dynamic_cast<KenwoodProtocol*>(m().radio().protocol()); }
+    bool catalogueMeter() { return kw().model() && kw().model()->sMeter; }
+    QString modelName() { return kw().model() ? QString::fromLatin1(kw().model()->modelName) : QString(); }
 
     TestStation st;
     QStringList filled, filterReplies;
@@ -87,13 +99,13 @@ TEST(KenwoodModes, EncoderAndDecoderAreDeliberatelyNotInverses) {
 
 TEST_F(Kenwood, IdentificationOfAKnownModelTurnsOnItsMeterListsAndAutoInformation) {
     bringUp();
-    EXPECT_EQ(m().RadioDisplayName, QStringLiteral("Kenwood (model unknown)"));
-    m().CurrentVFO = 1;
+    EXPECT_EQ(m().state().RadioDisplayName, QStringLiteral("Kenwood (model unknown)"));
+    m().state().CurrentVFO = 1;
     EXPECT_EQ(radioSays("ID019;"), QByteArray("AI1;FR0;FT0;"));
-    EXPECT_EQ(m().KenwoodModelId, 19);
-    EXPECT_EQ(m().KenwoodModelName, QStringLiteral("TS2000"));
-    EXPECT_EQ(m().RadioDisplayName, QStringLiteral("Kenwood TS-2000"));
-    EXPECT_EQ(m().CurrentVFO, 0);
+    EXPECT_EQ(kw().modelId(), 19);
+    EXPECT_EQ(modelName(), QStringLiteral("TS2000"));
+    EXPECT_EQ(m().state().RadioDisplayName, QStringLiteral("Kenwood TS-2000"));
+    EXPECT_EQ(m().state().CurrentVFO, 0);
     EXPECT_TRUE(catalogueMeter());
     EXPECT_FALSE(st.p().main.SMeterDummy.visible());
     EXPECT_EQ(filled, QStringList{QStringLiteral("TS2000")});
@@ -101,7 +113,7 @@ TEST_F(Kenwood, IdentificationOfAKnownModelTurnsOnItsMeterListsAndAutoInformatio
     EXPECT_TRUE(st.log().contains(QStringLiteral("Kenwood model ID: 019")));
     // Both TS-570 variants share one scale file.
     EXPECT_EQ(radioSays("ID018;"), QByteArray("AI1;FR0;FT0;"));
-    EXPECT_EQ(m().RadioDisplayName, QStringLiteral("Kenwood TS-570S"));
+    EXPECT_EQ(m().state().RadioDisplayName, QStringLiteral("Kenwood TS-570S"));
     EXPECT_EQ(meterFile, QStringLiteral("TS-570D"));
     // A meter model without passband lists.
     filled.clear();
@@ -117,8 +129,8 @@ TEST_F(Kenwood, UnknownAndOldModels) {
     w.ModeSel[8].setVisible(false);
     meterFile = QStringLiteral("untouched");
     EXPECT_EQ(radioSays("ID007;"), QByteArray("FR0;FT0;"));
-    EXPECT_EQ(m().RadioDisplayName, QStringLiteral("Kenwood 007"));
-    EXPECT_TRUE(m().KenwoodModelName.isEmpty());
+    EXPECT_EQ(m().state().RadioDisplayName, QStringLiteral("Kenwood 007"));
+    EXPECT_TRUE(modelName().isEmpty());
     EXPECT_FALSE(catalogueMeter());  // the catalogue said yes; the radio's own answer wins
     EXPECT_TRUE(w.SMeterDummy.visible());
     EXPECT_EQ(meterFile, QStringLiteral("untouched"));
@@ -127,141 +139,141 @@ TEST_F(Kenwood, UnknownAndOldModels) {
 
     // The oldest radios: the literal "N0;", then one VFO select command and "SP" for split.
     EXPECT_EQ(radioSays("ID004;"), QByteArray("N0;"));
-    EXPECT_EQ(m().RadioDisplayName, QStringLiteral("Kenwood TS-440S"));
-    m().SetXcvrVFOB();
+    EXPECT_EQ(m().state().RadioDisplayName, QStringLiteral("Kenwood TS-440S"));
+    m().queue().SetXcvrVFOB();
     EXPECT_EQ(sentAfterTick(), QByteArray("FN1;"));
-    m().SetXcvrVFOA();
-    m().SetXcvrSplit(true);
+    m().queue().SetXcvrVFOA();
+    m().queue().SetXcvrSplit(true);
     EXPECT_EQ(sentAfterTick(), QByteArray("FN0;SP1;"));
     // Not numeric: the model stays as it was, and the failure is reported under the decoder's name.
     EXPECT_TRUE(radioSays("IDx1;").isEmpty());
-    EXPECT_EQ(m().KenwoodModelId, 0);
-    EXPECT_EQ(m().RadioDisplayName, QStringLiteral("Kenwood TS-440S"));
+    EXPECT_EQ(kw().modelId(), 0);
+    EXPECT_EQ(m().state().RadioDisplayName, QStringLiteral("Kenwood TS-440S"));
     EXPECT_TRUE(st.log().contains(QStringLiteral("KavModule.DecodeKenwoodMessage")));
 }
 
 TEST_F(Kenwood, QueueCommandsLeaveAsTheirStringsInOneBurst) {
     bringUp("ID019;");
-    m().RadioFreq = 7010.001;
+    m().state().RadioFreq = 7010.001;
     const struct {
         std::function<void()> call;
         const char* sent;
     } cases[] = {
-        {[&] { m().SetXcvrSplit(true); }, "FR0;FT1;"},
-        {[&] { m().SetXcvrSplit(false); }, "FT0;FR0;"},
-        {[&] { m().CurrentVFO = 1; m().SetXcvrSplit(true); }, "FR1;FT0;"},
-        {[&] { m().SetXcvrSplit(false); }, "FT1;FR1;"},
-        {[&] { m().SetXcvrFreq(14025.5); }, "FB00014025500;"},
-        {[&] { m().SetXcvrSBFreq(21000.001); }, "FB00021000001;"},
-        {[&] { m().SetXcvrVFOA(); m().SetXcvrVFOB(); }, "FR0;FT0;FR1;FT1;"},
-        {[&] { m().SetXcvrTransmit(); m().SetXcvrReceive(); }, "TX;RX;"},
-        {[&] { m().SetXcvrMode(ModePKT); m().SetXcvrMode(ModeWBFM); }, "MD2;MD4;"},
-        {[&] { m().SetXcvrDual(true); m().SetXcvrMain(); m().SetXcvrMainSubXch(); }, ""},
+        {[&] { m().queue().SetXcvrSplit(true); }, "FR0;FT1;"},
+        {[&] { m().queue().SetXcvrSplit(false); }, "FT0;FR0;"},
+        {[&] { m().state().CurrentVFO = 1; m().queue().SetXcvrSplit(true); }, "FR1;FT0;"},
+        {[&] { m().queue().SetXcvrSplit(false); }, "FT1;FR1;"},
+        {[&] { m().queue().SetXcvrFreq(14025.5); }, "FB00014025500;"},
+        {[&] { m().queue().SetXcvrSBFreq(21000.001); }, "FB00021000001;"},
+        {[&] { m().queue().SetXcvrVFOA(); m().queue().SetXcvrVFOB(); }, "FR0;FT0;FR1;FT1;"},
+        {[&] { m().queue().SetXcvrTransmit(); m().queue().SetXcvrReceive(); }, "TX;RX;"},
+        {[&] { m().queue().SetXcvrMode(ModePKT); m().queue().SetXcvrMode(ModeWBFM); }, "MD2;MD4;"},
+        {[&] { m().queue().SetXcvrDual(true); m().queue().SetXcvrMain(); m().queue().SetXcvrMainSubXch(); }, ""},
     };
     for (const auto& c : cases) {
         c.call();
         EXPECT_EQ(sentAfterTick(), QByteArray(c.sent)) << c.sent;
     }
-    EXPECT_DOUBLE_EQ(m().VFOBFreq, 21000.001);
+    EXPECT_DOUBLE_EQ(m().state().VFOBFreq, 21000.001);
     // The requests leave at once, past the queue.
     st.serial()->written.clear();
-    m().CurrentVFO = 1;
-    m().RequestFrequency();
-    m().CurrentVFO = 0;
-    m().RequestFrequency();
-    m().RequestMode();
+    m().state().CurrentVFO = 1;
+    m().queue().RequestFrequency();
+    m().state().CurrentVFO = 0;
+    m().queue().RequestFrequency();
+    m().queue().RequestMode();
     EXPECT_EQ(st.serial()->written, QByteArray("FB;FA;MD;"));
     // Equal and exchange are made of frequency and mode commands; the program swaps its own copies.
-    m().CurrentVFO = 0;
-    m().VFOAFreq = 3500;
-    m().VFOAMode = ModeCW;
-    m().VFOBFreq = 14200;
-    m().VFOBMode = ModeUSB;
-    m().SetXcvrVFOXch();
+    m().state().CurrentVFO = 0;
+    m().state().VFOAFreq = 3500;
+    m().state().VFOAMode = ModeCW;
+    m().state().VFOBFreq = 14200;
+    m().state().VFOBMode = ModeUSB;
+    m().queue().SetXcvrVFOXch();
     EXPECT_EQ(sentAfterTick(), QByteArray("MD2;FA00014200000;FB00003500000;"));
-    EXPECT_DOUBLE_EQ(m().VFOAFreq, 14200);
-    EXPECT_EQ(m().VFOBMode, ModeCW);
-    m().RadioFreq = 7010.001;
-    m().SetXcvrVFOEqual();
+    EXPECT_DOUBLE_EQ(m().state().VFOAFreq, 14200);
+    EXPECT_EQ(m().state().VFOBMode, ModeCW);
+    m().state().RadioFreq = 7010.001;
+    m().queue().SetXcvrVFOEqual();
     EXPECT_EQ(sentAfterTick(), QByteArray("FA00007010001;FB00007010001;"));
 }
 
 TEST_F(Kenwood, PacketGoesOutAsUsbAndTheStatusReplyShowsUsbWithoutAnEcho) {
     bringUp("ID019;");
-    m().SetXcvrMode(ModePKT);
+    m().queue().SetXcvrMode(ModePKT);
     EXPECT_EQ(sentAfterTick(), QByteArray("MD2;"));
-    EXPECT_EQ(m().RadioMode, ModePKT);
+    EXPECT_EQ(m().state().RadioMode, ModePKT);
     EXPECT_TRUE(radioSays(ifReply(14070000, '2', '0')).isEmpty());
-    EXPECT_EQ(m().RadioMode, ModeUSB);
+    EXPECT_EQ(m().state().RadioMode, ModeUSB);
     EXPECT_TRUE(st.p().main.ModeSel[ModeUSB].value());
     // The radio's split and mode, set into the controls, don't go back to it as commands.
     EXPECT_TRUE(radioSays(ifReply(14070000, '3', '0', '1')).isEmpty());
     EXPECT_TRUE(st.p().main.SplitBox.checked());
-    EXPECT_EQ(m().RadioMode, ModeCW);
+    EXPECT_EQ(m().state().RadioMode, ModeCW);
     EXPECT_TRUE(sentAfterTick().isEmpty());
     EXPECT_TRUE(radioSays(ifReply(14070000, '3', '0', '0')).isEmpty());
     EXPECT_FALSE(st.p().main.SplitBox.checked());
     EXPECT_TRUE(sentAfterTick().isEmpty());
-    EXPECT_EQ(m().XcvrCmdCount, 0);
+    EXPECT_EQ(m().queue().XcvrCmdCount, 0);
 }
 
 TEST_F(Kenwood, StatusAndVfoReplies) {
     bringUp("ID019;");
     radioSays(ifReply(7025000, '1', '1'));
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 7025);
-    EXPECT_DOUBLE_EQ(m().VFOBFreq, 7025);
-    EXPECT_EQ(m().VFOBMode, ModeLSB);
-    EXPECT_EQ(m().CurrentVFO, 1);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 7025);
+    EXPECT_DOUBLE_EQ(m().state().VFOBFreq, 7025);
+    EXPECT_EQ(m().state().VFOBMode, ModeLSB);
+    EXPECT_EQ(m().state().CurrentVFO, 1);
     radioSays(ifReply(14025500, '2', '0'));
-    EXPECT_DOUBLE_EQ(m().VFOAFreq, 14025.5);
-    EXPECT_EQ(m().VFOAMode, ModeUSB);
+    EXPECT_DOUBLE_EQ(m().state().VFOAFreq, 14025.5);
+    EXPECT_EQ(m().state().VFOAMode, ModeUSB);
     // On a memory channel: the display moves, neither VFO does.
     radioSays(ifReply(3573000, '7', '2'));
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 3573);
-    EXPECT_EQ(m().RadioMode, ModeCWR);
-    EXPECT_EQ(m().CurrentVFO, 2);
-    EXPECT_DOUBLE_EQ(m().VFOAFreq, 14025.5);
-    EXPECT_DOUBLE_EQ(m().VFOBFreq, 7025);
-    EXPECT_EQ(m().VFOAMode, ModeUSB);
-    EXPECT_EQ(m().VFOBMode, ModeLSB);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 3573);
+    EXPECT_EQ(m().state().RadioMode, ModeCWR);
+    EXPECT_EQ(m().state().CurrentVFO, 2);
+    EXPECT_DOUBLE_EQ(m().state().VFOAFreq, 14025.5);
+    EXPECT_DOUBLE_EQ(m().state().VFOBFreq, 7025);
+    EXPECT_EQ(m().state().VFOAMode, ModeUSB);
+    EXPECT_EQ(m().state().VFOBMode, ModeLSB);
     // FA and FB only note the VFO; FR selects; MD reports the mode; lower-case letters count too.
     radioSays("FA00010100000;fb00018100000;FR1;");
-    EXPECT_DOUBLE_EQ(m().VFOAFreq, 10100);
-    EXPECT_DOUBLE_EQ(m().VFOBFreq, 18100);
-    EXPECT_EQ(m().CurrentVFO, 1);
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 3573);
+    EXPECT_DOUBLE_EQ(m().state().VFOAFreq, 10100);
+    EXPECT_DOUBLE_EQ(m().state().VFOBFreq, 18100);
+    EXPECT_EQ(m().state().CurrentVFO, 1);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 3573);
     radioSays("MD8;");
-    EXPECT_EQ(m().RadioMode, ModeCW);
-    EXPECT_EQ(m().VFOBMode, ModeLSB);
+    EXPECT_EQ(m().state().RadioMode, ModeCW);
+    EXPECT_EQ(m().state().VFOBMode, ModeLSB);
     // Refusals and replies of no interest change nothing.
     radioSays("?;FT1;LK0;RM10000;");
-    EXPECT_EQ(m().CurrentVFO, 1);
+    EXPECT_EQ(m().state().CurrentVFO, 1);
     // A non-numeric frequency abandons the message before anything moved.
     radioSays("IF0001402x000;");
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 3573);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 3573);
     EXPECT_TRUE(st.log().contains(QStringLiteral("KavModule.DecodeKenwoodMessage")));
 }
 
 TEST_F(Kenwood, PassbandValuesByModel) {
     bringUp("ID017;");
-    m().SetXcvrFilters(-300, 6);
-    m().SetXcvrFilters(300, 6);
-    m().SetXcvrFilters(7, 3);
-    m().SetXcvrFilters(12, 4);
-    m().SetXcvrFilters(500, 5);
+    m().queue().SetXcvrFilters(-300, 6);
+    m().queue().SetXcvrFilters(300, 6);
+    m().queue().SetXcvrFilters(7, 3);
+    m().queue().SetXcvrFilters(12, 4);
+    m().queue().SetXcvrFilters(500, 5);
     EXPECT_EQ(sentAfterTick(), QByteArray("IS-0300;IS 0300;SH07;SL12;FW0500;"));
     radioSays("ID019;");
-    m().SetXcvrFilters(-300, 6);
-    m().SetXcvrFilters(5, 3);
+    m().queue().SetXcvrFilters(-300, 6);
+    m().queue().SetXcvrFilters(5, 3);
     EXPECT_EQ(sentAfterTick(), QByteArray("IS -0300;SH05;"));
     radioSays("ID015;");
-    m().SetXcvrFilters(2400, 3);
-    m().SetXcvrFilters(30, 4);
-    m().SetXcvrFilters(50, 5);
-    m().SetXcvrFilters(800, 6);
+    m().queue().SetXcvrFilters(2400, 3);
+    m().queue().SetXcvrFilters(30, 4);
+    m().queue().SetXcvrFilters(50, 5);
+    m().queue().SetXcvrFilters(800, 6);
     EXPECT_EQ(sentAfterTick(), QByteArray("IS 2400;FW0030;FW0050;IS 0800;"));
     radioSays("ID010;");
-    m().SetXcvrFilters(2400, 3);
+    m().queue().SetXcvrFilters(2400, 3);
     EXPECT_TRUE(sentAfterTick().isEmpty());
 }
 
@@ -357,8 +369,8 @@ TEST_F(Kenwood, DecoderSurvivesNoiseAndTruncation) {
     // Still decoding afterwards.
     radioSays("ID019;");
     radioSays(ifReply(21074000, '2', '0'));
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 21074);
-    EXPECT_EQ(m().KenwoodModelName, QStringLiteral("TS2000"));
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 21074);
+    EXPECT_EQ(modelName(), QStringLiteral("TS2000"));
 }
 
 }  // namespace

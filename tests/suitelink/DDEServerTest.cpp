@@ -31,7 +31,7 @@ protected:
     void startWith(const QString& radio) {
         ASSERT_TRUE(st.start());
         st.selectRadio(radio);
-        m().InitializeXcvrCmdBuffer();
+        m().queue().InitializeXcvrCmdBuffer();
     }
     bool send(const QString& command) {
         const auto r = bus->send(kServer, command);
@@ -41,14 +41,14 @@ protected:
     // The queued commands, oldest first, as their names.
     QStringList queued() {
         QStringList out;
-        int i = m().XcvrCmdHead;
-        for (int n = 0; n < m().XcvrCmdCount; ++n) {
-            out << CommandName(m().XcvrCmdBuffer[size_t(i)].theCmd);
-            if (++i > KavModule::kBufferSlots) i = 1;
+        int i = m().queue().XcvrCmdHead;
+        for (int n = 0; n < m().queue().XcvrCmdCount; ++n) {
+            out << CommandName(m().queue().XcvrCmdBuffer[size_t(i)].theCmd);
+            if (++i > CommandQueue::kBufferSlots) i = 1;
         }
         return out;
     }
-    const XcvrCmd& lastQueued() { return m().XcvrCmdBuffer[size_t(m().XcvrCmdTail == 1 ? 256 : m().XcvrCmdTail - 1)]; }
+    const XcvrCmd& lastQueued() { return m().queue().XcvrCmdBuffer[size_t(m().queue().XcvrCmdTail == 1 ? 256 : m().queue().XcvrCmdTail - 1)]; }
     KavModule& m() { return st.m(); }
     KavMain& w() { return st.p().main; }
 
@@ -78,14 +78,14 @@ TEST_F(SuiteServer, VerbsMatchAsPrefixesAndWhatIsNotUnderstoodIsRefused) {
     EXPECT_TRUE(queued().isEmpty());
     EXPECT_TRUE(send(QStringLiteral("001QSY14025.5")));
     EXPECT_EQ(queued(), QStringList{CommandName(XcvrCmdFreq)});
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 14025.5);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 14025.5);
 }
 
 TEST_F(SuiteServer, ATuneByRecordSendsModeFirstEndsSplitAndDualAndTellsTheItems) {
     startWith(QStringLiteral("IC-756PRO"));
     w().DualBox.setChecked(true);
     w().SplitBox.setChecked(true);
-    m().InitializeXcvrCmdBuffer();
+    m().queue().InitializeXcvrCmdBuffer();
     ASSERT_TRUE(send(QStringLiteral("001xcvrfreqmode<xcvrfreq:8>14025.50<xcvrmode:2>cw<eor>")));
     // The box shows the string as received first; the display logic may then format the tuned value.
     const QStringList shown = bus->publishedValues(kUI, QStringLiteral("FreqDisplay"));
@@ -107,7 +107,7 @@ TEST_F(SuiteServer, ATuneByRecordSendsModeFirstEndsSplitAndDualAndTellsTheItems)
 
     // An unknown mode is chosen by frequency; an empty record tunes to 0 in LSB.
     auto modeOf = [&](const QString& record) {
-        m().InitializeXcvrCmdBuffer();
+        m().queue().InitializeXcvrCmdBuffer();
         EXPECT_TRUE(send(QStringLiteral("001xcvrfreqmode") + record));
         return bus->read(kServer, QStringLiteral("RadioMode"));
     };
@@ -116,7 +116,7 @@ TEST_F(SuiteServer, ATuneByRecordSendsModeFirstEndsSplitAndDualAndTellsTheItems)
     EXPECT_EQ(modeOf(QStringLiteral("<f:4>7010<m:3>usb<eor>")), QStringLiteral("USB"));
     EXPECT_EQ(modeOf(QString()), QStringLiteral("LSB"));
     EXPECT_EQ(bus->read(kServer, QStringLiteral("Mode")), QStringLiteral("SSB"));
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 0);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 0);
     EXPECT_EQ(queued().count(CommandName(XcvrCmdFreq)), 1);
 }
 
@@ -126,13 +126,13 @@ TEST_F(SuiteServer, AModeCommandWritesTheNameAsAskedAndARadioReportTheLogName) {
     EXPECT_EQ(bus->read(kServer, QStringLiteral("Mode")), QStringLiteral("CW-R"));
     EXPECT_EQ(lastQueued().theCmd, XcvrCmdMode);
     EXPECT_EQ(lastQueued().theMode, ModeCWR);
-    m().UpdateXcvrMode(ModeCWR);
+    m().state().UpdateXcvrMode(ModeCWR);
     EXPECT_EQ(bus->read(kServer, QStringLiteral("Mode")), QStringLiteral("CW"));
     EXPECT_EQ(bus->read(kServer, QStringLiteral("RadioMode")), QStringLiteral("CW-R"));
-    m().UpdateXcvrMode(ModeUnknown);
+    m().state().UpdateXcvrMode(ModeUnknown);
     EXPECT_EQ(bus->read(kServer, QStringLiteral("RadioMode")), QStringLiteral("CW-R"));
     // A repeated report isn't news for the linked clients.
-    m().UpdateXcvrMode(ModeCWR);
+    m().state().UpdateXcvrMode(ModeCWR);
     EXPECT_EQ(bus->publishedValues(kServer, QStringLiteral("RadioMode")).size(), 1);
     EXPECT_TRUE(bus->read(kServer, QStringLiteral("NoSuchItem")).isNull());
 }
@@ -150,13 +150,13 @@ TEST_F(SuiteServer, SplitTurnsSplitAndDualOnOnlyWhereTheRadioHasThem) {
     EXPECT_EQ(q.mid(q.size() - 2), QStringList({CommandName(XcvrCmdSplit), CommandName(XcvrCmdDual)}));
 
     st.selectRadio(QStringLiteral("FT817"));  // no split, no bridge
-    m().InitializeXcvrCmdBuffer();
+    m().queue().InitializeXcvrCmdBuffer();
     EXPECT_TRUE(send(QStringLiteral("001split14100")));
     EXPECT_TRUE(queued().isEmpty()) << queued().join(QLatin1Char(',')).toStdString();
 
     st.selectRadio(QStringLiteral("PEGASUS"));
     w().SplitBox.setVisible(false);
-    m().InitializeXcvrCmdBuffer();
+    m().queue().InitializeXcvrCmdBuffer();
     EXPECT_TRUE(send(QStringLiteral("001split14100")));
     EXPECT_EQ(queued(), QStringList{CommandName(XcvrCmdSBFreq)});
 }
@@ -168,7 +168,7 @@ TEST_F(SuiteServer, KeyingAndSequencesGoWhereTheWindowsSendThem) {
     EXPECT_EQ(lastQueued().theArg, 1);
     ASSERT_TRUE(send(QStringLiteral("006receive")));
     EXPECT_EQ(lastQueued().theArg, 0);
-    m().InitializeXcvrCmdBuffer();
+    m().queue().InitializeXcvrCmdBuffer();
     ASSERT_TRUE(send(QStringLiteral("006xcvrcommand<WAIT>")));
     EXPECT_EQ(queued(), QStringList{CommandName(XcvrCmdWait)});
     // A sequence that doesn't exist is the sequence runner's failure, not the server's.

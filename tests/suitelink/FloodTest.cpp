@@ -19,23 +19,23 @@ TEST(SuiteFlood, AHundredThousandCommandsLeaveTheProgramWorking) {
     st.onCreate = [&](Program& p) { bus = dynamic_cast<FakeSuiteBus*>(&p.suiteBus); };
     ASSERT_TRUE(st.start());
     ASSERT_NE(bus, nullptr);
-    st.m().InitializeXcvrCmdBuffer();
+    st.m().queue().InitializeXcvrCmdBuffer();
     int accepted = 0;
     for (int i = 0; i < 100000; ++i) {
         // Every 1000 commands the loop gets a turn: ticks drain the queue meanwhile, as they would.
         if (bus->send(QStringLiteral("DDEServer"), QStringLiteral("001qsy%1").arg(7000 + i % 300)).value_or(false))
             ++accepted;
         if (i % 1000 == 999) st.loop.advance(1);
-        ASSERT_LE(st.m().XcvrCmdCount, KavModule::kBufferSlots);
+        ASSERT_LE(st.m().queue().XcvrCmdCount, CommandQueue::kBufferSlots);
     }
     EXPECT_EQ(accepted, 100000);
     const int boxes = int(st.dialogs.shown.size());
     EXPECT_GT(boxes, 90000);
     EXPECT_EQ(st.log().count(QStringLiteral("transceiver command buffer overflow")), boxes);
     // Afterwards the radio is commanded as usual.
-    st.m().InitializeXcvrCmdBuffer();
+    st.m().queue().InitializeXcvrCmdBuffer();
     st.serial()->written.clear();
-    st.m().SetXcvrFreq(14025.5);
+    st.m().queue().SetXcvrFreq(14025.5);
     st.loop.advance(1000);
     EXPECT_TRUE(st.serial()->written.contains("FA00014025500;"));
     EXPECT_TRUE(bus->send(QStringLiteral("DDEServer"), QStringLiteral("000test")).value_or(false));

@@ -45,7 +45,7 @@ bool TestStation::start() {
         devices.push_back(d.get());
         return d;
     });
-    for (auto& [letter, proto] : protocols) program->module.setProtocol(letter, proto.get());
+    for (auto& [letter, rec] : recordings) wrap(letter, *rec);
     if (onCreate) onCreate(*program);
     const bool ok = program->FormLoad();
     loop.runPosted();
@@ -81,11 +81,15 @@ void TestStation::selectRadio(const QString& name) {
     loop.runPosted();
 }
 
-RecordingProtocol& TestStation::record(QChar supplier) {
-    auto& slot = protocols[supplier];
-    if (!slot) slot = std::make_unique<RecordingProtocol>();
-    if (program) program->module.setProtocol(supplier, slot.get());
+Recording& TestStation::record(QChar supplier) {
+    auto& slot = recordings[supplier];
+    if (!slot) {
+        slot = std::make_unique<Recording>();
+        if (program) wrap(supplier, *slot);
+    }
     return *slot;
 }
+
+void TestStation::wrap(QChar supplier, Recording& rec) { recordFamily(program->module.radio(), supplier, rec); }
 
 }  // namespace tv::test

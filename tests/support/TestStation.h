@@ -3,6 +3,7 @@
 // loop, scripted dialogs, in-memory serial devices, and the program built from them.
 
 #include "app/Program.h"
+#include "coresupport/Recording.h"
 #include "support/QtPrinters.h"
 #include "platform/Dialogs.h"
 #include "platform/FakeSerialDevice.h"
@@ -17,21 +18,6 @@ namespace tv::test {
 
 // A few radios of each supplier, enough for the core's tests.
 extern const char* const kTestCatalogue;
-
-// A protocol that records what the queue asks of it.
-class RecordingProtocol : public Protocol {
-public:
-    void Execute(const XcvrCmd& cmd) override { executed.push_back(cmd); }
-    int InterrogationStep(int phase) override {
-        steps.push_back(phase);
-        return phase >= 3 ? 0 : phase + 1;
-    }
-    void RequestFrequency() override { ++frequencyRequests; }
-    void RequestMode() override { ++modeRequests; }
-    std::vector<XcvrCmd> executed;
-    std::vector<int> steps;
-    int frequencyRequests = 0, modeRequests = 0;
-};
 
 class TestStation {
 public:
@@ -57,8 +43,8 @@ public:
     FakeSerialDevice* serial() const { return devices.empty() ? nullptr : devices.back(); }
     // Selects a catalogue radio as the operator would and brings it up.
     void selectRadio(const QString& name);
-    // Registers a recording protocol for a supplier letter and returns it.
-    RecordingProtocol& record(QChar supplier);
+    // Records what the queue asks of a supplier letter's family instead of sending it.
+    Recording& record(QChar supplier);
 
     QTemporaryDir dir;
     QString configDir, appDir;
@@ -66,7 +52,10 @@ public:
     ScriptedDialogs dialogs;
     std::vector<FakeSerialDevice*> devices;
     std::unique_ptr<Program> program;
-    std::map<QChar, std::unique_ptr<RecordingProtocol>> protocols;
+    std::map<QChar, std::unique_ptr<Recording>> recordings;
+
+private:
+    void wrap(QChar supplier, Recording& rec);
 };
 
 }  // namespace tv::test

@@ -20,7 +20,7 @@ protected:
         st.preset(G, QStringLiteral("Interrogate"), QStringLiteral("F"));
         st.preset(G, QStringLiteral("RadioId"), QStringLiteral("5C"));
         ASSERT_TRUE(st.start());
-        m().InitializeXcvrCmdBuffer();
+        m().queue().InitializeXcvrCmdBuffer();
     }
     KavModule& m() { return st.m(); }
     KavMain& w() { return st.p().main; }
@@ -74,11 +74,11 @@ TEST_F(Handlers, TheWindowKeepsItsSizeAndGrowsForTheSequenceButtons) {
 TEST_F(Handlers, XfcListensToTheOtherVfoWhileHeld) {
     w().XFCCmd.mouseDown(kLeftButton, 0, 0, 0);
     EXPECT_TRUE(st.p().mainLogic.xfcHeld());
-    EXPECT_EQ(m().XcvrCmdCount, 5);  // exchange, then Wait, frequency, Wait, mode
+    EXPECT_EQ(m().queue().XcvrCmdCount, 5);  // exchange, then Wait, frequency, Wait, mode
     w().XFCCmd.mouseUp(kLeftButton, 0, 0, 0);
     EXPECT_FALSE(st.p().mainLogic.xfcHeld());
-    EXPECT_EQ(m().XcvrCmdCount, 10);
-    EXPECT_EQ(m().XcvrCmdBuffer[6].theCmd, XcvrCmdVFOXch);
+    EXPECT_EQ(m().queue().XcvrCmdCount, 10);
+    EXPECT_EQ(m().queue().XcvrCmdBuffer[6].theCmd, XcvrCmdVFOXch);
 }
 
 TEST_F(Handlers, ConfigurationFieldsStoreOnlyWhenTheOperatorChangesThem) {
@@ -130,7 +130,7 @@ TEST_F(Handlers, TheProgramsChoiceOfRadioDoesNotBringItUpAgainButTheOperatorsDoe
     c().RadioCombo.keyPress(enter);
     EXPECT_EQ(enter, 0);
     EXPECT_EQ(starts(), before + 1);
-    EXPECT_EQ(m().GetRadioModelName(), QStringLiteral("Kenwood (model unknown)"));
+    EXPECT_EQ(m().state().RadioDisplayName, QStringLiteral("Kenwood (model unknown)"));
 }
 
 TEST_F(Handlers, PortOptionsActOnlyWhileTheWindowIsShownAndLinesFollowTheirButtons) {
@@ -143,7 +143,7 @@ TEST_F(Handlers, PortOptionsActOnlyWhileTheWindowIsShownAndLinesFollowTheirButto
     EXPECT_EQ(st.serial()->path(), QStringLiteral("/dev/ttyUSB1"));
     c().DTRButton[1].userClick();
     EXPECT_TRUE(st.serial()->dtr);
-    EXPECT_EQ(m().GetDTRControl(), 1);
+    EXPECT_EQ(m().port().DTRControl, 1);
     c().RTSButton[3].userClick();
     EXPECT_TRUE(st.serial()->rtsCts);
     c().Speed[3].userClick();

@@ -28,7 +28,7 @@ TEST(SerialLink, PortBusyAndOtherFailuresSayWhyInCaptionAndBox) {
         st.serial()->failOpenWith = 8005;
         st.serial()->failOpenText = QStringLiteral("Device or resource busy");
         st.dialogs.shown.clear();
-        st.m().SelectCommPort(1);
+        st.m().port().SelectCommPort(1);
         EXPECT_FALSE(st.p().comm.PortOpened());
         EXPECT_TRUE(st.p().main.caption().contains(QStringLiteral(" - selected Com port already in use")));
         ASSERT_EQ(st.dialogs.shown.size(), 1u);
@@ -40,12 +40,12 @@ TEST(SerialLink, PortBusyAndOtherFailuresSayWhyInCaptionAndBox) {
         TestStation st;
         st.preset(G, QStringLiteral("Radio"), QStringLiteral("TS-2000"));
         ASSERT_TRUE(st.start());
-        st.m().SelectCommPort(3);  // makes the device
+        st.m().port().SelectCommPort(3);  // makes the device
         ASSERT_NE(st.serial(), nullptr);
         st.serial()->failOpenWith = 8015;
         st.serial()->failOpenText = QStringLiteral("Permission denied");
         st.dialogs.shown.clear();
-        st.m().SelectCommPort(3);
+        st.m().port().SelectCommPort(3);
         EXPECT_FALSE(st.p().comm.PortOpened());
         EXPECT_TRUE(st.p().main.caption().contains(
             QStringLiteral(" - selected Com port failed to open: Permission denied")));
@@ -55,7 +55,7 @@ TEST(SerialLink, PortBusyAndOtherFailuresSayWhyInCaptionAndBox) {
         EXPECT_TRUE(st.log().contains(QStringLiteral(" (8015), port = 3, settings = 9600,n,8,2")));
         // A closed port swallows writes without a word, and polling goes on harmlessly.
         const auto boxes = st.dialogs.shown.size();
-        st.m().SendCommand(QByteArray("FA;"));
+        st.m().link().SendCommand(QByteArray("FA;"));
         st.loop.advance(2000);
         EXPECT_TRUE(st.serial()->written.isEmpty());
         EXPECT_EQ(st.dialogs.shown.size(), boxes);
@@ -83,7 +83,7 @@ TEST(SerialLink, ChosenParametersReachTheDeviceWithOneAndAHalfStopBitsAsOne) {
     // Choosing a speed in the window reopens the port and stores the choice; during load it wouldn't.
     st.p().config.Show();
     st.p().config.Speed[8].setValue(true);
-    st.m().SelectPortSpeed(8);
+    st.m().port().SelectPortSpeed(8);
     EXPECT_EQ(st.serial()->lastSettings.baud, 57600);
     st.loop.runPosted();
     EXPECT_EQ(st.stored(G, QStringLiteral("CommSpeed")), QStringLiteral("57600"));
@@ -106,10 +106,10 @@ TEST(SerialLink, PttByModemLinesKeysAheadOfTheQueue) {
     EXPECT_FALSE(dev->dtr);
 
     // Flow control comes only from a later RTS choice, never from opening.
-    st.m().SetRTSControl(3);
+    st.m().port().RTSControl = 3;
     st.p().comm.ConfigureRTS(3);
     EXPECT_TRUE(dev->rtsCts);
-    st.m().SelectCommPort(1);
+    st.m().port().SelectCommPort(1);
     EXPECT_FALSE(dev->rtsCts);
 }
 
@@ -121,14 +121,14 @@ TEST(SerialLink, DeviceWithoutModemLinesIsLoggedOnceAndStillWorks) {
     auto* dev = st.serial();
     ASSERT_NE(dev, nullptr);
     dev->modemLinesSupported = false;  // as a pseudo-terminal
-    st.m().SelectCommPort(1);
+    st.m().port().SelectCommPort(1);
     for (int i = 0; i < 3; ++i) {
         st.p().comm.Transmit();
         st.p().comm.Receive();
     }
     EXPECT_TRUE(st.p().comm.PortOpened());
     EXPECT_EQ(st.log().count(QStringLiteral("has no modem lines")), 1);
-    st.m().SendCommand(QByteArray("IF;"));
+    st.m().link().SendCommand(QByteArray("IF;"));
     EXPECT_TRUE(dev->written.endsWith("IF;"));
 }
 
@@ -145,10 +145,10 @@ TEST(SerialLink, UnpluggedAdapterIsReportedAndLaterWritesVanish) {
     EXPECT_TRUE(st.log().contains(QStringLiteral("KavComm.CommError: ")));
     const auto before = dev->written.size();
     st.loop.advance(3000);  // polling goes on against a closed port
-    st.m().SendCommand(QByteArray("FA;"));
+    st.m().link().SendCommand(QByteArray("FA;"));
     EXPECT_EQ(dev->written.size(), before);
     // Choosing the port again brings the link back.
-    st.m().SelectCommPort(1);
+    st.m().port().SelectCommPort(1);
     EXPECT_TRUE(st.p().comm.PortOpened());
     EXPECT_FALSE(st.p().main.caption().contains(QStringLiteral("was lost")));
 }
@@ -167,9 +167,9 @@ TEST(SerialLink, SentFramesAreCapturedForTextRadiosButNotForTheEchoingBus) {
     ASSERT_TRUE(st.start());
     auto& mon = st.p().messages;
     mon.ClearMessageDisplay();
-    const int counter = st.m().MessageCounter;
-    st.m().SendCommand(QByteArray("FA;"));
-    EXPECT_EQ(st.m().MessageCounter, counter + 1);
+    const int counter = st.m().link().MessageCounter;
+    st.m().link().SendCommand(QByteArray("FA;"));
+    EXPECT_EQ(st.m().link().MessageCounter, counter + 1);
     EXPECT_TRUE(mon.DecimalDisplay.endsWith(QStringLiteral(": 070 065 059 \r\n")));
     EXPECT_TRUE(mon.HexDisplay.endsWith(QStringLiteral(": 46 41 3B \r\n")));
     EXPECT_TRUE(mon.AsciiDisplay.endsWith(QStringLiteral(": FA;\r\n")));
@@ -178,7 +178,7 @@ TEST(SerialLink, SentFramesAreCapturedForTextRadiosButNotForTheEchoingBus) {
     // A CI-V radio's bus echoes the frame, so sending shows nothing; the debug log has both images.
     st.selectRadio(QStringLiteral("IC-756PRO"));
     mon.ClearMessageDisplay();
-    st.m().SendCommand(QByteArray("\xFE\xFE\x5C\xE0\x03\xFD", 6));
+    st.m().link().SendCommand(QByteArray("\xFE\xFE\x5C\xE0\x03\xFD", 6));
     EXPECT_TRUE(mon.DecimalDisplay.isEmpty());
     // Hexadecimal digits are right-aligned in two places: 3 is " 3".
     EXPECT_TRUE(st.log().contains(QStringLiteral("KavModule.SendCommand: Hex = FE FE 5C E0  3 FD ")));
@@ -193,7 +193,7 @@ TEST(SerialLink, FullMonitorStopsCaptureAndDropsTheLine) {
     auto& mon = st.p().messages;
     mon.ClearMessageDisplay();
     mon.AppendToMessageDisplay(QString(32001, QLatin1Char('x')), 0);
-    st.m().SendCommand(QByteArray("FA;"));
+    st.m().link().SendCommand(QByteArray("FA;"));
     EXPECT_FALSE(mon.CaptureEnabled.checked());
     EXPECT_TRUE(mon.overflow.visible());
     EXPECT_EQ(mon.DecimalDisplay.size(), 32001);

@@ -18,8 +18,8 @@ protected:
         st.preset(G, QStringLiteral("CommPort"), QString::fromLatin1(port));
         st.preset(G, QStringLiteral("Interrogate"), QStringLiteral("F"));
         ASSERT_TRUE(st.start());
-        m().hooks.UpdateFreqDisplay = [this] { ++displayUpdates; };
-        m().InitializeXcvrCmdBuffer();
+        QObject::connect(&m().state(), &tv::RadioState::frequencyChanged, &m().state(), [this] { ++displayUpdates; });
+        m().queue().InitializeXcvrCmdBuffer();
     }
     KavModule& m() { return st.m(); }
     TestStation st;
@@ -28,59 +28,60 @@ protected:
 
 TEST_F(RadioState, EqualReportsCostNothingAndUnknownModesChangeNothing) {
     start("TS-2000");
-    m().UpdateRadioFreq(7010);
-    m().UpdateRadioFreq(7010);
+    m().state().UpdateRadioFreq(7010);
+    m().state().UpdateRadioFreq(7010);
     EXPECT_EQ(displayUpdates, 1);
     QStringList items;
-    m().hooks.ItemChanged = [&](const QString& n, const QString& v) { items << n + QLatin1Char('=') + v; };
-    m().UpdateXcvrMode(7);
+    QObject::connect(&m().state(), &tv::RadioState::itemChanged, &m().state(),
+                     [&](const QString& n, const QString& v) { items << n + QLatin1Char('=') + v; });
+    m().state().UpdateXcvrMode(7);
     EXPECT_EQ(items, (QStringList{QStringLiteral("Mode=CW"), QStringLiteral("RadioMode=CW-R")}));
     EXPECT_TRUE(st.p().main.ModeSel[7].value());
     EXPECT_EQ(st.p().main.ModeFrame.caption(), QStringLiteral("Mode: CW-R"));
     // The option is set under its flag, so its handler doesn't send the report back as a command.
     bool flagSeen = false;
     st.p().main.ModeSel[1].Click = [&] { flagSeen = m().ControlFlag(FlagModeSel); };
-    m().UpdateXcvrMode(1);
+    m().state().UpdateXcvrMode(1);
     EXPECT_TRUE(flagSeen);
     EXPECT_FALSE(m().ControlFlag(FlagModeSel));
-    m().UpdateXcvrMode(10);
-    m().UpdateXcvrMode(-1);
-    EXPECT_EQ(m().RadioMode, 1);
+    m().state().UpdateXcvrMode(10);
+    m().state().UpdateXcvrMode(-1);
+    EXPECT_EQ(m().state().RadioMode, 1);
     EXPECT_EQ(st.p().main.ModeFrame.caption(), QStringLiteral("Mode: USB"));
 }
 
 TEST_F(RadioState, TuningStopsAtTheTopAndTheNextStepDownWorks) {
     start("TS-2000");
-    m().UpdateRadioFreq(999999.98);
-    m().AdjustRadioFreq(0.01);
-    EXPECT_EQ(m().XcvrCmdCount, 1);  // exactly 999999.99 is allowed
-    m().AdjustRadioFreq(0.02);
-    EXPECT_EQ(m().XcvrCmdCount, 1);
-    m().AdjustRadioFreq(-0.01);
-    EXPECT_EQ(m().XcvrCmdCount, 2);
-    EXPECT_DOUBLE_EQ(m().RadioFreq, 999999.98);
-    m().SetXcvrFreq(-1);
-    EXPECT_EQ(m().XcvrCmdCount, 2);
+    m().state().UpdateRadioFreq(999999.98);
+    m().queue().AdjustRadioFreq(0.01);
+    EXPECT_EQ(m().queue().XcvrCmdCount, 1);  // exactly 999999.99 is allowed
+    m().queue().AdjustRadioFreq(0.02);
+    EXPECT_EQ(m().queue().XcvrCmdCount, 1);
+    m().queue().AdjustRadioFreq(-0.01);
+    EXPECT_EQ(m().queue().XcvrCmdCount, 2);
+    EXPECT_DOUBLE_EQ(m().state().RadioFreq, 999999.98);
+    m().queue().SetXcvrFreq(-1);
+    EXPECT_EQ(m().queue().XcvrCmdCount, 2);
 }
 
 TEST_F(RadioState, TheSubReceiverComesBeforeTheVfos) {
     start("IC-775");  // main/sub and VFO select both
-    m().SelectSecondary();
-    m().SelectPrimary();
-    ASSERT_EQ(m().XcvrCmdCount, 2);
-    EXPECT_EQ(m().XcvrCmdBuffer[1].theCmd, XcvrCmdSub);
-    EXPECT_EQ(m().XcvrCmdBuffer[2].theCmd, XcvrCmdMain);
+    m().queue().SelectSecondary();
+    m().queue().SelectPrimary();
+    ASSERT_EQ(m().queue().XcvrCmdCount, 2);
+    EXPECT_EQ(m().queue().XcvrCmdBuffer[1].theCmd, XcvrCmdSub);
+    EXPECT_EQ(m().queue().XcvrCmdBuffer[2].theCmd, XcvrCmdMain);
     st.selectRadio(QStringLiteral("TS-2000"));
-    m().InitializeXcvrCmdBuffer();
-    m().SelectSecondary();
-    EXPECT_EQ(m().XcvrCmdBuffer[1].theCmd, XcvrCmdVFOB);
+    m().queue().InitializeXcvrCmdBuffer();
+    m().queue().SelectSecondary();
+    EXPECT_EQ(m().queue().XcvrCmdBuffer[1].theCmd, XcvrCmdVFOB);
 }
 
 TEST_F(RadioState, TheCaptionTellsTheStateOfLinkRadioAndLog) {
     start("IC-756PRO");
     const QString head = QStringLiteral("Tolvane %1").arg(st.p().common.info().version());
     st.p().main.FreqDisplay.setText(QStringLiteral("14,025.50"));
-    m().UpdateXcvrMode(3);
+    m().state().UpdateXcvrMode(3);
     st.p().main.SplitBox.setChecked(true);
     m().UpdateCaption();
     EXPECT_EQ(st.p().main.caption(), head + QStringLiteral(" [Icom IC-756PRO] @ 12:00:00Z 14,025.50 CW Split"));
@@ -99,7 +100,7 @@ TEST_F(RadioState, TheCaptionTellsTheStateOfLinkRadioAndLog) {
     // A small Yaesu that stopped answering shows as offline.
     m().SetCommCaption(QString());
     st.selectRadio(QStringLiteral("FT817"));
-    m().YaesuResponding = false;
+    m().state().Responding = false;
     m().UpdateCaption();
     EXPECT_TRUE(st.p().main.caption().startsWith(head + QStringLiteral(" [Yaesu FT817 - offline] ")));
     // A console radio whose console isn't running.

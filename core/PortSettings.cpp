@@ -1,11 +1,13 @@
 // The port parameters: read from the store at start-up, chosen in the configuration window, and
 // handed to the link. Port numbers 1 to 8 name device paths through the settings.
 
-#include "core/KavModule.h"
-#include "platform/EventLoop.h"
+#include "core/PortSettings.h"
 
+#include "core/CommandQueue.h"
+#include "core/KavComm.h"
+#include "core/RadioLink.h"
+#include "core/SelectedRadio.h"
 #include "forms/KavConfig.h"
-#include "forms/KavMain.h"
 #include "platform/Dialogs.h"
 #include "platform/SettingsStore.h"
 #include "services/Common.h"
@@ -20,28 +22,32 @@ long captionNumber(const QString& caption) { return caption.trimmed().toLong(); 
 QString firstChar(const QString& s) { return s.trimmed().left(1); }
 }  // namespace
 
-QString KavModule::CommPortDevicePath(int port) const {
-    return settings().GetSetting(kGeneral, QStringLiteral("CommPortDevice%1").arg(port),
+PortSettings::PortSettings(Common& common, KavConfig& config, KavComm& comm, SelectedRadio& radio, RadioLink& link,
+                           CommandQueue& queue)
+    : common_(common), config_(config), comm_(comm), radio_(radio), link_(link), queue_(queue) {}
+
+QString PortSettings::CommPortDevicePath(int port) const {
+    return common_.settings().GetSetting(kGeneral, QStringLiteral("CommPortDevice%1").arg(port),
                                  QStringLiteral("/dev/ttyUSB%1").arg(port - 1));
 }
 
-void KavModule::InitializeCommPort() {
+void PortSettings::InitializeCommPort() {
     Guard("KavModule.InitializeCommPort", [&] {
-        auto& s = settings();
+        auto& s = common_.settings();
         const QString portText = s.GetSetting(kGeneral, QStringLiteral("CommPort"), QString()).trimmed();
         bool ok = true;
         const int port = portText.isEmpty() ? 0 : portText.toInt(&ok);
         if (ok && port == 0) {
             CommPortNumber = 0;
-            CommCaption = QStringLiteral(" [no Com port selected]");
+            if (setCaption) setCaption(QStringLiteral(" [no Com port selected]"));
         } else if (ok && port >= 1 && port <= 8) {
             CommPortNumber = port;
             config_.CommPort[port].setValue(true);
-            CommCaption.clear();
+            if (setCaption) setCaption(QString());
         } else {
             CommPortNumber = 0;
-            CommCaption = QStringLiteral(" [no Com port selected]");
-            dialogs().messageBox(QStringLiteral("previously saved Com port is invalid; select a valid one"),
+            if (setCaption) setCaption(QStringLiteral(" [no Com port selected]"));
+            common_.dialogs().messageBox(QStringLiteral("previously saved Com port is invalid; select a valid one"),
                                  common_.info().title);
         }
 
@@ -58,7 +64,7 @@ void KavModule::InitializeCommPort() {
             CommSpeed = std::int32_t(speed);
         } else {
             CommSpeed = 9600;
-            dialogs().messageBox(
+            common_.dialogs().messageBox(
                 QStringLiteral("previously saved Com Speed is invalid; using default of ") + QStringLiteral("9600"),
                 common_.info().title);
             for (int i = 1; i <= 6; ++i)
@@ -85,11 +91,11 @@ void KavModule::InitializeCommPort() {
     });
 }
 
-void KavModule::ConfigureCommPort() {
+void PortSettings::ConfigureCommPort() {
     Guard("KavModule.ConfigureCommPort", [&] {
-        if (radio() && !radio()->serialPort) return;
-        if (ControlFlag(FlagCommPort)) return;
-        auto& s = settings();
+        if (radio_.info() && !radio_.info()->serialPort) return;
+        if (held && held()) return;
+        auto& s = common_.settings();
         s.SaveSetting(kGeneral, QStringLiteral("CommPort"), QString::number(CommPortNumber));
         s.SaveSetting(kGeneral, QStringLiteral("CommSpeed"), QString::number(CommSpeed));
         s.SaveSetting(kGeneral, QStringLiteral("CommStopBits"), QString::number(CommStopBits));
@@ -105,20 +111,20 @@ void KavModule::ConfigureCommPort() {
         const QString word = firstChar(selectedCaption(config_.WordLength));
         const QString stop = firstChar(selectedCaption(config_.StopBits));
         comm_.OpenPort(CommPortNumber, CommSpeed, parity, word, stop, DTRControl, RTSControl);
-        RcvCount = 0;
+        link_.RcvCount = 0;
         comm_.EnableCommRXEvents();
     });
 }
 
-void KavModule::SelectCommPort(int index) {
+void PortSettings::SelectCommPort(int index) {
     Guard("KavModule.SelectCommPort", [&] {
         CommPortNumber = index;
         ConfigureCommPort();
-        if (comm_.PortOpened()) InterrogateRadio();
+        if (comm_.PortOpened()) queue_.InterrogateRadio();
     });
 }
 
-void KavModule::SelectPortSpeed(int index) {
+void PortSettings::SelectPortSpeed(int index) {
     Guard("KavModule.SelectPortSpeed", [&] {
         if (!config_.visible()) return;
         CommSpeed = std::int32_t(captionNumber(config_.Speed[index].caption()));
@@ -126,55 +132,22 @@ void KavModule::SelectPortSpeed(int index) {
     });
 }
 
-void KavModule::SelectPortWordLength(int index) {
+void PortSettings::SelectPortWordLength(int index) {
     if (!config_.visible()) return;
     CommWordLength = index;
     ConfigureCommPort();
 }
 
-void KavModule::SelectPortParity(int index) {
+void PortSettings::SelectPortParity(int index) {
     if (!config_.visible()) return;
     CommParity = QString::number(index);
     ConfigureCommPort();
 }
 
-void KavModule::SelectPortStopBits(int index) {
+void PortSettings::SelectPortStopBits(int index) {
     if (!config_.visible()) return;
     CommStopBits = index;
     ConfigureCommPort();
-}
-
-void KavModule::SendCommand(const QByteArray& text) {
-    Guard("KavModule.SendCommand", [&] {
-        const QChar s = GetRadioSupplier();
-        auto decImage = [&] {
-            QString d;
-            for (char ch : text) d += QStringLiteral("%1 ").arg(int(std::uint8_t(ch)), 3, 10, QLatin1Char('0'));
-            return d;
-        };
-        auto hexImage = [&] {
-            QString h;
-            for (char ch : text)
-                h += QStringLiteral("%1 ").arg(QString::number(int(std::uint8_t(ch)), 16).toUpper(), 2);
-            return h;
-        };
-        if (s == QLatin1Char('I') || s == QLatin1Char('T')) {
-            // A CI-V bus echoes every frame back into the receive path, which shows it in the monitor.
-            if (common_.DebugEnabled()) {
-                common_.DebugLog(QStringLiteral("KavModule.SendCommand: Hex = ") + hexImage());
-                common_.DebugLog(QStringLiteral("KavModule.SendCommand: Dec = ") + decImage());
-            }
-        } else if (s == QLatin1Char('Y') || s == QLatin1Char('K') || s == QLatin1Char('N')) {
-            ++MessageCounter;
-            if (captureEnabled()) {
-                const QString prefix = QStringLiteral("%1@%2: ")
-                                           .arg(MessageCounter, 4, 10, QLatin1Char('0'))
-                                           .arg(loop().localNow().toString(QStringLiteral("hhmm.ss")));
-                DisplayLine(prefix, decImage(), hexImage(), QString::fromLatin1(text));
-            }
-        }
-        comm_.WritePort(text);
-    });
 }
 
 }  // namespace tv

@@ -24,8 +24,7 @@ protected:
     }
     int filterCommands() {
         int n = 0;
-        for (int i = 0, slot = st.m().XcvrCmdHead; i < st.m().XcvrCmdCount; ++i, slot = slot % 256 + 1)
-            if (st.m().XcvrCmdBuffer[size_t(slot)].theCmd == XcvrCmdFilters) ++n;
+        for (const XcvrCmd& c : st.m().queue().queued()) n += c.theCmd == XcvrCmdFilters;
         return n;
     }
     KavMain& w() { return st.p().main; }
@@ -34,7 +33,7 @@ protected:
 
 TEST_F(KenwoodFilterLists, TheModeDecidesWhichListsShowAndWhatTheWidthListHolds) {
     start("ID019;");
-    ASSERT_EQ(st.m().KenwoodModelName, QStringLiteral("TS2000"));
+    ASSERT_EQ(st.m().state().RadioDisplayName, QStringLiteral("Kenwood TS-2000"));
     EXPECT_EQ(w().ShiftCombo.ListCount(), 13);  // 400 to 1000 by 50
     radio("MD1;");
     EXPECT_TRUE(w().HighCutoffCombo.visible());
@@ -45,7 +44,7 @@ TEST_F(KenwoodFilterLists, TheModeDecidesWhichListsShowAndWhatTheWidthListHolds)
     EXPECT_TRUE(w().ShiftCombo.visible());
     EXPECT_EQ(w().WidthCombo.ListCount(), 11);
     // A width read from the radio goes into the list and is not sent back.
-    st.m().InitializeXcvrCmdBuffer();
+    st.m().queue().InitializeXcvrCmdBuffer();
     radio("FW0500;");
     EXPECT_EQ(w().WidthCombo.text(), QStringLiteral("500"));
     EXPECT_EQ(filterCommands(), 0);
@@ -61,7 +60,7 @@ TEST_F(KenwoodFilterLists, TheModeDecidesWhichListsShowAndWhatTheWidthListHolds)
 
 TEST_F(KenwoodFilterLists, TheTs570ShowsShiftInSidebandAndRoundsItToTheList) {
     start("ID018;");
-    ASSERT_EQ(st.m().KenwoodModelName, QStringLiteral("TS570"));
+    ASSERT_EQ(st.m().state().RadioDisplayName, QStringLiteral("Kenwood TS-570S"));
     radio("MD2;");
     radio("MD1;");
     EXPECT_TRUE(w().ShiftCombo.visible());
@@ -77,7 +76,7 @@ TEST_F(KenwoodFilterLists, TheTs570ShowsShiftInSidebandAndRoundsItToTheList) {
 
 TEST_F(KenwoodFilterLists, ATs870RefillsTheWidthListOnEveryModeChange) {
     start("ID015;");
-    ASSERT_EQ(st.m().KenwoodModelName, QStringLiteral("TS870"));
+    ASSERT_EQ(st.m().state().RadioDisplayName, QStringLiteral("Kenwood TS-870S"));
     radio("MD3;");
     w().WidthCombo.AddItem(QStringLiteral("stray"));
     radio("MD7;");  // CW to CW-R: the same layout, laid out again

@@ -15,9 +15,9 @@ const QString G = QStringLiteral("General");
 TEST(Startup, FirstStartWithAnEmptyStoreSelectsNothingAndSendsNothing) {
     TestStation st;
     ASSERT_TRUE(st.start());
-    EXPECT_EQ(st.m().RadioIndex, -1);
+    EXPECT_EQ(st.m().radio().RadioIndex, -1);
     EXPECT_TRUE(st.p().main.caption().contains(QStringLiteral(" [no Com port selected]")));
-    EXPECT_EQ(st.p().main.XcvrCmdTimer.Interval(), 200);
+    EXPECT_EQ(st.p().module.queue().XcvrCmdTimer.Interval(), 200);
     EXPECT_TRUE(st.p().main.ClockTimer.Enabled());
     st.loop.advance(5000);
     EXPECT_TRUE(st.devices.empty());  // no port was even opened
@@ -46,8 +46,8 @@ TEST(Startup, ShutdownWritesTheSettingsAndASecondStartReadsThemBack) {
     TestStation st;
     ASSERT_TRUE(st.start());
     st.p().config.PollInterval.setText(QStringLiteral("350"));
-    st.m().SetDTRControl(2);
-    st.m().SetRTSControl(3);
+    st.m().port().DTRControl = 2;
+    st.m().port().RTSControl = 3;
     st.p().config.DebugCheck.setChecked(true);
     st.stop();
     EXPECT_EQ(st.stored(G, QStringLiteral("InterrogateInterval")), QStringLiteral("350"));
@@ -59,7 +59,7 @@ TEST(Startup, ShutdownWritesTheSettingsAndASecondStartReadsThemBack) {
 
     ASSERT_TRUE(st.start());
     EXPECT_EQ(st.p().config.PollInterval.text(), QStringLiteral("350"));
-    EXPECT_EQ(st.p().main.XcvrCmdTimer.Interval(), 350);
+    EXPECT_EQ(st.p().module.queue().XcvrCmdTimer.Interval(), 350);
     EXPECT_TRUE(st.p().config.DTRButton[2].value());
     EXPECT_TRUE(st.p().config.RTSButton[3].value());
     EXPECT_TRUE(st.p().config.DebugCheck.checked());
@@ -70,7 +70,7 @@ TEST(Startup, StoredRadioThatLeftTheCatalogueSelectsNothingAndIsKept) {
     TestStation st;
     st.preset(G, QStringLiteral("Radio"), QStringLiteral("IC-9999"));
     ASSERT_TRUE(st.start());
-    EXPECT_EQ(st.m().RadioIndex, -1);
+    EXPECT_EQ(st.m().radio().RadioIndex, -1);
     st.stop();
     EXPECT_EQ(st.stored(G, QStringLiteral("Radio")), QStringLiteral("IC-9999"));
 }
@@ -81,7 +81,7 @@ TEST(Startup, StoredRadioIsBroughtUpAndItsPortOpened) {
     st.preset(G, QStringLiteral("CommPort"), QStringLiteral("3"));
     st.preset(G, QStringLiteral("CommPortDevice3"), QStringLiteral("/dev/pts/77"));
     ASSERT_TRUE(st.start());
-    ASSERT_GE(st.m().RadioIndex, 0);
+    ASSERT_GE(st.m().radio().RadioIndex, 0);
     EXPECT_EQ(st.p().config.RadioCombo.text(), QStringLiteral("TS-2000"));
     ASSERT_NE(st.serial(), nullptr);
     EXPECT_TRUE(st.serial()->isOpen());
@@ -106,8 +106,8 @@ TEST(Startup, BadStoredPortSpeedAndIntervalGetTheirReactions) {
     EXPECT_TRUE(boxes.contains(QStringLiteral("previously saved Com Speed is invalid; using default of 9600")));
     EXPECT_TRUE(st.p().main.caption().contains(QStringLiteral(" [no Com port selected]")));
     EXPECT_TRUE(st.p().config.Speed[2].value());
-    EXPECT_EQ(st.m().CommSpeed, 9600);
-    EXPECT_EQ(st.p().main.XcvrCmdTimer.Interval(), 200);
+    EXPECT_EQ(st.m().port().CommSpeed, 9600);
+    EXPECT_EQ(st.p().module.queue().XcvrCmdTimer.Interval(), 200);
     EXPECT_TRUE(st.p().config.StopBits[3].value());
     // Nothing is stored about the port until the operator chooses one.
     st.loop.runPosted();

@@ -1,0 +1,103 @@
+#pragma once
+// The command queue and its scheduler: one circular buffer that every radio command passes through,
+// drained by one timer, which polls the radio when there is nothing to send. Buttons, tuning, memories,
+// sequences and the suite link call the SetXcvr* operations; only the scheduler touches the radio.
+
+#include "core/XcvrCmd.h"
+#include "forms/Controls.h"
+
+#include <QString>
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+
+namespace tv {
+
+class Common;
+class CoreView;
+class RadioLink;
+class RadioState;
+class SelectedRadio;
+struct UpperHooks;
+
+class CommandQueue {
+public:
+    static constexpr int kBufferSlots = 256;
+    static constexpr int kMinPollInterval = 50;       // ms: the fastest regular tick
+    static constexpr int kMaxPollInterval = 60000;    // ms
+    static constexpr int kDefaultPollInterval = 200;  // ms, when the text gives no number
+    // After an acknowledgement the next record leaves this soon.
+    static constexpr std::chrono::milliseconds kAcceleratedInterval{1};
+
+    CommandQueue(Common& common, SelectedRadio& radio, RadioState& state, RadioLink& link, CoreView& view,
+                 UpperHooks& hooks);
+
+    Timer XcvrCmdTimer;
+
+    // ---- the buffer ----
+    void EnqueueXcvrCmd(std::int16_t theCmd, double theFreq = 0, std::int16_t theMode = 0, std::int16_t theArg = 0,
+                        std::int16_t theArg2 = 0, const QString& theRawCmd = QString());
+    // Drops what is queued and starts polling from its first step.
+    void InitializeXcvrCmdBuffer();
+    int count() const { return XcvrCmdCount; }
+    // The queued records, oldest first.
+    std::vector<XcvrCmd> queued() const;
+
+    // ---- what may be asked of the radio ----
+    void SetXcvrFreq(double freq);
+    void SetXcvrSBFreq(double freq);
+    void StepXcvrFreq(bool up);
+    void SetXcvrMode(int mode);
+    void SetXcvrModeAndFilterGroup(int mode, int group);
+    void SetXcvrFilterGroup(int group);
+    void SetXcvrFilters(int arg, int arg2);
+    void SetXcvrSplit(bool on);
+    void SetXcvrDual(bool on);
+    void SetXcvrVFOA();
+    void SetXcvrVFOB();
+    void SetXcvrVFOEqual();
+    void SetXcvrVFOXch();
+    void SetXcvrMain();
+    void SetXcvrSub();
+    void SetXcvrMainSubEqual();
+    void SetXcvrMainSubXch();
+    void SetXcvrSwitchVFOs();
+    void SetXcvrWait();
+    void SetXcvrTransmit();
+    void SetXcvrReceive();
+    void SetXcvrRaw(const QString& text);
+    void SetXcvrstring(const QString& text);
+    void InterrogateRadio();
+    // The frequency moved by delta kHz, within what a radio can show.
+    void AdjustRadioFreq(double delta);
+    // The second receiver (sub, or VFO B) and back.
+    void SelectSecondary();
+    void SelectPrimary();
+
+    // ---- the scheduler ----
+    void SetXcvrCmdTimerInterval();
+    void AccelerateNextXcvrCmd();
+    void ExecuteNextXcvrCmd();
+    // The frequency and mode requests, at once, past the queue.
+    void RequestFrequency();
+    void RequestMode();
+
+    int XcvrCmdHead = 1, XcvrCmdTail = 1, XcvrCmdCount = 0;
+    int InterrogationPhase = 0;
+    std::array<XcvrCmd, kBufferSlots + 1> XcvrCmdBuffer{};  // slot 0 unused
+    QString LastCommandName;
+
+private:
+    void executeRaw(const XcvrCmd& cmd);
+    void reportTickFailure(const XcvrCmd& cmd, int number, const QString& description);
+
+    Common& common_;
+    SelectedRadio& radio_;
+    RadioState& state_;
+    RadioLink& link_;
+    CoreView& view_;
+    UpperHooks& hooks_;
+};
+
+}  // namespace tv

@@ -1,0 +1,35 @@
+#pragma once
+// What the core reads of the windows at the moment of use, and the few things it shows there. The
+// program's windows implement it; a test of the core alone implements it with plain values.
+
+#include <QString>
+
+namespace tv {
+
+class CoreView {
+public:
+    virtual ~CoreView() = default;
+
+    // ---- settings the operator may change at any time ----
+    virtual QString pollIntervalText() const = 0;
+    virtual QString addressText() const = 0;
+    virtual void clearAddress() = 0;
+    virtual bool decimalRadix() const = 0;
+    virtual bool interrogationEnabled() const = 0;
+    virtual bool modeFiltersEnabled() const = 0;
+
+    // ---- the message monitor ----
+    virtual bool captureEnabled() const = 0;
+    virtual void DisplayLine(const QString& prefix, const QString& decimalLine, const QString& hexLine,
+                             const QString& asciiLine) = 0;
+    // The operator's note waiting to go between two messages; false when none.
+    virtual bool takePendingNote(QString* text) = 0;
+    // The monitor's caption tells which reply is awaited ("" when none is).
+    virtual void showAwaitedReply(const QString& text) = 0;
+
+    // ---- the main window ----
+    // Bytes arrived while the port was not ours.
+    virtual void showPortUnavailable() = 0;
+};
+
+}  // namespace tv

@@ -1,0 +1,34 @@
+#include "protocols/Families.h"
+
+#include "core/SelectedRadio.h"
+#include "protocols/icom/Icom.h"
+#include "protocols/kenwood/Kenwood.h"
+#include "protocols/sdrconsole/SdrConsole.h"
+#include "protocols/tentec/TenTec.h"
+#include "protocols/yaesu/Yaesu.h"
+
+namespace tv {
+
+void registerFamilies(SelectedRadio& radio) {
+    radio.registerFamily(QLatin1Char('I'), [](ProtocolContext& c, const RadioInfo& r) {
+        return std::make_unique<IcomProtocol>(c, r, kIcomDialect);
+    });
+    radio.registerFamily(QLatin1Char('T'), [](ProtocolContext& c, const RadioInfo& r) {
+        return std::make_unique<IcomProtocol>(c, r, kTenTecCivDialect);
+    });
+    auto lastKenwoodId = std::make_shared<int>(0);
+    radio.registerFamily(QLatin1Char('K'), [lastKenwoodId](ProtocolContext& c, const RadioInfo& r) {
+        return std::make_unique<KenwoodProtocol>(c, r, lastKenwoodId);
+    });
+    radio.registerFamily(QLatin1Char('Y'), [](ProtocolContext& c, const RadioInfo& r) {
+        return std::make_unique<YaesuProtocol>(c, r);
+    });
+    radio.registerFamily(QLatin1Char('N'), [](ProtocolContext& c, const RadioInfo& r) {
+        return std::make_unique<TenTecProtocol>(c, r);
+    });
+    radio.registerFamily(QLatin1Char('F'), [](ProtocolContext& c, const RadioInfo&) {
+        return std::make_unique<SdrConsoleProtocol>(c);
+    });
+}
+
+}  // namespace tv

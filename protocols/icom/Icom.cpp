@@ -1,0 +1,202 @@
+#include "protocols/icom/Icom.h"
+
+#include "core/CommandQueue.h"
+#include "core/CoreView.h"
+#include "core/Hooks.h"
+#include "core/RadioCatalogue.h"
+#include "core/RadioLink.h"
+#include "core/RadioState.h"
+#include "core/SelectedRadio.h"
+#include "protocols/Bcd.h"
+#include "services/Common.h"
+
+#include <cmath>
+
+namespace tv {
+
+namespace {
+constexpr std::uint8_t kPreamble = 0xFE, kEnd = 0xFD, kController = 0xE0, kOK = 0xFB, kNG = 0xFA;
+
+QByteArray bytes(std::initializer_list<int> list) {
+    QByteArray b;
+    for (int v : list) b.append(char(std::uint8_t(v)));
+    return b;
+}
+}  // namespace
+
+const CivDialect kIcomDialect{"Icom ", true, InterrogationRule::ForcedWithMeter};
+const CivDialect kTenTecCivDialect{"TenTec ", false, InterrogationRule::Unchanged};
+
+QByteArray IcomFrequencyBytes(double f, bool fiveBytes) {
+    // Each step truncates after adding 0.0005 kHz, so 14025.5 isn't read as 14025.4999...
+    const auto g5 = static_cast<long long>(std::floor((f + 0.0005) / 100000));
+    f -= double(g5) * 100000;
+    const auto g4 = static_cast<long long>(std::floor((f + 0.0005) / 1000));
+    f -= double(g4) * 1000;
+    const auto g3 = static_cast<long long>(std::floor((f + 0.0005) / 10));
+    f -= double(g3) * 10;
+    const auto g2 = static_cast<long long>(std::floor((f + 0.0005) * 10));
+    f -= double(g2) / 10;
+    const auto g1 = static_cast<long long>(std::floor((f + 0.0005) * 1000));
+    QByteArray out;
+    for (long long g : {g1, g2, g3, g4}) out.append(char(BcdByte(int(g))));
+    if (fiveBytes) out.append(char(BcdByte(int(g5))));
+    return out;
+}
+
+QString FormatBCDByte(std::uint8_t value) { return QString::number(value / 16) + QString::number(value % 16); }
+
+QByteArray IcomFrame(std::uint8_t address, const QByteArray& body) {
+    QByteArray f;
+    f.append(char(kPreamble)).append(char(kPreamble)).append(char(address)).append(char(kController));
+    f.append(body).append(char(kEnd));
+    return f;
+}
+
+IcomProtocol::IcomProtocol(ProtocolContext& context, const RadioInfo& radio, const CivDialect& dialect)
+    : c_(context), radio_(radio), dialect_(dialect) {
+    traits_.framing = Framing::EndMark;
+    traits_.endMark = kEnd;
+    traits_.echoesOnBus = true;
+    traits_.addressed = true;
+    traits_.oneRecordPerTick = true;
+    traits_.secondaryFrequencyBySwitching = true;
+    traits_.asksAfterReceiverSwitch = dialect.asksAfterReceiverSwitch;
+    traits_.filterGroupsInModeCommands = true;
+    traits_.interrogation = dialect.interrogation;
+}
+
+QString IcomProtocol::DisplayName(const RadioInfo& radio) const {
+    return QString::fromLatin1(dialect_.displayPrefix) + radio.model;
+}
+
+void IcomProtocol::BringUp() { c_.hooks.InitializeIcomFilterSettings(); }
+
+void IcomProtocol::send(std::uint8_t address, const QByteArray& body) { c_.link.SendCommand(IcomFrame(address, body)); }
+
+int IcomProtocol::ModeArgument(int mode) const {
+    if (c_.view.modeFiltersEnabled()) return IcomFilterGroupIndex(c_.state.ModeFilters[size_t(mode)]);
+    return c_.state.RadioFilterGroup;
+}
+
+void IcomProtocol::Execute(const XcvrCmd& c) {
+    // Frames go to the address that was current when the command was queued.
+    const auto to = std::uint8_t(c.theRadio);
+    switch (c.theCmd) {
+        case XcvrCmdFreq: {
+            const QByteArray digits = IcomFrequencyBytes(c.theFreq, true);
+            c_.common.DebugLog(QStringLiteral("KavModule.ExecuteNextXcvrCmd SetFreq Icom, Freq = ") +
+                               QString::number(c.theFreq, 'g', 15));
+            QString shown;
+            for (int i = 4; i >= 0; --i) shown += FormatBCDByte(std::uint8_t(digits.at(i))) + QLatin1Char(' ');
+            c_.common.DebugLog(QStringLiteral("KavModule.ExecuteNextXcvrCmd SetFreq Icom, Freq digits = ") +
+                               shown.trimmed());
+            // The frame length follows FILTERBYTE, not SHORTFREQ: a four-byte radio needs both flags.
+            send(to, bytes({0x05}) + (radio_.filterByte ? digits : digits.left(4)));
+            break;
+        }
+        case XcvrCmdMode:
+            c_.state.ReportFilterGroup(c.theArg);
+            if (c.theMode >= 0) {
+                QByteArray body = bytes({0x06, c.theMode});
+                if (radio_.filterByte) body.append(char(std::uint8_t(c.theArg)));
+                send(to, body);
+            }
+            break;
+        case XcvrCmdFilterGroup:
+            c_.state.ReportFilterGroup(c.theArg);
+            if (radio_.filterByte && c.theMode >= 0) send(to, bytes({0x06, c.theMode, c.theArg}));
+            break;
+        case XcvrCmdDual: send(to, bytes({0x07, c.theArg ? 0xC1 : 0xC0})); break;
+        case XcvrCmdSplit: send(to, bytes({0x0F, c.theArg ? 0x01 : 0x00})); break;
+        case XcvrCmdVFOA: send(to, bytes({0x07, 0x00})); break;
+        case XcvrCmdVFOB: send(to, bytes({0x07, 0x01})); break;
+        case XcvrCmdVFOEqual: send(to, bytes({0x07, 0xA0})); break;
+        case XcvrCmdVFOXch:
+        case XcvrCmdMainSubXch: send(to, bytes({0x07, 0xB0})); break;
+        case XcvrCmdMain: send(to, bytes({0x07, 0xD0})); break;
+        case XcvrCmdSub: send(to, bytes({0x07, 0xD1})); break;
+        case XcvrCmdMainSubEqual: send(to, bytes({0x07, 0xB1})); break;
+        case XcvrCmdPTT: send(to, bytes({0x1C, 0x00, c.theArg ? 1 : 0})); break;
+        case XcvrCmdSBFreq: {
+            // No single frame sets the other receiver: the same steps the queue would have.
+            CommandQueue& q = c_.queue;
+            q.SelectSecondary();
+            q.SetXcvrWait();
+            q.SetXcvrMode(c_.state.RadioMode);
+            q.SetXcvrWait();
+            q.SetXcvrFreq(c.theFreq);
+            q.SetXcvrWait();
+            q.SelectPrimary();
+            q.SetXcvrWait();
+            break;
+        }
+        default: break;  // filters, ID, power, lock, step: nothing on this bus
+    }
+}
+
+void IcomProtocol::RequestFrequency() {
+    if (c_.radio.ValidID()) send(c_.radio.address(), bytes({0x03}));
+}
+
+void IcomProtocol::RequestMode() {
+    if (c_.radio.ValidID()) send(c_.radio.address(), bytes({0x04}));
+}
+
+int IcomProtocol::InterrogationStep(int phase) {
+    switch (phase) {
+        case 0:
+        case 2:
+            if (radio_.sMeter) {
+                if (c_.radio.ValidID()) send(c_.radio.address(), bytes({0x15, 0x02}));
+            } else {
+                c_.queue.RequestFrequency();
+            }
+            return phase + 1;
+        case 1: c_.queue.RequestFrequency(); return 2;
+        case 3: c_.queue.RequestMode(); return 0;
+        case 4: c_.queue.RequestFrequency(); return 0;
+        default: return phase;
+    }
+}
+
+void IcomProtocol::Decode(const QByteArray& m) {
+    if (!c_.radio.ValidID()) return;
+    const int n = int(m.size());
+    auto b = [&m](int i) { return std::uint8_t(m[i - 1]); };  // positions from 1, as the frame is drawn
+    // Our own frames come back from the bus addressed to the radio: they fall out here.
+    if (n < 6 || b(2) != kPreamble || !(b(3) == kController || b(3) == 0) || b(4) != c_.radio.address() ||
+        b(n) != kEnd)
+        return;
+    const std::uint8_t cmd = b(5);
+    if ((cmd == 0x00 || cmd == 0x03) && (n == 10 || n == 11)) {
+        // Ten digits reach 1 GHz, eight (SHORTFREQ radios) 10 MHz: the flag, not the length, scales.
+        const double digits = double(FromBcd(m.mid(5, n - 6), BcdOrder::LeastFirst));
+        double sum = digits * std::pow(10.0, 5 - 2 * (n - 6));
+        if (!radio_.shortFreq) sum *= 100;
+        const double kHz = std::round(sum * 1000) / 1000;
+        c_.queue.SetXcvrCmdTimerInterval();
+        c_.state.UpdateRadioFreq(kHz);
+        c_.state.ReportFirstFrequency();
+        if (FreqNudgePending) {
+            FreqNudgePending = false;
+            c_.queue.SetXcvrFreq(kHz + 1);
+            c_.queue.SetXcvrWait();
+            c_.queue.SetXcvrFreq(kHz);
+        }
+    } else if ((cmd == 0x01 || cmd == 0x04) && (n == 7 || n == 8)) {
+        c_.state.UpdateXcvrMode(b(6));
+        c_.state.ReportFilterGroup(n == 8 && radio_.filterByte ? b(7) : 0);
+        c_.queue.SetXcvrCmdTimerInterval();
+    } else if (cmd == 0x15 && b(6) == 0x02 && n == 9) {
+        const int value = b(7) * 100 + (b(8) / 16) * 10 + (b(8) % 16);
+        c_.state.ReportMeter(value / 255.0);
+    } else if (cmd == kOK && n == 6) {
+        c_.queue.AccelerateNextXcvrCmd();
+    } else if (cmd == kNG && n == 6) {
+        c_.queue.InterrogateRadio();
+        c_.state.ReportRefusal();
+    }
+}
+
+}  // namespace tv

@@ -1,0 +1,60 @@
+#pragma once
+// The CI-V command language of Icom radios (and of the TenTec radios that speak it): the frames of the
+// queue's commands, the decoding of what the bus carries back, and the polling steps.
+
+#include "core/Protocol.h"
+#include "core/RadioCatalogue.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstdint>
+
+namespace tv {
+
+// Packed decimal digits of a frequency in kHz, least significant byte first: g1..g4, and g5 when
+// fiveBytes. Each group is truncated after adding half a hertz, which absorbs binary fractions.
+QByteArray IcomFrequencyBytes(double kHz, bool fiveBytes);
+// A packed decimal byte as two decimal characters (for the log).
+QString FormatBCDByte(std::uint8_t value);
+// A frame FE FE addr E0 body FD.
+QByteArray IcomFrame(std::uint8_t address, const QByteArray& body);
+
+// What the makers who speak CI-V do differently.
+struct CivDialect {
+    const char* displayPrefix;
+    // After the split and dual boxes the radio is asked again; a tune by record selects main first.
+    bool asksAfterReceiverSwitch;
+    InterrogationRule interrogation;
+};
+extern const CivDialect kIcomDialect;
+extern const CivDialect kTenTecCivDialect;
+
+class IcomProtocol : public Protocol {
+public:
+    IcomProtocol(ProtocolContext& context, const RadioInfo& radio, const CivDialect& dialect);
+
+    const ProtocolTraits& traits() const override { return traits_; }
+    QString DisplayName(const RadioInfo& radio) const override;
+    void BringUp() override;
+    void Execute(const XcvrCmd& cmd) override;
+    int ModeArgument(int mode) const override;
+    int InterrogationStep(int phase) override;
+    void RequestFrequency() override;
+    void RequestMode() override;
+    void Decode(const QByteArray& message) override;
+
+    // Some radios settle their display only after a second, different frequency: the next frequency
+    // report is answered by a nudge away and back.
+    bool FreqNudgePending = false;
+
+private:
+    void send(std::uint8_t address, const QByteArray& body);
+
+    ProtocolContext& c_;
+    const RadioInfo radio_;
+    const CivDialect& dialect_;
+    ProtocolTraits traits_;
+};
+
+}  // namespace tv

@@ -85,7 +85,8 @@ struct Record {
     int8_t freqBytes;
     Coding coding;
     uint8_t perHzNum, perHzDen;
-    int8_t clarAt;  // 16-bit signed offset, high byte first, in the frequency's counts
+    int8_t clarAt;  // 16-bit signed offset, high byte first, in counts of its own
+    uint8_t clarPerHzNum, clarPerHzDen;
     Bit clarOn;
     int8_t modeAt;
     Bit variant;
@@ -201,17 +202,17 @@ constexpr ModeCode kModes767[] = {
 };
 
 // ---- Records ----
-//                                  len freq bytes coding              per Hz  clar on-bit     mode variant     filter
-constexpr Record kRecordMp{16, 1, 4, Coding::Binary, 8, 5, 5, {9, 0x02}, 7, {8, 0x80}, 8};  // 0.625 Hz
-constexpr Record kRecord1000D{16, 1, 3, Coding::Binary, 1, 10, 5, {4, 0x02}, 7, {8, 0x01}, -1};
-constexpr Record kRecord990{16, 1, 3, Coding::Binary, 1, 10, 5, {4, 0x02}, 7, kNone, -1};
-constexpr Record kRecord920{14, 1, 4, Coding::Binary, 1, 1, 5, {8, 0x02}, 7, kNone, -1};
-constexpr Record kRecord890{9, 1, 3, Coding::Binary, 1, 10, 4, kNone, 6, kNone, -1};
-constexpr Record kRecord100{16, 1, 4, Coding::Binary, 4, 5, -1, kNone, 5, kNone, -1};  // 1.25 Hz
-constexpr Record kRecord817{5, 0, 4, Coding::Bcd, 1, 10, -1, kNone, 4, kNone, -1};
-constexpr Record kRecord757{5, 0, 4, Coding::BcdReversed, 1, 10, -1, kNone, 4, kNone, -1};
-constexpr Record kRecord747{7, 0, 5, Coding::Bcd, 1, 1, -1, kNone, 5, kNone, -1};
-constexpr Record kRecord767{6, 0, 4, Coding::Bcd, 1, 10, -1, kNone, 5, kNone, -1};  // byte 4: tone
+//                     len freq bytes coding      per Hz  clar per Hz  clar on    mode variant     filter
+constexpr Record kRecordMp{16, 1, 4, Coding::Binary, 8, 5, 5, 8, 5, {9, 0x02}, 7, {8, 0x80}, 8};  // 0.625 Hz
+constexpr Record kRecord1000D{16, 1, 3, Coding::Binary, 1, 10, 5, 1, 10, {4, 0x02}, 7, {8, 0x01}, -1};
+constexpr Record kRecord990{16, 1, 3, Coding::Binary, 1, 10, 5, 1, 1, {4, 0x02}, 7, kNone, -1};
+constexpr Record kRecord920{14, 1, 4, Coding::Binary, 1, 1, 5, 1, 1, {8, 0x02}, 7, kNone, -1};
+constexpr Record kRecord890{9, 1, 3, Coding::Binary, 1, 10, 4, 1, 10, kNone, 6, kNone, -1};
+constexpr Record kRecord100{16, 1, 4, Coding::Binary, 4, 5, -1, 1, 1, kNone, 5, kNone, -1};  // 1.25 Hz
+constexpr Record kRecord817{5, 0, 4, Coding::Bcd, 1, 10, -1, 1, 1, kNone, 4, kNone, -1};
+constexpr Record kRecord757{5, 0, 4, Coding::BcdReversed, 1, 10, -1, 1, 1, kNone, 4, kNone, -1};
+constexpr Record kRecord747{7, 0, 5, Coding::Bcd, 1, 1, -1, 1, 1, kNone, 5, kNone, -1};
+constexpr Record kRecord767{6, 0, 4, Coding::Bcd, 1, 10, -1, 1, 1, kNone, 5, kNone, -1};  // byte 4: tone
 
 // ---- Reads ----
 //                            op  param length status current A  B  other
@@ -665,7 +666,7 @@ void YaesuRadio::putRecord(QByteArray& out, int at, int vfo) const {
     putNumber(out, at + rec.freqAt, rec.freqBytes, rec.coding, quint64(v.hz) * rec.perHzNum / rec.perHzDen);
     // The offset is kept while the clarifier is off, and reported so.
     if (rec.clarAt >= 0 && vfo == current_) {
-        const int counts = clarHz_ * rec.perHzNum / rec.perHzDen;
+        const int counts = clarHz_ * rec.clarPerHzNum / rec.clarPerHzDen;
         putNumber(out, at + rec.clarAt, 2, Coding::Binary, quint64(uint16_t(int16_t(counts))));
         setBit(out, at, rec.clarOn, clarOn_);
     }

@@ -1,11 +1,13 @@
-// tolvane-radiosim: a simulated radio (CI-V or Kenwood) on a pseudo-terminal (or on a given tty), driven
+// tolvane-radiosim: a simulated radio (CI-V, Kenwood or Yaesu) on a pseudo-terminal (or on a given tty), driven
 // by the controller through the line and by a person or a test through stdin.
 
 #include "tools/radiosim/CivRadio.h"
 #include "tools/radiosim/KenwoodRadio.h"
+#include "tools/radiosim/YaesuRadio.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QRandomGenerator>
 #include <QSocketNotifier>
@@ -24,6 +26,8 @@ using tv::sim::CivModel;
 using tv::sim::CivRadio;
 using tv::sim::KenwoodModelSpec;
 using tv::sim::KenwoodRadio;
+using tv::sim::YaesuModel;
+using tv::sim::YaesuRadio;
 
 namespace {
 
@@ -51,11 +55,14 @@ bool makeRaw(int fd) {
     return ::tcsetattr(fd, TCSANOW, &t) == 0;
 }
 
-// What differs between the families on the line: a CI-V bus echoes every byte, a Kenwood line doesn't;
-// CI-V is logged in hexadecimal, Kenwood as the text it is; a CI-V mode carries a filter.
+// What differs between the families on the line: a CI-V bus echoes every byte, a Kenwood or Yaesu line
+// doesn't (the FT-767's echo is the radio's own answer); CI-V and Yaesu are logged in hexadecimal,
+// Kenwood as the text it is; a CI-V mode carries a filter; only Yaesu knows packet as a mode.
 int echoLength(const CivRadio&, const QByteArray& in) { return int(in.size()); }
 int echoLength(const KenwoodRadio&, const QByteArray&) { return 0; }
+int echoLength(const YaesuRadio&, const QByteArray&) { return 0; }
 QString shown(const CivRadio&, const QByteArray& bytes) { return QString::fromLatin1(bytes.toHex(' ').toUpper()); }
+QString shown(const YaesuRadio&, const QByteArray& bytes) { return QString::fromLatin1(bytes.toHex(' ').toUpper()); }
 QString shown(const KenwoodRadio&, const QByteArray& bytes) {
     QString text;
     for (char c : bytes)
@@ -66,6 +73,56 @@ QByteArray setMode(CivRadio& radio, int mode, const QStringList& w) {
     return radio.setMode(mode, w.size() > 2 ? w[2].toInt() : radio.filter());
 }
 QByteArray setMode(KenwoodRadio& radio, int mode, const QStringList&) { return radio.setMode(mode); }
+QByteArray setMode(YaesuRadio& radio, int mode, const QStringList&) { return radio.setMode(mode); }
+int modeIndex(const CivRadio&, const QString& name) { return CivRadio::modeIndex(name); }
+int modeIndex(const KenwoodRadio&, const QString& name) { return CivRadio::modeIndex(name); }
+int modeIndex(const YaesuRadio& radio, const QString& name) {
+    const int m = YaesuRadio::modeIndex(name);
+    return radio.knowsMode(m) ? m : -1;
+}
+QString modeName(const CivRadio& radio) { return CivRadio::modeName(radio.mode()); }
+QString modeName(const KenwoodRadio& radio) { return CivRadio::modeName(radio.mode()); }
+QString modeName(const YaesuRadio& radio) {
+    return QStringLiteral("%1, VFO %2%3").arg(YaesuRadio::modeName(radio.mode()),
+                                              radio.currentVfo() ? QStringLiteral("B") : QStringLiteral("A"),
+                                              radio.split() ? QStringLiteral(", split") : QString());
+}
+
+// Yaesu radios never report by themselves, and have no negative answer to give.
+template <class Radio>
+bool setTransceive(Radio& radio, bool on) {
+    radio.setTransceive(on);
+    return true;
+}
+bool setTransceive(YaesuRadio&, bool) { return false; }
+template <class Radio>
+bool rejectNext(Radio& radio) {
+    radio.setRejectNext(true);
+    return true;
+}
+bool rejectNext(YaesuRadio&) { return false; }
+
+// Driving lines of the Yaesu radios alone: their replies carry the VFO in use, split and clarifier.
+// Returns false for a line it doesn't know.
+bool yaesuCommand(CivRadio&, const QStringList&, bool&) { return false; }
+bool yaesuCommand(KenwoodRadio&, const QStringList&, bool&) { return false; }
+bool yaesuCommand(YaesuRadio& radio, const QStringList& w, bool& ok) {
+    const QString cmd = w[0].toLower();
+    const QString arg = w.size() > 1 ? w[1].toLower() : QString();
+    if (cmd == QLatin1String("vfo")) {
+        ok = (arg == QLatin1String("a") || arg == QLatin1String("b")) && radio.selectVfo(arg == QLatin1String("b"));
+    } else if (cmd == QLatin1String("split")) {
+        ok = arg == QLatin1String("on") || arg == QLatin1String("off");
+        if (ok) radio.setSplit(arg == QLatin1String("on"));
+    } else if (cmd == QLatin1String("clar")) {
+        const int hz = arg.toInt(&ok);
+        if (arg == QLatin1String("off")) ok = true, radio.setClarifier(false, 0);
+        else if (ok) radio.setClarifier(true, hz);
+    } else {
+        return false;
+    }
+    return true;
+}
 
 // The line end of the simulator: reads the controller's bytes, writes the radio's, and queues what a
 // full pty buffer won't take yet.
@@ -81,12 +138,23 @@ public:
         writer_->setEnabled(false);
         connect(reader_, &QSocketNotifier::activated, this, [this] { readAll(); });
         connect(writer_, &QSocketNotifier::activated, this, [this] { flush(); });
+        pacer_.setInterval(10);
+        connect(&pacer_, &QTimer::timeout, this, [this] { flush(); });
     }
 
     void send(const QByteArray& bytes) {
         if (bytes.isEmpty()) return;
         logLine(QStringLiteral("-> ") + shown(radio_, bytes));
         pending_.append(bytes);
+        flush();
+    }
+
+    // Answer at the pace of a serial line of this many baud (ten bits a byte), in small pieces, so that
+    // a long reply takes as long as on the real radio. 0: at once.
+    void setPace(int baud) {
+        baud_ = baud;
+        paceStarted_ = false;
+        if (baud_ <= 0) pacer_.stop();
         flush();
     }
 
@@ -119,10 +187,39 @@ private:
     }
 
     void flush() {
-        while (!pending_.isEmpty()) {
-            const ssize_t n = ::write(fd_, pending_.constData(), size_t(pending_.size()));
+        if (baud_ <= 0) {
+            writeSome(int(pending_.size()));
+            return;
+        }
+        if (pending_.isEmpty()) {
+            pacer_.stop();
+            paceStarted_ = false;
+            return;
+        }
+        if (!paceStarted_) {
+            // A fresh reply: the line has been idle, the clock starts with its first byte.
+            paceClock_.start();
+            paceSent_ = 0;
+            paceStarted_ = true;
+        }
+        const qint64 due = paceClock_.elapsed() * baud_ / 10'000 + 1 - paceSent_;
+        if (due > 0) paceSent_ += writeSome(int(std::min<qint64>(due, pending_.size())));
+        if (pending_.isEmpty()) {
+            pacer_.stop();
+            paceStarted_ = false;
+        } else if (!pacer_.isActive()) {
+            pacer_.start();
+        }
+    }
+
+    // Writes up to `limit` pending bytes; returns how many went out.
+    int writeSome(int limit) {
+        int written = 0;
+        while (!pending_.isEmpty() && written < limit) {
+            const ssize_t n = ::write(fd_, pending_.constData(), size_t(std::min<int>(limit - written, int(pending_.size()))));
             if (n > 0) {
                 pending_.remove(0, int(n));
+                written += int(n);
                 flushedSlave_ = false;
                 continue;
             }
@@ -140,7 +237,9 @@ private:
             }
             break;
         }
-        writer_->setEnabled(!pending_.isEmpty());
+        // Paced, the timer brings the rest; the notifier only when the line itself is full.
+        writer_->setEnabled(!pending_.isEmpty() && (baud_ <= 0 || written < limit));
+        return written;
     }
 
     int fd_;
@@ -150,6 +249,11 @@ private:
     QSocketNotifier* reader_;
     QSocketNotifier* writer_;
     QByteArray pending_;
+    int baud_ = 0;
+    QTimer pacer_;
+    QElapsedTimer paceClock_;
+    bool paceStarted_ = false;
+    qint64 paceSent_ = 0;
 };
 
 // One stdin command; returns false for "quit".
@@ -168,16 +272,28 @@ bool runCommand(const QString& line, Radio& radio, Bus<Radio>& bus) {
         const double khz = arg.toDouble(&ok);
         if (ok) bus.send(radio.setFrequency(qRound64(khz * 1000.0)));
     } else if (cmd == QLatin1String("mode")) {
-        const int m = CivRadio::modeIndex(arg);  // both families count modes the same way
+        const int m = modeIndex(radio, arg);  // all families count modes the same way
         ok = m >= 0;
         if (ok) bus.send(setMode(radio, m, w));
     } else if (cmd == QLatin1String("silent") || cmd == QLatin1String("transceive")) {
         ok = arg == QLatin1String("on") || arg == QLatin1String("off");
         if (ok && cmd == QLatin1String("silent")) radio.setSilent(arg == QLatin1String("on"));
-        if (ok && cmd == QLatin1String("transceive")) radio.setTransceive(arg == QLatin1String("on"));
+        if (ok && cmd == QLatin1String("transceive") && !setTransceive(radio, arg == QLatin1String("on"))) {
+            logLine(QStringLiteral("%1: not on this radio").arg(line.trimmed()));
+            return true;
+        }
     } else if (cmd == QLatin1String("reject")) {
-        radio.setRejectNext(true);
+        if (!rejectNext(radio)) {
+            logLine(QStringLiteral("%1: not on this radio").arg(line.trimmed()));
+            return true;
+        }
         ok = true;
+    } else if (cmd == QLatin1String("slow")) {
+        const int baud = arg == QLatin1String("off") ? 0 : arg.toInt(&ok);
+        ok = arg == QLatin1String("off") || (ok && baud > 0);
+        if (ok) bus.setPace(baud);
+    } else if (yaesuCommand(radio, w, ok)) {
+        // done; `ok` tells how it went
     } else if (cmd == QLatin1String("garbage")) {
         const int n = arg.isEmpty() ? 20 : arg.toInt(&ok);
         ok = arg.isEmpty() || (ok && n >= 0 && n <= 4096);
@@ -187,10 +303,10 @@ bool runCommand(const QString& line, Radio& radio, Bus<Radio>& bus) {
         if (ok) radio.setMeter(v);
     } else {
         logLine(QStringLiteral("unknown command: %1 (dial, freq, mode, silent, transceive, reject, garbage, "
-                               "meter, quit)").arg(line.trimmed()));
+                               "meter, slow, quit; Yaesu also vfo, split, clar)").arg(line.trimmed()));
         return true;
     }
-    logLine(ok ? QStringLiteral("%1: %2 Hz %3").arg(line.trimmed()).arg(radio.frequency()).arg(CivRadio::modeName(radio.mode()))
+    logLine(ok ? QStringLiteral("%1: %2 Hz %3").arg(line.trimmed()).arg(radio.frequency()).arg(modeName(radio))
                : QStringLiteral("bad argument: %1").arg(line.trimmed()));
     return true;
 }
@@ -198,7 +314,7 @@ bool runCommand(const QString& line, Radio& radio, Bus<Radio>& bus) {
 // The radio on its line until "quit" or a signal. `device` empty: a pseudo-terminal of our own.
 template <class Radio>
 int serve(QCoreApplication& app, Radio& radio, const QString& device, const QString& banner, qint64 dialStep,
-          int dialEvery) {
+          int dialEvery, int baud) {
     auto fail = [](const QString& msg) {
         logLine(QStringLiteral("tolvane-radiosim: ") + msg);
         return 2;
@@ -247,6 +363,7 @@ int serve(QCoreApplication& app, Radio& radio, const QString& device, const QStr
     logLine(banner);
 
     Bus<Radio> bus(fd, slave, radio, &app);
+    bus.setPace(baud);
 
     // Stdin: one command a line. At end of input (e.g. started with </dev/null) the radio keeps running.
     QByteArray stdinLine;
@@ -302,12 +419,12 @@ int main(int argc, char** argv) {
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("A simulated CI-V or Kenwood radio on a pseudo-terminal. Prints \"PTY <path>\" on stdout, logs "
-                       "the line on stderr (CI-V in hexadecimal, Kenwood as text), and reads commands on stdin: "
-                       "dial +100, freq 7010.5, mode CW, silent on|off, transceive on|off, reject, garbage 20, "
-                       "meter 120, quit."));
+        QStringLiteral("A simulated CI-V, Kenwood or Yaesu radio on a pseudo-terminal. Prints \"PTY <path>\" on stdout, "
+                       "logs the line on stderr (CI-V and Yaesu in hexadecimal, Kenwood as text), and reads commands on "
+                       "stdin: dial +100, freq 7010.5, mode CW, silent on|off, transceive on|off, reject, garbage 20, "
+                       "meter 120, slow 4800|off, quit; for Yaesu radios also vfo a|b, split on|off, clar -120|off."));
     parser.addHelpOption();
-    const QStringList allModels = CivRadio::modelNames() + KenwoodRadio::modelNames();
+    const QStringList allModels = CivRadio::modelNames() + KenwoodRadio::modelNames() + YaesuRadio::modelNames();
     const QCommandLineOption modelOpt(QStringLiteral("model"),
                                       QStringLiteral("Radio model: %1.").arg(allModels.join(QStringLiteral(", "))),
                                       QStringLiteral("NAME"), QStringLiteral("IC-7300"));
@@ -324,7 +441,10 @@ int main(int argc, char** argv) {
                                          QStringLiteral("HZ"));
     const QCommandLineOption dialEveryOpt(QStringLiteral("dial-every"), QStringLiteral("... every this many milliseconds."),
                                           QStringLiteral("MS"), QStringLiteral("1000"));
-    parser.addOptions({modelOpt, addressOpt, deviceOpt, freqOpt, modeOpt, noTransceiveOpt, dialStepOpt, dialEveryOpt});
+    const QCommandLineOption slowOpt(QStringLiteral("slow"),
+                                     QStringLiteral("Answer in pieces at the pace of a serial line of this many baud."),
+                                     QStringLiteral("BAUD"));
+    parser.addOptions({modelOpt, addressOpt, deviceOpt, freqOpt, modeOpt, noTransceiveOpt, dialStepOpt, dialEveryOpt, slowOpt});
     parser.process(app);
 
     auto fail = [](const QString& msg) {
@@ -334,7 +454,8 @@ int main(int argc, char** argv) {
 
     std::optional<CivModel> model = CivRadio::model(parser.value(modelOpt));
     std::optional<KenwoodModelSpec> kenwoodModel = KenwoodRadio::model(parser.value(modelOpt));
-    if (!model && !kenwoodModel)
+    const YaesuModel* yaesuModel = YaesuRadio::model(parser.value(modelOpt));
+    if (!model && !kenwoodModel && !yaesuModel)
         return fail(QStringLiteral("unknown model %1; known: %2").arg(parser.value(modelOpt), allModels.join(QStringLiteral(", "))));
     if (parser.isSet(addressOpt)) {
         if (!model) return fail(QStringLiteral("--address is for CI-V radios only"));
@@ -353,8 +474,14 @@ int main(int argc, char** argv) {
     }
     int initialMode = -1;
     if (parser.isSet(modeOpt)) {
-        initialMode = CivRadio::modeIndex(parser.value(modeOpt));
+        initialMode = yaesuModel ? YaesuRadio::modeIndex(parser.value(modeOpt)) : CivRadio::modeIndex(parser.value(modeOpt));
         if (initialMode < 0) return fail(QStringLiteral("bad mode %1").arg(parser.value(modeOpt)));
+    }
+    int baud = 0;
+    if (parser.isSet(slowOpt)) {
+        bool ok = false;
+        baud = parser.value(slowOpt).toInt(&ok);
+        if (!ok || baud <= 0) return fail(QStringLiteral("bad --slow %1 (baud, e.g. 4800)").arg(parser.value(slowOpt)));
     }
     qint64 dialStep = 0;
     int dialEvery = 1000;
@@ -366,6 +493,22 @@ int main(int argc, char** argv) {
     }
     const QString device = parser.isSet(deviceOpt) ? parser.value(deviceOpt) : QString();
 
+    if (yaesuModel) {
+        YaesuRadio radio(*yaesuModel);
+        if (initialHz >= 0) {
+            radio.setFrequency(initialHz);
+            if (radio.frequency() != initialHz)
+                return fail(QStringLiteral("%1 can't tune %2 kHz").arg(radio.name(), parser.value(freqOpt)));
+        }
+        if (initialMode >= 0) {
+            if (!radio.knowsMode(initialMode)) return fail(QStringLiteral("%1 has no mode %2").arg(radio.name(), parser.value(modeOpt)));
+            radio.setMode(initialMode);
+        }
+        QString banner = QStringLiteral("Yaesu %1, %2 Hz %3").arg(radio.name()).arg(radio.frequency()).arg(modeName(radio));
+        if (baud > 0) banner += QStringLiteral(", answering at %1 baud").arg(baud);
+        return serve(app, radio, device, banner, dialStep, dialEvery, baud);
+    }
+
     if (kenwoodModel) {
         KenwoodRadio radio(*kenwoodModel);
         radio.setTransceive(!parser.isSet(noTransceiveOpt));
@@ -375,7 +518,7 @@ int main(int argc, char** argv) {
                                    .arg(kenwoodModel->name, QString::fromLatin1(kenwoodModel->id))
                                    .arg(radio.frequency())
                                    .arg(CivRadio::modeName(radio.mode()));
-        return serve(app, radio, device, banner, dialStep, dialEvery);
+        return serve(app, radio, device, banner, dialStep, dialEvery, baud);
     }
     CivRadio radio(*model);
     radio.setTransceive(!parser.isSet(noTransceiveOpt));
@@ -386,5 +529,5 @@ int main(int argc, char** argv) {
                                .arg(model->address, 2, 16, QLatin1Char('0'))
                                .arg(radio.frequency())
                                .arg(CivRadio::modeName(radio.mode()));
-    return serve(app, radio, device, banner, dialStep, dialEvery);
+    return serve(app, radio, device, banner, dialStep, dialEvery, baud);
 }

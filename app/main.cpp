@@ -66,6 +66,8 @@ int main(int argc, char** argv) {
         app = std::make_unique<QCoreApplication>(argc, argv);
     else
         app = std::make_unique<QApplication>(argc, argv);
+    // The desktop matches the window to the menu entry (its name and icon) by this.
+    if (!noWindows) QGuiApplication::setDesktopFileName(QStringLiteral("org.tolvane.Tolvane"));
     QCoreApplication::setApplicationName(QStringLiteral("Tolvane"));
     QCoreApplication::setApplicationVersion(QStringLiteral("%1.%2.%3")
                                                 .arg(TOLVANE_VERSION_MAJOR)

@@ -7,6 +7,7 @@
 #include "forms/KavMessages.h"
 #include "platform/Dialogs.h"
 #include "platform/EventLoop.h"
+#include "platform/SerialDevice.h"
 #include "platform/SettingsStore.h"
 #include "services/Common.h"
 #include "services/Errors.h"
@@ -45,7 +46,10 @@ KavModule::KavModule(Common& common, KavMain& main, KavConfig& config, KavMessag
         SetCommCaption(QString());
         UpdateCaption();
     };
-    comm_.onOpenFailed = [this](int number, const QString& description, int port, const QString& settingsText) {
+    comm_.onOpenFailed = [this](int number, const QString& text, int port, const QString& settingsText) {
+        // A user the device refused is told which group to join and how.
+        const QString description = comm_.device() ? describeOpenFailure(*comm_.device(), text) : text;
+        if (description != text) common_.LogLine(QStringLiteral("Com%1: ").arg(port) + description);
         if (number == kErrPortAlreadyOpen) {
             SetCommCaption(QStringLiteral(" - selected Com port already in use"));
             UpdateCaption();

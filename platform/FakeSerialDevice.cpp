@@ -12,10 +12,12 @@ bool FakeSerialDevice::open(const QString& path, const SerialSettings& settings,
                             QString* errorText) {
     path_ = path;
     lastSettings = settings;
+    lastOpenFailure = SerialOpenFailure::Other;
     if (failOpenWith != 0) {
         open_ = false;
         if (errorNumber) *errorNumber = failOpenWith;
         if (errorText) *errorText = failOpenText;
+        lastOpenFailure = failOpenReason;
         return false;
     }
     open_ = true;

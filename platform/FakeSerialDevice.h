@@ -37,6 +37,7 @@ public:
     bool modemLinesSupported = true;
     int failOpenWith = 0;
     QString failOpenText;
+    SerialOpenFailure failOpenReason = SerialOpenFailure::Other;
     int openCount = 0;
     // Told of each write while open (an in-process radio answers through feed()).
     std::function<void(const QByteArray&)> onWrite;

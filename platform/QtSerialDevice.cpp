@@ -62,6 +62,7 @@ bool QtSerialDevice::open(const QString& path, const SerialSettings& s, int* err
     if (port_->isOpen()) port_->close();
     port_->clearError();
     path_ = path;
+    lastOpenFailure = SerialOpenFailure::Other;
     auto fail = [&](int number, const QString& text) {
         if (errorNumber) *errorNumber = number;
         if (errorText) *errorText = text;
@@ -80,8 +81,11 @@ bool QtSerialDevice::open(const QString& path, const SerialSettings& s, int* err
         // A permission failure on a device we may read and write is another program's hold on it: its
         // lock file, or the exclusive mode it set. Asked of the file system, not read from Qt's
         // (translatable) message.
-        if (e == QSerialPort::PermissionError && ::access(QFile::encodeName(device).constData(), R_OK | W_OK) == 0)
-            return fail(kSerialPortAlreadyOpen, text);
+        if (e == QSerialPort::PermissionError) {
+            if (::access(QFile::encodeName(device).constData(), R_OK | W_OK) == 0)
+                return fail(kSerialPortAlreadyOpen, text);
+            lastOpenFailure = SerialOpenFailure::PermissionDenied;
+        }
         return fail(kSerialOpenFailed, text);
     }
     const bool ok = port_->setBaudRate(s.baud) && port_->setParity(toParity(s.parity)) &&

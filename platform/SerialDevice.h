@@ -24,6 +24,13 @@ enum SerialErrorNumber : int {
     kSerialOpenFailed = 8015,       // any other failure to open (permission, bad settings)
 };
 
+// Why an open failed, where the number alone can't tell the operator what to do.
+enum class SerialOpenFailure {
+    Other,
+    // The device is there, but this user may not read and write it (not in its group, usually dialout).
+    PermissionDenied,
+};
+
 // A failure after the port was open: the device vanished (USB unplug) or a line error.
 enum class SerialFault { Break, Framing, Overrun, RxOverflow, Parity, TxFull, DeviceRemoved, Other };
 
@@ -46,11 +53,30 @@ public:
 
     std::function<void()> onBytesArrived;
     std::function<void(SerialFault, const QString&)> onFault;
+    // Set by each failed open().
+    SerialOpenFailure lastOpenFailure = SerialOpenFailure::Other;
 };
 
 using SerialFactory = std::function<std::unique_ptr<SerialDevice>()>;
 
 // The serial devices present on this computer, as paths (/dev/ttyUSB0, ...), for the operator to choose.
 QStringList presentSerialDevices();
+
+// The description of a failed open, for the caption and the log: the device's own text, and when the
+// device refused this user, which group to join and the command that does it.
+QString describeOpenFailure(const SerialDevice& device, const QString& text);
+
+// Who may use a device, as far as it matters to a user it refused.
+struct DeviceAccess {
+    QString path;
+    QString group = QStringLiteral("dialout");  // the device's group; serial ports' usual one when unknown
+    QString owner;                              // empty when unknown
+    unsigned mode = 0660;                       // permission bits
+    bool userListedInGroup = false;             // in the group database (perhaps since this login)
+    bool processInGroup = false;                // in this process's groups
+};
+DeviceAccess inspectDeviceAccess(const QString& path);
+// What to do about it, in words for the operator.
+QString serialPermissionAdvice(const DeviceAccess& access);
 
 }  // namespace tv

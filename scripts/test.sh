@@ -5,6 +5,12 @@ set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 "$root/scripts/install-deps.sh"
 "$root/scripts/build.sh" test
+# On CI (a fresh machine, as root) the Debian package is built too, held to lintian, installed, started
+# and removed: no test of the suite sees the package's metadata, dependencies or removal. First, so that
+# the test run's summary stays the last thing printed.
+if [ "${CI:-}" = "true" ] && [ "$(id -u)" -eq 0 ]; then
+    "$root/scripts/package.sh" --check
+fi
 # Qt's own one-time allocations are not ours to free; leaks in our code are still caught by the tests'
 # own object lifetimes under ASan's use-after-free and overflow checks.
 export ASAN_OPTIONS="${ASAN_OPTIONS:-detect_leaks=0:abort_on_error=0}"

@@ -1,14 +1,22 @@
 // The real program, started as an operator would start it without a display: it comes up, says what
 // it does, and on SIGTERM or Ctrl-C goes down in order with its settings written.
 
+#include "platform/SettingsStore.h"
+#include "support/PtyPair.h"
+
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -71,6 +79,84 @@ TEST(HeadlessRunOptions, HelpNeedsNoDisplayAndMissingCatalogueEndsWithItsMessage
     EXPECT_NE(p.exitCode(), 0);
     const QString err = QString::fromUtf8(p.readAllStandardError() + p.readAllStandardOutput());
     EXPECT_TRUE(err.contains(QStringLiteral("Terminating due to inability to open radio configuration file: ")));
+}
+
+// The message every Linux operator meets once: the port is there, but the user may not open it. Made real
+// with a pty the test's user can't open; as root, whom nothing refuses, the program runs as nobody.
+TEST(HeadlessRunOptions, AtStartUpAPortTheUserMayNotOpenNamesTheGroupAndTheFix) {
+    if (!tv::test::PtyPair::available()) GTEST_SKIP() << "socat is not installed";
+    const bool root = ::geteuid() == 0;
+    const QString runuser = QStandardPaths::findExecutable(QStringLiteral("runuser"));
+    if (root && runuser.isEmpty()) {
+        GTEST_SKIP() << "running as root, whom no device refuses, and runuser is missing to run as nobody";
+    }
+    tv::test::PtyPair pty;
+    ASSERT_TRUE(pty.start());
+    const QString device = pty.ends[0];
+    const QByteArray devicePath = QFile::encodeName(device);
+    QString groupName;
+    if (root) {
+        // As a USB adapter is on a Debian system: root's, group dialout, which nobody isn't in.
+        const group* dialout = ::getgrnam("dialout");
+        if (!dialout) {
+            GTEST_SKIP() << "running as root, and this system has no group dialout to test with";
+        }
+        ASSERT_EQ(::chown(devicePath.constData(), 0, dialout->gr_gid), 0);
+        ASSERT_EQ(::chmod(devicePath.constData(), 0660), 0);
+        groupName = QStringLiteral("dialout");
+    } else {
+        ASSERT_EQ(::chmod(devicePath.constData(), 0), 0);
+        groupName = QFileInfo(device).group();
+    }
+
+    QTemporaryDir dir;
+    // Nobody writes the settings and the log there too.
+    ASSERT_EQ(::chmod(QFile::encodeName(dir.path()).constData(), 0777), 0);
+    {
+        tv::SettingsStore s(dir.filePath(QStringLiteral("Tolvane.ini")), nullptr);
+        const QString g = QStringLiteral("General");
+        s.SaveSetting(g, QStringLiteral("Radio"), QStringLiteral("IC-7300"));
+        s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
+        s.SaveSetting(g, QStringLiteral("CommPortDevice1"), device);
+    }
+    if (root) {
+        ASSERT_EQ(::chmod(QFile::encodeName(dir.filePath(QStringLiteral("Tolvane.ini"))).constData(), 0666), 0);
+    }
+    QStringList args = {QStringLiteral("--headless"), QStringLiteral("--config-dir"), dir.path(),
+                        QStringLiteral("--app-dir"), QStringLiteral(TOLVANE_SOURCE_DIR "/data")};
+    QProcess p;
+    if (root) {
+        args.prepend(programPath());
+        args = QStringList{QStringLiteral("-u"), QStringLiteral("nobody"), QStringLiteral("--")} + args;
+        p.setProgram(runuser);
+    } else {
+        p.setProgram(programPath());
+    }
+    p.setArguments(args);
+    // Not root's session bus: nobody may not use it, and the suite link is beside the point here.
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    p.setProcessEnvironment(env);
+    p.setProcessChannelMode(QProcess::MergedChannels);
+    p.start();
+    ASSERT_TRUE(p.waitForStarted(10000));
+    QString out;
+    while (!out.contains(QStringLiteral("running headless"))) {
+        if (!p.waitForReadyRead(20000)) break;
+        out += QString::fromLocal8Bit(p.readAll());
+    }
+    ::kill(pid_t(p.processId()), SIGTERM);
+    p.waitForFinished(20000);
+    out += QString::fromLocal8Bit(p.readAll());
+    // The usual box, and the reason with its fix in the log (which a headless program prints).
+    EXPECT_TRUE(out.contains(QStringLiteral("[Tolvane] Unable to open Com1"))) << out.toStdString();
+    EXPECT_TRUE(out.contains(QStringLiteral("Com1: "))) << out.toStdString();
+    EXPECT_TRUE(out.contains(QStringLiteral("group ") + groupName)) << out.toStdString();
+    if (root) {
+        EXPECT_TRUE(out.contains(QStringLiteral("you are not in group dialout, which may use ") + device +
+                                 QStringLiteral(": run sudo usermod -aG dialout $USER, then log out and in")))
+            << out.toStdString();
+    }
 }
 
 }  // namespace

@@ -62,6 +62,36 @@ TEST(SerialLink, PortBusyAndOtherFailuresSayWhyInCaptionAndBox) {
     }
 }
 
+TEST(SerialLink, AtStartUpADeviceThatRefusesTheUserNamesTheGroupAndTheFix) {
+    TestStation st;
+    presetKenwoodOnPort1(st);
+    // Not there, so that the group named is the usual one whatever this computer has.
+    st.preset(G, QStringLiteral("CommPortDevice1"), QStringLiteral("/nonexistent/ttyUSB0"));
+    st.dialogs.onShow = nullptr;
+    st.onDevice = [](FakeSerialDevice& d) {
+        d.failOpenWith = kSerialOpenFailed;
+        d.failOpenText = QStringLiteral("Permission denied");
+        d.failOpenReason = SerialOpenFailure::PermissionDenied;
+    };
+    ASSERT_TRUE(st.start());
+    EXPECT_FALSE(st.p().comm.PortOpened());
+    // The box is the usual one; the caption and the log say why and what to do.
+    ASSERT_EQ(st.dialogs.shown.size(), 1u);
+    EXPECT_EQ(st.dialogs.shown[0].text, QStringLiteral("Unable to open Com1"));
+    EXPECT_EQ(st.dialogs.shown[0].title, QStringLiteral("Tolvane"));
+    const QString caption = st.p().main.caption();
+    EXPECT_TRUE(caption.contains(QStringLiteral(" - selected Com port failed to open: Permission denied; ")))
+        << caption.toStdString();
+    EXPECT_TRUE(caption.contains(QStringLiteral("group dialout"))) << caption.toStdString();
+    EXPECT_TRUE(st.log().contains(QStringLiteral("Com1: Permission denied; "))) << st.log().toStdString();
+    EXPECT_TRUE(st.log().contains(QStringLiteral(" (8015), port = 1, settings = ")));
+    // Once the operator has fixed it, choosing the port again opens it and the caption forgets the advice.
+    st.serial()->failOpenWith = 0;
+    st.m().SelectCommPort(1);
+    EXPECT_TRUE(st.p().comm.PortOpened());
+    EXPECT_FALSE(st.p().main.caption().contains(QStringLiteral("dialout")));
+}
+
 TEST(SerialLink, ChosenParametersReachTheDeviceWithOneAndAHalfStopBitsAsOne) {
     TestStation st;
     presetKenwoodOnPort1(st);

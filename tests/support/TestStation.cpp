@@ -43,6 +43,7 @@ bool TestStation::start() {
     program = std::make_unique<Program>(loop, dialogs, paths, [this] {
         auto d = std::make_unique<FakeSerialDevice>(loop);
         devices.push_back(d.get());
+        if (onDevice) onDevice(*d);
         return d;
     });
     for (auto& [letter, rec] : recordings) wrap(letter, *rec);

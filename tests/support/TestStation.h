@@ -28,6 +28,8 @@ public:
     void preset(const QString& section, const QString& key, const QString& value);
     // Called with the new program before its load: tests attach what they need to it there.
     std::function<void(Program&)> onCreate;
+    // Called with each serial device as the program makes it, before it is opened.
+    std::function<void(FakeSerialDevice&)> onDevice;
     // Builds the program and runs its load. Returns what FormLoad returned.
     bool start();
     // Unloads (as the window's close) and destroys the program; the files stay for a second start.

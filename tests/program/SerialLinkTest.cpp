@@ -87,7 +87,7 @@ TEST(SerialLink, AtStartUpADeviceThatRefusesTheUserNamesTheGroupAndTheFix) {
     EXPECT_TRUE(st.log().contains(QStringLiteral(" (8015), port = 1, settings = ")));
     // Once the operator has fixed it, choosing the port again opens it and the caption forgets the advice.
     st.serial()->failOpenWith = 0;
-    st.m().SelectCommPort(1);
+    st.m().port().SelectCommPort(1);
     EXPECT_TRUE(st.p().comm.PortOpened());
     EXPECT_FALSE(st.p().main.caption().contains(QStringLiteral("dialout")));
 }

@@ -39,6 +39,23 @@ public:
     std::uint64_t seq_ = 0;
 };
 
+namespace {
+std::function<void(const QString&)>& limitHandler() {
+    static std::function<void(const QString&)> handler;
+    return handler;
+}
+}  // namespace
+
+void SimEventLoop::setLimitHandler(std::function<void(const QString&)> handler) { limitHandler() = std::move(handler); }
+
+void SimEventLoop::limitReached(const QString& why) {
+    if (limitHandler()) {
+        limitHandler()(why);
+        return;
+    }
+    qFatal("simulated loop: %s", qPrintable(why));
+}
+
 SimEventLoop::SimEventLoop(QDateTime startUtc) : startUtc_(std::move(startUtc)) {}
 
 SimEventLoop::~SimEventLoop() {
@@ -50,8 +67,14 @@ std::unique_ptr<LoopTimer> SimEventLoop::createTimer() { return std::make_unique
 void SimEventLoop::post(std::function<void()> work) { posted_.push_back(std::move(work)); }
 
 void SimEventLoop::runPosted() {
-    // Bounded, so that work which posts itself again cannot spin forever inside one call.
-    for (int guard = 0; !posted_.empty() && guard < 100000; ++guard) {
+    // Bounded, so that work which posts itself again cannot spin forever inside one call; reaching the
+    // bound is a fault of the code under test, and says so.
+    int ran = 0;
+    while (!posted_.empty()) {
+        if (++ran > kMaxPostedRun) {
+            limitReached(QStringLiteral("work posted on the loop keeps posting more (%1 items in one turn)").arg(kMaxPostedRun));
+            return;
+        }
         auto work = std::move(posted_.front());
         posted_.pop_front();
         if (work) work();
@@ -73,7 +96,10 @@ void SimEventLoop::yield() {
     ++yields_;
     // A handler that yields inside a yield would let the same tick in again; real loops allow that too,
     // but a bound keeps a runaway test from overflowing the stack.
-    if (yieldDepth_ > 32) return;
+    if (yieldDepth_ > kMaxYieldDepth) {
+        limitReached(QStringLiteral("yields nested more than %1 deep: a handler lets itself in again").arg(kMaxYieldDepth));
+        return;
+    }
     ++yieldDepth_;
     runPosted();
     while (SimTimer* t = nextDue(now_)) {

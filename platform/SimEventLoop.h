@@ -5,6 +5,7 @@
 #include "platform/EventLoop.h"
 
 #include <deque>
+#include <functional>
 #include <vector>
 
 namespace tv {
@@ -34,8 +35,15 @@ public:
 
     class SimTimer;
 
+    static constexpr int kMaxYieldDepth = 32;
+    static constexpr int kMaxPostedRun = 100000;
+    // Told when a bound of the simulated loop is reached (a runaway test): by default the process ends
+    // with the reason; a test harness reports it as the test's failure instead.
+    static void setLimitHandler(std::function<void(const QString&)> handler);
+
 private:
     friend class SimTimer;
+    static void limitReached(const QString& why);
     SimTimer* nextDue(std::int64_t limit) const;
 
     std::int64_t now_ = 0;

@@ -32,10 +32,7 @@ protected:
     // The raw and string payloads queued, in order, with "W" for a wait.
     QStringList queued() {
         QStringList out;
-        for (int i = 0, slot = m().queue().XcvrCmdHead; i < m().queue().XcvrCmdCount; ++i, slot = slot % 256 + 1) {
-            const XcvrCmd& c = m().queue().XcvrCmdBuffer[size_t(slot)];
-            out << (c.theCmd == XcvrCmdWait ? QStringLiteral("W") : c.theRawCmd);
-        }
+        for (const XcvrCmd& c : m().queue().queued()) out << (c.theCmd == XcvrCmdWait ? QStringLiteral("W") : c.theRawCmd);
         return out;
     }
     TestStation st;

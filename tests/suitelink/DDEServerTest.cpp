@@ -41,14 +41,10 @@ protected:
     // The queued commands, oldest first, as their names.
     QStringList queued() {
         QStringList out;
-        int i = m().queue().XcvrCmdHead;
-        for (int n = 0; n < m().queue().XcvrCmdCount; ++n) {
-            out << CommandName(m().queue().XcvrCmdBuffer[size_t(i)].theCmd);
-            if (++i > CommandQueue::kBufferSlots) i = 1;
-        }
+        for (const XcvrCmd& c : m().queue().queued()) out << CommandName(c.theCmd);
         return out;
     }
-    const XcvrCmd& lastQueued() { return m().queue().XcvrCmdBuffer[size_t(m().queue().XcvrCmdTail == 1 ? 256 : m().queue().XcvrCmdTail - 1)]; }
+    XcvrCmd lastQueued() { return m().queue().queued().back(); }
     KavModule& m() { return st.m(); }
     KavMain& w() { return st.p().main; }
 

@@ -25,7 +25,12 @@ RigServer::RigServer(RigBackend& backend, QString serverName, QObject* parent)
     QObject::connect(&server_, &QTcpServer::newConnection, this, &RigServer::accept);
 }
 
-RigServer::~RigServer() { close(); }
+RigServer::~RigServer() {
+    // The owner is going too: nothing is told any more.
+    onLog = nullptr;
+    onClientsChanged = nullptr;
+    close();
+}
 
 bool RigServer::listen(const QHostAddress& address, quint16 port) {
     close();

@@ -111,6 +111,15 @@ constexpr const char* kLevels[] = {
     "ALC",     "STRENGTH",   "RFPOWER_METER", "COMP_METER", "VD_METER", "ID_METER", "NOTCHF_RAW",
     "MONITOR_GAIN", "NB",    "RFPOWER_METER_WATTS", "USB_AF"};
 
+// VFO tokens of the protocol that name nothing the program can select.
+constexpr const char* kForeignVfos[] = {"VFOC", "MEM", "TX", "RX", "MainA", "MainB", "MainC", "SubA", "SubB", "SubC"};
+
+bool isForeignVfo(QByteArrayView name) {
+    for (const char* v : kForeignVfos)
+        if (name.compare(QByteArrayView(v), Qt::CaseInsensitive) == 0) return true;
+    return false;
+}
+
 // Bits of the protocol's VFO and level masks.
 constexpr quint64 kVfoA = 1u << 0, kVfoB = 1u << 1, kVfoSub = 1u << 25, kVfoMain = 1u << 26;
 constexpr quint64 kLevelRawStr = 1u << 26, kLevelStrength = 1u << 30;
@@ -352,7 +361,7 @@ RigctlSession::Result RigctlSession::run(const RigctlRequest& r) {
         case Op::SetVfo: {
             bool current = false;
             const auto vfo = rigctlVfoFromName(a[0], &current);
-            if (!vfo) return {Invalid, {}};
+            if (!vfo) return {isForeignVfo(a[0]) ? NotAvailable : Invalid, {}};
             if (current) return {Ok, {}};
             const bool ab = *vfo == RigVfo::A || *vfo == RigVfo::B;
             if (ab ? !caps.vfoAB : !caps.mainSub) return {NotAvailable, {}};
@@ -376,7 +385,8 @@ RigctlSession::Result RigctlSession::run(const RigctlRequest& r) {
         case Op::SetSplitVfo: {
             const auto on = parseInt(a[0]);
             if (!on || *on < 0 || *on > 1) return {Invalid, {}};
-            if (a.size() > 1 && !rigctlVfoFromName(a[1])) return {Invalid, {}};
+            // The transmit VFO is whichever the radio's split uses; any token of the protocol will do.
+            if (a.size() > 1 && !rigctlVfoFromName(a[1]) && !isForeignVfo(a[1])) return {Invalid, {}};
             if (!caps.split) return {NotAvailable, {}};
             return set(rig_.setSplit(*on == 1));
         }

@@ -228,14 +228,20 @@ TEST_F(RigctlStation, TenClientsPollingForAMinuteCostTheRadioNothing) {
     for (auto& c : clients) c->timer.stop();
 
     const double rateAlone = alone * 1000.0 / kBaselineMs, rateLoaded = loaded * 1000.0 / kLoadMs;
-    EXPECT_NEAR(rateLoaded, rateAlone, rateAlone * 0.05) << alone << " frames alone, " << loaded << " with clients";
-    // Only the polls of frequency, mode and meter went to the radio meanwhile.
+    RecordProperty("frames_alone_10s", alone);
+    RecordProperty("frames_with_clients_60s", loaded);
+    // Only the polls of frequency, mode and meter went to the radio meanwhile, at the rate they go
+    // without clients (within what a loaded test machine's timers allow).
+    EXPECT_NEAR(rateLoaded, rateAlone, rateAlone * 0.1) << alone << " frames alone, " << loaded << " with clients";
     for (const QString& line : simLog.mid(loadFrom).split(QLatin1Char('\n'))) {
         if (!line.startsWith(QLatin1String("<- "))) continue;
         EXPECT_TRUE(line == QLatin1String("<- FE FE 94 E0 03 FD") || line == QLatin1String("<- FE FE 94 E0 04 FD") ||
                     line == QLatin1String("<- FE FE 94 E0 15 02 FD"))
             << line.toStdString();
     }
+    qint64 worst = 0;
+    for (const auto& c : clients) worst = std::max(worst, c->worst);
+    RecordProperty("worst_answer_ms", int(worst));
     for (const auto& c : clients) {
         EXPECT_GE(c->answers, kLoadMs / Poller::kIntervalMs * 9 / 10);
         EXPECT_EQ(c->wrong, 0);

@@ -112,6 +112,7 @@ TEST(Rigctl, RefusalsSayWhyWithTheProtocolsCodes) {
                     {"M WFM 0", "RPRT -11\n"},
                     {"M PKTLSB 0", "RPRT -11\n"},
                     {"V Sub", "RPRT -11\n"},
+                    {"V MEM", "RPRT -11\n"},
                     {"\\set_vfo_opt 1", "RPRT -11\n"},
                     // Protocol commands this server doesn't do.
                     {"j", "RPRT -4\n"},

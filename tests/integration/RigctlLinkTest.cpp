@@ -5,10 +5,8 @@
 
 #include "platform/SettingsStore.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -32,36 +30,16 @@ using test::waitFor;
 QString bin(const QString& name) { return QStringLiteral(TOLVANE_BINARY_DIR "/") + name; }
 
 void stopProcess(QProcess& p) {
-    if (p.state() == QProcess::NotRunning) return;
     p.terminate();
-    if (!p.waitForFinished(5000)) {
-        p.kill();
-        p.waitForFinished(3000);
-    }
-}
-
-quint16 freePort() {
-    QTcpServer probe;
-    probe.listen(QHostAddress::LocalHost, 0);
-    return probe.serverPort();
+    if (!p.waitForFinished(5000)) p.kill();
 }
 
 // Lets the loop run for a measured stretch of time.
-void runFor(int ms) {
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-}
+void runFor(int ms) { waitFor([] { return false; }, ms); }
 
+// A model, its address, and what the simulator receives for F 14025500, M CW 500, T 1, T 0, S 1 VFOB.
 struct Model {
-    const char* name;
-    const char* address;
-    // What the simulator receives for F 14025500, M CW 500, T 1, T 0 and S 1 VFOB.
-    const char* freq;
-    const char* modeCW;
-    const char* transmit;
-    const char* receive;
-    const char* split;
+    const char *name, *address, *freq, *modeCW, *transmit, *receive, *split;
 };
 
 const Model kIcom{"IC-7300", "94", "FE FE 94 E0 05 00 55 02 14 00 FD", "FE FE 94 E0 06 03", "FE FE 94 E0 1C 00 01 FD",
@@ -89,7 +67,11 @@ protected:
             s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty.ends[0]);
             s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
         }
-        port = freePort();
+        {
+            QTcpServer probe;  // a free port
+            probe.listen(QHostAddress::LocalHost, 0);
+            port = probe.serverPort();
+        }
         program.setProcessChannelMode(QProcess::MergedChannels);
         program.start(bin(QStringLiteral("tolvane")),
                       {QStringLiteral("--headless"), QStringLiteral("--config-dir"), dir.path(), QStringLiteral("--app-dir"),
@@ -106,24 +88,17 @@ protected:
     }
     void TearDown() override {
         stopProcess(program);
-        if (sim.state() != QProcess::NotRunning) {
-            sim.write("quit\n");
-            if (!sim.waitForFinished(3000)) sim.kill();
-        }
+        stopProcess(sim);
         pty.stop();
     }
     // Runs rigctl against the program to its end: exit code and what it printed.
     std::pair<int, QString> rigctl(const QStringList& commands) {
         QProcess p;
-        p.start(QStringLiteral("rigctl"),
-                QStringList{QStringLiteral("-m"), QStringLiteral("2"), QStringLiteral("-r"),
-                            QStringLiteral("127.0.0.1:%1").arg(port)} + commands);
-        if (!p.waitForFinished(20000)) {
-            p.kill();
-            p.waitForFinished();
-            return {-1, QString()};
-        }
-        return {p.exitCode(), QString::fromLocal8Bit(p.readAllStandardOutput() + p.readAllStandardError()).trimmed()};
+        p.setProcessChannelMode(QProcess::MergedChannels);
+        p.start(QStringLiteral("rigctl"), QStringList{QStringLiteral("-m"), QStringLiteral("2"), QStringLiteral("-r"),
+                                                      QStringLiteral("127.0.0.1:%1").arg(port)} + commands);
+        if (!p.waitForFinished(20000)) return {-1, QString()};
+        return {p.exitCode(), QString::fromLocal8Bit(p.readAll()).trimmed()};
     }
     // The simulator logs each message it receives ("<- ") and sends ("-> ").
     QString readSim() { return simLog += QString::fromLocal8Bit(sim.readAllStandardError()); }
@@ -150,28 +125,23 @@ class RigctlLink : public RigctlStation, public ::testing::WithParamInterface<co
 TEST_P(RigctlLink, RigctlOpensTheProgramAndTunesKeysAndSplitsTheRadio) {
     const Model& model = *GetParam();
     startStation(model);
+    auto run = [&](const char* commands) { return rigctl(QString::fromLatin1(commands).split(QLatin1Char(' '))); };
     // Opening reads the state dump; a failure to parse it ends rigctl with an error.
-    EXPECT_EQ(rigctl({QStringLiteral("f"), QStringLiteral("m")}), std::make_pair(0, QStringLiteral("7010000\nUSB\n2400")));
-
-    EXPECT_EQ(rigctl({QStringLiteral("F"), QStringLiteral("14025500")}).first, 0);
-    EXPECT_TRUE(simReceived(QString::fromLatin1(model.freq))) << simLog.right(800).toStdString();
+    EXPECT_EQ(run("f m"), std::make_pair(0, QStringLiteral("7010000\nUSB\n2400")));
+    // Each set reaches the radio as its own command, and a client reads it back.
+    const struct {
+        const char *set, *frame, *get, *answer;
+    } steps[] = {{"F 14025500", model.freq, "f", "14025500"}, {"M CW 500", model.modeCW, "m", "CW\n500"},
+                 {"T 1", model.transmit, "t", "1"},          {"T 0", model.receive, "t", "0"},
+                 {"S 1 VFOB", model.split, "s", "1\nVFOB"}};
+    for (const auto& step : steps) {
+        EXPECT_EQ(run(step.set).first, 0) << step.set;
+        EXPECT_TRUE(simReceived(QString::fromLatin1(step.frame))) << step.set << simLog.right(800).toStdString();
+        EXPECT_EQ(run(step.get), std::make_pair(0, QString::fromLatin1(step.answer))) << step.set;
+    }
     // The radio's own dial moves on, and a client reads where it went.
     sim.write("dial +100\n");
-    EXPECT_TRUE(waitFor([&] { return rigctl({QStringLiteral("f")}).second == QLatin1String("14025600"); }, 15000));
-
-    EXPECT_EQ(rigctl({QStringLiteral("M"), QStringLiteral("CW"), QStringLiteral("500")}).first, 0);
-    EXPECT_TRUE(simReceived(QString::fromLatin1(model.modeCW))) << simLog.right(800).toStdString();
-    EXPECT_EQ(rigctl({QStringLiteral("m")}).second, QStringLiteral("CW\n500"));
-
-    EXPECT_EQ(rigctl({QStringLiteral("T"), QStringLiteral("1")}).first, 0);
-    EXPECT_TRUE(simReceived(QString::fromLatin1(model.transmit)));
-    EXPECT_EQ(rigctl({QStringLiteral("t")}).second, QStringLiteral("1"));
-    EXPECT_EQ(rigctl({QStringLiteral("T"), QStringLiteral("0")}).first, 0);
-    EXPECT_TRUE(simReceived(QString::fromLatin1(model.receive)));
-
-    EXPECT_EQ(rigctl({QStringLiteral("S"), QStringLiteral("1"), QStringLiteral("VFOB")}).first, 0);
-    EXPECT_TRUE(simReceived(QString::fromLatin1(model.split))) << simLog.right(800).toStdString();
-    EXPECT_EQ(rigctl({QStringLiteral("s")}).second, QStringLiteral("1\nVFOB"));
+    EXPECT_TRUE(waitFor([&] { return run("f").second == QLatin1String("14025600"); }, 15000));
 }
 
 INSTANTIATE_TEST_SUITE_P(IcomAndKenwood, RigctlLink, ::testing::Values(&kIcom, &kKenwood),

@@ -1,6 +1,5 @@
 #pragma once
-// A radio behind the rig server's interface, for tests: its state is set by hand, and every set is
-// recorded as text.
+// A radio behind the rig server's interface, for tests: state set by hand, every set recorded as text.
 
 #include "netserver/RigBackend.h"
 
@@ -11,11 +10,10 @@ namespace tv::test {
 class FakeRig : public RigBackend {
 public:
     FakeRig() {
-        c.radio = true;
+        c.radio = c.vfoAB = c.split = c.ptt = c.meter = true;
         c.name = QStringLiteral("Icom IC-7300");
         c.modes.fill(true);
         c.modes[RigWBFM] = false;
-        c.vfoAB = c.split = c.ptt = c.meter = true;
     }
     RigCaps caps() const override { return c; }
     double frequencyHz() const override { return freq; }
@@ -28,36 +26,12 @@ public:
     double meter() const override { return meterFraction; }
     QString meterLabel() const override { return label; }
 
-    bool setFrequency(double hz) override {
-        sets << QStringLiteral("freq %1").arg(hz, 0, 'f', 0);
-        if (accept) freq = hz;
-        return accept;
-    }
-    bool setMode(int m, int passband) override {
-        sets << QStringLiteral("mode %1 %2").arg(m).arg(passband);
-        if (accept) mode_ = m;
-        return accept;
-    }
-    bool setVfo(RigVfo v) override {
-        sets << QStringLiteral("vfo %1").arg(int(v));
-        if (accept) vfo_ = v;
-        return accept;
-    }
-    bool setSplit(bool on) override {
-        sets << QStringLiteral("split %1").arg(on);
-        if (accept) split_ = on;
-        return accept;
-    }
-    bool setTxFrequency(double hz) override {
-        sets << QStringLiteral("tx %1").arg(hz, 0, 'f', 0);
-        if (accept) txFreq = hz;
-        return accept;
-    }
-    bool setPtt(bool on) override {
-        sets << QStringLiteral("ptt %1").arg(on);
-        if (accept) ptt_ = on;
-        return accept;
-    }
+    bool setFrequency(double hz) override { return set(QStringLiteral("freq %1").arg(hz, 0, 'f', 0), freq, hz); }
+    bool setMode(int m, int pb) override { return set(QStringLiteral("mode %1 %2").arg(m).arg(pb), mode_, m); }
+    bool setVfo(RigVfo v) override { return set(QStringLiteral("vfo %1").arg(int(v)), vfo_, v); }
+    bool setSplit(bool on) override { return set(QStringLiteral("split %1").arg(on), split_, on); }
+    bool setTxFrequency(double hz) override { return set(QStringLiteral("tx %1").arg(hz, 0, 'f', 0), txFreq, hz); }
+    bool setPtt(bool on) override { return set(QStringLiteral("ptt %1").arg(on), ptt_, on); }
 
     RigCaps c;
     double freq = 7010000, txFreq = 7010000;
@@ -68,6 +42,14 @@ public:
     QString label;
     bool accept = true;  // false: the program's queue refuses
     QStringList sets;
+
+private:
+    template <class T>
+    bool set(const QString& what, T& field, T value) {
+        sets << what;
+        if (accept) field = value;
+        return accept;
+    }
 };
 
 }  // namespace tv::test

@@ -32,11 +32,13 @@ namespace {
 // The program and the simulator, started once for all the socket benchmarks.
 struct Station {
     bool start() {
-        const QString bin = QDir(QCoreApplication::applicationDirPath() + QStringLiteral("/..")).absolutePath();
+        const QString bin =
+            QDir(QCoreApplication::applicationDirPath() + QStringLiteral("/..")).absolutePath();
         if (!tv::test::PtyPair::available() || !pty.start()) return fail("socat is needed");
         sim.start(bin + QStringLiteral("/tolvane-radiosim"),
-                  {QStringLiteral("--device"), pty.ends[1], QStringLiteral("--model"), QStringLiteral("IC-7300"),
-                   QStringLiteral("--freq"), QStringLiteral("14025.5"), QStringLiteral("--mode"), QStringLiteral("CW")});
+                  {QStringLiteral("--device"), pty.ends[1], QStringLiteral("--model"),
+                   QStringLiteral("IC-7300"), QStringLiteral("--freq"), QStringLiteral("14025.5"),
+                   QStringLiteral("--mode"), QStringLiteral("CW")});
         if (!sim.waitForStarted(5000)) return fail("tolvane-radiosim did not start");
         QFile ini(dir.filePath(QStringLiteral("Tolvane.ini")));
         if (!ini.open(QIODevice::WriteOnly)) return fail("no settings file");
@@ -50,11 +52,13 @@ struct Station {
         port = probe.serverPort();
         probe.close();
         program.setProcessChannelMode(QProcess::MergedChannels);
-        program.start(bin + QStringLiteral("/tolvane"),
-                      {QStringLiteral("--headless"), QStringLiteral("--config-dir"), dir.path(), QStringLiteral("--app-dir"),
-                       bin, QStringLiteral("--net-port"), QString::number(port)});
+        program.start(
+            bin + QStringLiteral("/tolvane"),
+            {QStringLiteral("--headless"), QStringLiteral("--config-dir"), dir.path(),
+             QStringLiteral("--app-dir"), bin, QStringLiteral("--net-port"), QString::number(port)});
         QByteArray out;
-        const bool up = tv::test::waitFor([&] { return (out += program.readAll()).contains("Radio: mode CW"); }, 30000);
+        const bool up =
+            tv::test::waitFor([&] { return (out += program.readAll()).contains("Radio: mode CW"); }, 30000);
         return up || fail("the program did not follow the radio");
     }
     ~Station() {
@@ -134,14 +138,18 @@ void roundTrips(benchmark::State& state, int background) {
     state.counters["p99_us"] = micros[std::min(micros.size() - 1, micros.size() * 99 / 100)];
 }
 
-void BM_OneClientAlone(benchmark::State& state) { roundTrips(state, 0); }
-void BM_OneClientAmongTen(benchmark::State& state) { roundTrips(state, 9); }
+void BM_OneClientAlone(benchmark::State& state) {
+    roundTrips(state, 0);
+}
+void BM_OneClientAmongTen(benchmark::State& state) {
+    roundTrips(state, 9);
+}
 BENCHMARK(BM_OneClientAlone)->UseRealTime()->MinTime(5.0);
 BENCHMARK(BM_OneClientAmongTen)->UseRealTime()->MinTime(5.0);
 
 // The protocol alone: one line in, its answer out, on a radio that answers at once.
 class StillRig : public tv::RigBackend {
-public:
+  public:
     tv::RigCaps caps() const override {
         tv::RigCaps c;
         c.radio = c.vfoAB = c.split = c.ptt = c.meter = true;

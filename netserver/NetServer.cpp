@@ -19,13 +19,15 @@ bool isTrue(const QString& value) {
 }
 
 QString endpoint(const QHostAddress& a, quint16 port) {
-    const QString host = a.protocol() == QAbstractSocket::IPv6Protocol ? QLatin1Char('[') + a.toString() + QLatin1Char(']')
-                                                                        : a.toString();
+    const QString host = a.protocol() == QAbstractSocket::IPv6Protocol
+                             ? QLatin1Char('[') + a.toString() + QLatin1Char(']')
+                             : a.toString();
     return host + QLatin1Char(':') + QString::number(port);
 }
 }  // namespace
 
-NetServer::NetServer(RigBackend& rig, SettingsStore& settings, Common& common, Label& status, QString serverName)
+NetServer::NetServer(RigBackend& rig, SettingsStore& settings, Common& common, Label& status,
+                     QString serverName)
     : settings_(settings), common_(common), status_(status), server_(rig, std::move(serverName)) {
     server_.onLog = [this](const QString& line) { common_.LogLine(line); };
     server_.onClientsChanged = [this] { showStatus(); };
@@ -50,7 +52,8 @@ void NetServer::Initialize(const NetServerOptions& options) {
     // Written back as read, so that the operator finds the keys in the file.
     const QString enabledText = settings_.GetSetting(kGeneral, kEnabledKey, QStringLiteral("True"));
     const QString portText = settings_.GetSetting(kGeneral, kPortKey, QString::number(kDefaultPort));
-    const QString addressText = settings_.GetSetting(kGeneral, kAddressKey, QString::fromLatin1(kDefaultAddress));
+    const QString addressText =
+        settings_.GetSetting(kGeneral, kAddressKey, QString::fromLatin1(kDefaultAddress));
     settings_.SaveSetting(kGeneral, kEnabledKey, enabledText);
     settings_.SaveSetting(kGeneral, kPortKey, portText);
     settings_.SaveSetting(kGeneral, kAddressKey, addressText);
@@ -66,22 +69,27 @@ void NetServer::Initialize(const NetServerOptions& options) {
     const uint port = portText.trimmed().toUInt(&ok);
     port_ = options.port ? *options.port : ok && port > 0 && port < 65536 ? quint16(port) : kDefaultPort;
     if (!options.port && !(ok && port > 0 && port < 65536))
-        common_.LogLine(QStringLiteral("NetServer: NetServerPort \"%1\" is no port; using %2").arg(portText).arg(kDefaultPort));
+        common_.LogLine(QStringLiteral("NetServer: NetServerPort \"%1\" is no port; using %2")
+                            .arg(portText)
+                            .arg(kDefaultPort));
     bool valid = false;
     address_ = parseAddress(addressText, &valid);
     if (!valid)
         common_.LogLine(QStringLiteral("NetServer: NetServerAddress \"%1\" is no address; using %2")
                             .arg(addressText, address_.toString()));
     if (!address_.isLoopback())
-        common_.LogLine(QStringLiteral("NetServer: warning: listening on %1, not on loopback: any computer that "
-                                       "reaches it can tune and key the radio")
-                            .arg(address_.toString()));
+        common_.LogLine(
+            QStringLiteral("NetServer: warning: listening on %1, not on loopback: any computer that "
+                           "reaches it can tune and key the radio")
+                .arg(address_.toString()));
     if (server_.listen(address_, port_)) {
         port_ = server_.serverPort();
-        common_.LogLine(QStringLiteral("NetServer: listening on %1 for rigctld clients").arg(endpoint(address_, port_)));
+        common_.LogLine(
+            QStringLiteral("NetServer: listening on %1 for rigctld clients").arg(endpoint(address_, port_)));
     } else {
         failure_ = server_.errorString();
-        common_.LogLine(QStringLiteral("NetServer: cannot listen on %1: %2").arg(endpoint(address_, port_), failure_));
+        common_.LogLine(
+            QStringLiteral("NetServer: cannot listen on %1: %2").arg(endpoint(address_, port_), failure_));
     }
     showStatus();
 }

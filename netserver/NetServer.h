@@ -23,7 +23,7 @@ struct NetServerOptions {
 };
 
 class NetServer {
-public:
+  public:
     static constexpr quint16 kDefaultPort = 4532;  // rigctld's own, which the clients offer first
     static constexpr const char* kDefaultAddress = "127.0.0.1";
 
@@ -37,7 +37,7 @@ public:
     // The address as the settings give it: loopback when the text names no address.
     static QHostAddress parseAddress(const QString& text, bool* valid = nullptr);
 
-private:
+  private:
     void showStatus();
 
     SettingsStore& settings_;

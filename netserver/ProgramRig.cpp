@@ -55,7 +55,9 @@ RigCaps ProgramRig::caps() const {
     return c;
 }
 
-double ProgramRig::frequencyHz() const { return m_.RadioFreq * 1000.0; }
+double ProgramRig::frequencyHz() const {
+    return m_.RadioFreq * 1000.0;
+}
 
 int ProgramRig::mode() const {
     // The checked option is the mode on show: a gesture checks it before its command leaves.
@@ -72,9 +74,13 @@ RigVfo ProgramRig::vfo() const {
     return mainSubOnly ? RigVfo::Main : RigVfo::A;
 }
 
-bool ProgramRig::split() const { return m_.main().SplitBox.checked(); }
+bool ProgramRig::split() const {
+    return m_.main().SplitBox.checked();
+}
 
-double ProgramRig::otherVfoKHz() const { return m_.CurrentVFO == 1 ? m_.VFOAFreq : m_.VFOBFreq; }
+double ProgramRig::otherVfoKHz() const {
+    return m_.CurrentVFO == 1 ? m_.VFOAFreq : m_.VFOBFreq;
+}
 
 double ProgramRig::txFrequencyHz() const {
     const double other = otherVfoKHz();
@@ -88,7 +94,9 @@ int ProgramRig::txMode() const {
     return mode();
 }
 
-bool ProgramRig::ptt() const { return m_.main().PTTFrame.caption() == kTransmitting; }
+bool ProgramRig::ptt() const {
+    return m_.main().PTTFrame.caption() == kTransmitting;
+}
 
 bool ProgramRig::setFrequency(double hz) {
     return queued([&] { m_.SetXcvrFreq(hz / 1000.0); });
@@ -110,10 +118,18 @@ bool ProgramRig::setVfo(RigVfo vfo) {
     KavMain& w = m_.main();
     CommandButton* button = &w.VFOASelCmd;
     switch (vfo) {
-        case RigVfo::A: button = &w.VFOASelCmd; break;
-        case RigVfo::B: button = &w.VFOBSelCmd; break;
-        case RigVfo::Main: button = &w.MainSelCmd; break;
-        case RigVfo::Sub: button = &w.SubSelCmd; break;
+        case RigVfo::A:
+            button = &w.VFOASelCmd;
+            break;
+        case RigVfo::B:
+            button = &w.VFOBSelCmd;
+            break;
+        case RigVfo::Main:
+            button = &w.MainSelCmd;
+            break;
+        case RigVfo::Sub:
+            button = &w.SubSelCmd;
+            break;
     }
     return queued([&] {
         // Shown first: not every radio reports which VFO it is on.

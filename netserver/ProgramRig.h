@@ -9,7 +9,7 @@ namespace tv {
 class KavModule;
 
 class ProgramRig : public RigBackend {
-public:
+  public:
     explicit ProgramRig(KavModule& module);
     ProgramRig(const ProgramRig&) = delete;
     ProgramRig& operator=(const ProgramRig&) = delete;
@@ -35,7 +35,7 @@ public:
     bool setTxFrequency(double hz) override;
     bool setPtt(bool on) override;
 
-private:
+  private:
     template <class F>
     bool queued(F gesture);
     double otherVfoKHz() const;

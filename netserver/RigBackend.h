@@ -12,7 +12,16 @@ namespace tv {
 
 // The program's mode numbers, as the queue and the settings use them.
 enum RigMode : int {
-    RigLSB = 0, RigUSB, RigAM, RigCW, RigRTTY, RigFM, RigWBFM, RigCWR, RigRTTYR, RigPKT,
+    RigLSB = 0,
+    RigUSB,
+    RigAM,
+    RigCW,
+    RigRTTY,
+    RigFM,
+    RigWBFM,
+    RigCWR,
+    RigRTTYR,
+    RigPKT,
     kRigModeCount
 };
 
@@ -31,7 +40,7 @@ struct RigCaps {
 };
 
 class RigBackend {
-public:
+  public:
     virtual ~RigBackend() = default;
 
     virtual RigCaps caps() const = 0;

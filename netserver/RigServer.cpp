@@ -9,8 +9,9 @@ namespace tv {
 
 struct RigServer::Client {
     Client(RigBackend& backend, const QString& serverName, QTcpSocket* s)
-        : socket(s), session(backend, serverName), peer(s->peerAddress().toString() + QLatin1Char(':') +
-                                                        QString::number(s->peerPort())) {}
+        : socket(s),
+          session(backend, serverName),
+          peer(s->peerAddress().toString() + QLatin1Char(':') + QString::number(s->peerPort())) {}
     QPointer<QTcpSocket> socket;
     RigctlSession session;
     QString peer;

@@ -25,7 +25,7 @@ class RigBackend;
 
 class RigServer : public QObject {
     Q_OBJECT
-public:
+  public:
     // A longer line is no command of the protocol: the client is told so and dropped.
     static constexpr qsizetype kMaxLine = 4096;
     // Answers a client has left unread; past this it is dropped, so that it can't make us hoard them.
@@ -52,7 +52,7 @@ public:
     std::function<void(const QString&)> onLog;
     std::function<void()> onClientsChanged;
 
-private:
+  private:
     struct Client;
     void accept();
     void serve(const std::shared_ptr<Client>& c);

@@ -91,9 +91,9 @@ struct ModeRow {
 };
 // One row per program mode, in mode number order.
 constexpr ModeRow kModes[] = {
-    {RigLSB, "LSB", 0x8, 2400},        {RigUSB, "USB", 0x4, 2400},   {RigAM, "AM", 0x1, 6000},
-    {RigCW, "CW", 0x2, 500},           {RigRTTY, "RTTY", 0x10, 500}, {RigFM, "FM", 0x20, 15000},
-    {RigWBFM, "WFM", 0x40, 230000},    {RigCWR, "CWR", 0x80, 500},   {RigRTTYR, "RTTYR", 0x100, 500},
+    {RigLSB, "LSB", 0x8, 2400},      {RigUSB, "USB", 0x4, 2400},   {RigAM, "AM", 0x1, 6000},
+    {RigCW, "CW", 0x2, 500},         {RigRTTY, "RTTY", 0x10, 500}, {RigFM, "FM", 0x20, 15000},
+    {RigWBFM, "WFM", 0x40, 230000},  {RigCWR, "CWR", 0x80, 500},   {RigRTTYR, "RTTYR", 0x100, 500},
     {RigPKT, "PKTUSB", 0x800, 2400},
 };
 static_assert(std::size(kModes) == kRigModeCount, "one row per program mode");
@@ -103,6 +103,7 @@ constexpr const char* kForeignModes[] = {"AMS", "PKTLSB", "PKTFM", "ECSSUSB", "E
                                          "FAX", "SAM",    "SAL",   "SAH",     "DSB"};
 
 // Level names of the protocol; only the two meter readings are answered.
+// clang-format off
 constexpr const char* kLevels[] = {
     "PREAMP",  "ATT",        "VOXDELAY",   "AF",        "RF",         "SQL",        "IF",
     "APF",     "NR",         "PBT_IN",     "PBT_OUT",   "CWPITCH",    "RFPOWER",    "MICGAIN",
@@ -110,9 +111,11 @@ constexpr const char* kLevels[] = {
     "VOXGAIN", "ANTIVOX",    "SLOPE_LOW",  "SLOPE_HIGH", "BKIN_DLYMS", "RAWSTR",    "SWR",
     "ALC",     "STRENGTH",   "RFPOWER_METER", "COMP_METER", "VD_METER", "ID_METER", "NOTCHF_RAW",
     "MONITOR_GAIN", "NB",    "RFPOWER_METER_WATTS", "USB_AF"};
+// clang-format on
 
 // VFO tokens of the protocol that name nothing the program can select.
-constexpr const char* kForeignVfos[] = {"VFOC", "MEM", "TX", "RX", "MainA", "MainB", "MainC", "SubA", "SubB", "SubC"};
+constexpr const char* kForeignVfos[] = {"VFOC",  "MEM",   "TX",   "RX",   "MainA",
+                                        "MainB", "MainC", "SubA", "SubB", "SubC"};
 
 bool isForeignVfo(QByteArrayView name) {
     for (const char* v : kForeignVfos)
@@ -129,17 +132,24 @@ constexpr quint64 kTargetableFreqMode = 0x3;
 // The catalogue has no frequency ranges: the range offered is what the program itself will tune.
 constexpr double kMaxFrequencyHz = 999999990.0;
 
-bool equalsNoCase(QByteArrayView a, const char* b) { return a.compare(QByteArrayView(b), Qt::CaseInsensitive) == 0; }
+bool equalsNoCase(QByteArrayView a, const char* b) {
+    return a.compare(QByteArrayView(b), Qt::CaseInsensitive) == 0;
+}
 
-bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f'; }
+bool isSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
+}
 
 // The extended response is asked for by a leading punctuation mark, except these, which begin a
 // command or a comment.
 bool isExtendedMark(char c) {
-    return std::ispunct(static_cast<unsigned char>(c)) && c != '\\' && c != '?' && c != '_' && c != '#' && c != '*';
+    return std::ispunct(static_cast<unsigned char>(c)) && c != '\\' && c != '?' && c != '_' && c != '#' &&
+           c != '*';
 }
 
-QByteArray hex(quint64 v) { return QByteArrayLiteral("0x") + QByteArray::number(v, 16); }
+QByteArray hex(quint64 v) {
+    return QByteArrayLiteral("0x") + QByteArray::number(v, 16);
+}
 
 std::optional<double> parseFrequency(const QByteArray& text) {
     bool ok = false;
@@ -156,16 +166,28 @@ std::optional<int> parseInt(const QByteArray& text) {
 
 bool returnsValues(Op op) {
     switch (op) {
-        case Op::GetFreq: case Op::GetMode: case Op::GetVfo: case Op::GetPtt: case Op::GetSplitVfo:
-        case Op::GetSplitFreq: case Op::GetSplitMode: case Op::GetLevel: case Op::GetPowerstat: case Op::GetInfo:
-        case Op::DumpState: case Op::ChkVfo: case Op::GetLockMode:
+        case Op::GetFreq:
+        case Op::GetMode:
+        case Op::GetVfo:
+        case Op::GetPtt:
+        case Op::GetSplitVfo:
+        case Op::GetSplitFreq:
+        case Op::GetSplitMode:
+        case Op::GetLevel:
+        case Op::GetPowerstat:
+        case Op::GetInfo:
+        case Op::DumpState:
+        case Op::ChkVfo:
+        case Op::GetLockMode:
             return true;
         default:
             return false;
     }
 }
 
-QByteArray hz(double v) { return QByteArray::number(qint64(std::llround(v))); }
+QByteArray hz(double v) {
+    return QByteArray::number(qint64(std::llround(v)));
+}
 
 }  // namespace
 
@@ -213,7 +235,9 @@ RigctlRequest parseRigctlLine(QByteArrayView line) {
     return r;
 }
 
-QByteArray rigctlModeName(int mode) { return mode >= 0 && mode < kRigModeCount ? kModes[mode].name : ""; }
+QByteArray rigctlModeName(int mode) {
+    return mode >= 0 && mode < kRigModeCount ? kModes[mode].name : "";
+}
 
 int rigctlModeFromName(QByteArrayView name) {
     for (const ModeRow& m : kModes)
@@ -221,9 +245,13 @@ int rigctlModeFromName(QByteArrayView name) {
     return -1;
 }
 
-quint64 rigctlModeBit(int mode) { return mode >= 0 && mode < kRigModeCount ? kModes[mode].bit : 0; }
+quint64 rigctlModeBit(int mode) {
+    return mode >= 0 && mode < kRigModeCount ? kModes[mode].bit : 0;
+}
 
-int rigctlNormalPassband(int mode) { return mode >= 0 && mode < kRigModeCount ? kModes[mode].passband : 0; }
+int rigctlNormalPassband(int mode) {
+    return mode >= 0 && mode < kRigModeCount ? kModes[mode].passband : 0;
+}
 
 std::optional<RigVfo> rigctlVfoFromName(QByteArrayView name, bool* current) {
     if (current) *current = false;
@@ -240,10 +268,14 @@ std::optional<RigVfo> rigctlVfoFromName(QByteArrayView name, bool* current) {
 
 QByteArray rigctlVfoName(RigVfo vfo) {
     switch (vfo) {
-        case RigVfo::A: return "VFOA";
-        case RigVfo::B: return "VFOB";
-        case RigVfo::Main: return "Main";
-        case RigVfo::Sub: return "Sub";
+        case RigVfo::A:
+            return "VFOA";
+        case RigVfo::B:
+            return "VFOB";
+        case RigVfo::Main:
+            return "Main";
+        case RigVfo::Sub:
+            return "Sub";
     }
     return "VFOA";
 }
@@ -271,8 +303,8 @@ QByteArray rigctlDumpState(const RigCaps& caps, const QString& serverName) {
         if (caps.modes[size_t(m)]) modes |= kModes[m].bit;
     quint64 vfos = (caps.vfoAB ? kVfoA | kVfoB : 0) | (caps.mainSub ? kVfoMain | kVfoSub : 0);
     if (vfos == 0) vfos = kVfoA;
-    const QByteArray range = QByteArrayLiteral("0.000000 ") + QByteArray::number(kMaxFrequencyHz, 'f', 6) + ' ' +
-                             hex(modes) + " -1 -1 " + hex(vfos) + " 0x1\n";
+    const QByteArray range = QByteArrayLiteral("0.000000 ") + QByteArray::number(kMaxFrequencyHz, 'f', 6) +
+                             ' ' + hex(modes) + " -1 -1 " + hex(vfos) + " 0x1\n";
     const QByteArray endOfList = "0 0 0 0 0 0 0\n";
     QByteArray out;
     out += "1\n";  // protocol version
@@ -287,9 +319,10 @@ QByteArray rigctlDumpState(const RigCaps& caps, const QString& serverName) {
     out += "0\n0\n0\n";  // no RIT, XIT or IF shift
     out += "0\n";        // announcements
     out += "\n\n";       // no preamplifier or attenuator steps
-    out += "0x0\n0x0\n";  // functions
-    out += hex(caps.meter ? kLevelRawStr | kLevelStrength : 0) + "\n0x0\n";  // levels, get and set
-    out += "0x0\n0x0\n";  // parameters
+    // Functions, levels and parameters, each got and set: only the meter's levels are read.
+    out += "0x0\n0x0\n";
+    out += hex(caps.meter ? kLevelRawStr | kLevelStrength : 0) + "\n0x0\n";
+    out += "0x0\n0x0\n";
     out += "vfo_ops=0x0\n";
     out += "ptt_type=" + hex(caps.ptt ? 1 : 0) + '\n';
     out += "targetable_vfo=" + hex(kTargetableFreqMode) + '\n';
@@ -333,7 +366,8 @@ RigctlSession::Result RigctlSession::run(const RigctlRequest& r) {
     };
 
     switch (r.command->op) {
-        case Op::GetFreq: return {Ok, {hz(rig_.frequencyHz())}};
+        case Op::GetFreq:
+            return {Ok, {hz(rig_.frequencyHz())}};
         case Op::SetFreq: {
             const auto f = parseFrequency(a[0]);
             if (!f) return {Invalid, {}};
@@ -357,7 +391,8 @@ RigctlSession::Result RigctlSession::run(const RigctlRequest& r) {
             if (mode < 0) return {mode, {}};
             return set(rig_.setMode(mode, passband));
         }
-        case Op::GetVfo: return {Ok, {rigctlVfoName(rig_.vfo())}};
+        case Op::GetVfo:
+            return {Ok, {rigctlVfoName(rig_.vfo())}};
         case Op::SetVfo: {
             bool current = false;
             const auto vfo = rigctlVfoFromName(a[0], &current);
@@ -379,7 +414,8 @@ RigctlSession::Result RigctlSession::run(const RigctlRequest& r) {
         case Op::GetSplitVfo: {
             const bool mainSubOnly = caps.mainSub && !caps.vfoAB;
             const bool on = caps.split && rig_.split();
-            const RigVfo tx = on ? (mainSubOnly ? RigVfo::Sub : RigVfo::B) : (mainSubOnly ? RigVfo::Main : RigVfo::A);
+            const RigVfo tx =
+                on ? (mainSubOnly ? RigVfo::Sub : RigVfo::B) : (mainSubOnly ? RigVfo::Main : RigVfo::A);
             return {Ok, {on ? "1" : "0", rigctlVfoName(tx)}};
         }
         case Op::SetSplitVfo: {
@@ -390,7 +426,8 @@ RigctlSession::Result RigctlSession::run(const RigctlRequest& r) {
             if (!caps.split) return {NotAvailable, {}};
             return set(rig_.setSplit(*on == 1));
         }
-        case Op::GetSplitFreq: return {Ok, {hz(rig_.txFrequencyHz())}};
+        case Op::GetSplitFreq:
+            return {Ok, {hz(rig_.txFrequencyHz())}};
         case Op::SetSplitFreq: {
             const auto f = parseFrequency(a[0]);
             if (!f) return {Invalid, {}};
@@ -418,27 +455,37 @@ RigctlSession::Result RigctlSession::run(const RigctlRequest& r) {
             if (strength || raw) {
                 if (!caps.meter) return {NotAvailable, {}};
                 const double fraction = std::clamp(rig_.meter(), 0.0, 1.0);
-                const int value = strength ? rigctlStrength(fraction, rig_.meterLabel()) : int(std::lround(fraction * 255));
+                const int value =
+                    strength ? rigctlStrength(fraction, rig_.meterLabel()) : int(std::lround(fraction * 255));
                 return {Ok, {QByteArray::number(value)}};
             }
             for (const char* known : kLevels)
                 if (equalsNoCase(level, known)) return {NotAvailable, {}};
             return {Invalid, {}};
         }
-        case Op::GetPowerstat: return {Ok, {"1"}};
+        case Op::GetPowerstat:
+            return {Ok, {"1"}};
         case Op::GetInfo:
-            return {Ok, {serverName_.toUtf8() + ", " + (caps.radio ? caps.name.toUtf8() : QByteArray("no radio"))}};
-        case Op::DumpState: return {Ok, {rigctlDumpState(caps, serverName_)}};
-        case Op::ChkVfo: return {Ok, {"0"}};
+            return {
+                Ok,
+                {serverName_.toUtf8() + ", " + (caps.radio ? caps.name.toUtf8() : QByteArray("no radio"))}};
+        case Op::DumpState:
+            return {Ok, {rigctlDumpState(caps, serverName_)}};
+        case Op::ChkVfo:
+            return {Ok, {"0"}};
         case Op::SetVfoOpt: {
             // Commands with a VFO in front of their arguments aren't spoken here.
             const auto on = parseInt(a[0]);
             if (!on) return {Invalid, {}};
             return {*on == 0 ? Ok : NotAvailable, {}};
         }
-        case Op::GetLockMode: return {Ok, {"0"}};
-        case Op::Quit: closing_ = true; return {Ok, {}};
-        case Op::NotImplemented: return {NotImplemented, {}};
+        case Op::GetLockMode:
+            return {Ok, {"0"}};
+        case Op::Quit:
+            closing_ = true;
+            return {Ok, {}};
+        case Op::NotImplemented:
+            return {NotImplemented, {}};
     }
     return {Invalid, {}};
 }

@@ -25,9 +25,28 @@ inline constexpr int NotAvailable = -11;   // the selected radio can't do it
 }  // namespace RigctlCode
 
 enum class RigctlOp {
-    GetFreq, SetFreq, GetMode, SetMode, GetVfo, SetVfo, GetPtt, SetPtt,
-    GetSplitVfo, SetSplitVfo, GetSplitFreq, SetSplitFreq, GetSplitMode, SetSplitMode,
-    GetLevel, GetPowerstat, GetInfo, DumpState, ChkVfo, SetVfoOpt, GetLockMode, Quit,
+    GetFreq,
+    SetFreq,
+    GetMode,
+    SetMode,
+    GetVfo,
+    SetVfo,
+    GetPtt,
+    SetPtt,
+    GetSplitVfo,
+    SetSplitVfo,
+    GetSplitFreq,
+    SetSplitFreq,
+    GetSplitMode,
+    SetSplitMode,
+    GetLevel,
+    GetPowerstat,
+    GetInfo,
+    DumpState,
+    ChkVfo,
+    SetVfoOpt,
+    GetLockMode,
+    Quit,
     NotImplemented,
 };
 
@@ -71,14 +90,14 @@ QByteArray rigctlDumpState(const RigCaps& caps, const QString& serverName);
 
 // One client's conversation: each line in, the bytes of its answer out.
 class RigctlSession {
-public:
+  public:
     RigctlSession(RigBackend& backend, QString serverName);
 
     QByteArray answer(QByteArrayView line);
     // Set after "q": the answer is the last one, and the connection closes.
     bool closing() const { return closing_; }
 
-private:
+  private:
     struct Result {
         int code = RigctlCode::Ok;
         QList<QByteArray> values;

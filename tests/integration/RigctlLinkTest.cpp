@@ -27,7 +27,9 @@ namespace {
 using test::PtyPair;
 using test::waitFor;
 
-QString bin(const QString& name) { return QStringLiteral(TOLVANE_BINARY_DIR "/") + name; }
+QString bin(const QString& name) {
+    return QStringLiteral(TOLVANE_BINARY_DIR "/") + name;
+}
 
 void stopProcess(QProcess& p) {
     p.terminate();
@@ -35,34 +37,43 @@ void stopProcess(QProcess& p) {
 }
 
 // Lets the loop run for a measured stretch of time.
-void runFor(int ms) { waitFor([] { return false; }, ms); }
+void runFor(int ms) {
+    waitFor([] { return false; }, ms);
+}
 
 // A model, its address, and what the simulator receives for F 14025500, M CW 500, T 1, T 0, S 1 VFOB.
 struct Model {
     const char *name, *address, *freq, *modeCW, *transmit, *receive, *split;
 };
 
-const Model kIcom{"IC-7300", "94", "FE FE 94 E0 05 00 55 02 14 00 FD", "FE FE 94 E0 06 03", "FE FE 94 E0 1C 00 01 FD",
-                  "FE FE 94 E0 1C 00 00 FD", "FE FE 94 E0 0F 01 FD"};
+const Model kIcom{"IC-7300",
+                  "94",
+                  "FE FE 94 E0 05 00 55 02 14 00 FD",
+                  "FE FE 94 E0 06 03",
+                  "FE FE 94 E0 1C 00 01 FD",
+                  "FE FE 94 E0 1C 00 00 FD",
+                  "FE FE 94 E0 0F 01 FD"};
 const Model kKenwood{"TS-2000", "", "FA00014025500;", "MD3;", "TX;", "RX;", "FT1;"};
 
 class RigctlStation : public ::testing::Test {
-protected:
+  protected:
     void startStation(const Model& model) {
         if (QStandardPaths::findExecutable(QStringLiteral("rigctl")).isEmpty())
             GTEST_SKIP() << "rigctl not installed (Debian package libhamlib-utils)";
         ASSERT_TRUE(PtyPair::available()) << "socat not installed";
         ASSERT_TRUE(pty.start());
         sim.start(bin(QStringLiteral("tolvane-radiosim")),
-                  {QStringLiteral("--device"), pty.ends[1], QStringLiteral("--model"), QString::fromLatin1(model.name),
-                   QStringLiteral("--freq"), QStringLiteral("7010"), QStringLiteral("--mode"), QStringLiteral("USB")});
+                  {QStringLiteral("--device"), pty.ends[1], QStringLiteral("--model"),
+                   QString::fromLatin1(model.name), QStringLiteral("--freq"), QStringLiteral("7010"),
+                   QStringLiteral("--mode"), QStringLiteral("USB")});
         ASSERT_TRUE(sim.waitForStarted(5000));
         ASSERT_TRUE(waitFor([&] { return sim.canReadLine(); }, 5000));
         {
             SettingsStore s(dir.filePath(QStringLiteral("Tolvane.ini")), nullptr);
             const QString g = QStringLiteral("General");
             s.SaveSetting(g, QStringLiteral("Radio"), QString::fromLatin1(model.name));
-            if (*model.address) s.SaveSetting(g, QStringLiteral("RadioId"), QString::fromLatin1(model.address));
+            if (*model.address)
+                s.SaveSetting(g, QStringLiteral("RadioId"), QString::fromLatin1(model.address));
             s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
             s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty.ends[0]);
             s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
@@ -74,8 +85,9 @@ protected:
         }
         program.setProcessChannelMode(QProcess::MergedChannels);
         program.start(bin(QStringLiteral("tolvane")),
-                      {QStringLiteral("--headless"), QStringLiteral("--config-dir"), dir.path(), QStringLiteral("--app-dir"),
-                       QStringLiteral(TOLVANE_SOURCE_DIR "/data"), QStringLiteral("--net-port"), QString::number(port)});
+                      {QStringLiteral("--headless"), QStringLiteral("--config-dir"), dir.path(),
+                       QStringLiteral("--app-dir"), QStringLiteral(TOLVANE_SOURCE_DIR "/data"),
+                       QStringLiteral("--net-port"), QString::number(port)});
         ASSERT_TRUE(program.waitForStarted(10000));
         ASSERT_TRUE(waitFor(
             [&] {
@@ -95,8 +107,10 @@ protected:
     std::pair<int, QString> rigctl(const QStringList& commands) {
         QProcess p;
         p.setProcessChannelMode(QProcess::MergedChannels);
-        p.start(QStringLiteral("rigctl"), QStringList{QStringLiteral("-m"), QStringLiteral("2"), QStringLiteral("-r"),
-                                                      QStringLiteral("127.0.0.1:%1").arg(port)} + commands);
+        p.start(QStringLiteral("rigctl"),
+                QStringList{QStringLiteral("-m"), QStringLiteral("2"), QStringLiteral("-r"),
+                            QStringLiteral("127.0.0.1:%1").arg(port)} +
+                    commands);
         if (!p.waitForFinished(20000)) return {-1, QString()};
         return {p.exitCode(), QString::fromLocal8Bit(p.readAll()).trimmed()};
     }
@@ -125,18 +139,23 @@ class RigctlLink : public RigctlStation, public ::testing::WithParamInterface<co
 TEST_P(RigctlLink, RigctlOpensTheProgramAndTunesKeysAndSplitsTheRadio) {
     const Model& model = *GetParam();
     startStation(model);
-    auto run = [&](const char* commands) { return rigctl(QString::fromLatin1(commands).split(QLatin1Char(' '))); };
+    auto run = [&](const char* commands) {
+        return rigctl(QString::fromLatin1(commands).split(QLatin1Char(' ')));
+    };
     // Opening reads the state dump; a failure to parse it ends rigctl with an error.
     EXPECT_EQ(run("f m"), std::make_pair(0, QStringLiteral("7010000\nUSB\n2400")));
     // Each set reaches the radio as its own command, and a client reads it back.
     const struct {
         const char *set, *frame, *get, *answer;
-    } steps[] = {{"F 14025500", model.freq, "f", "14025500"}, {"M CW 500", model.modeCW, "m", "CW\n500"},
-                 {"T 1", model.transmit, "t", "1"},          {"T 0", model.receive, "t", "0"},
+    } steps[] = {{"F 14025500", model.freq, "f", "14025500"},
+                 {"M CW 500", model.modeCW, "m", "CW\n500"},
+                 {"T 1", model.transmit, "t", "1"},
+                 {"T 0", model.receive, "t", "0"},
                  {"S 1 VFOB", model.split, "s", "1\nVFOB"}};
     for (const auto& step : steps) {
         EXPECT_EQ(run(step.set).first, 0) << step.set;
-        EXPECT_TRUE(simReceived(QString::fromLatin1(step.frame))) << step.set << simLog.right(800).toStdString();
+        EXPECT_TRUE(simReceived(QString::fromLatin1(step.frame)))
+            << step.set << simLog.right(800).toStdString();
         EXPECT_EQ(run(step.get), std::make_pair(0, QString::fromLatin1(step.answer))) << step.set;
     }
     // The radio's own dial moves on, and a client reads where it went.
@@ -202,10 +221,12 @@ TEST_F(RigctlStation, TenClientsPollingForAMinuteCostTheRadioNothing) {
     RecordProperty("frames_with_clients_60s", loaded);
     // Only the polls of frequency, mode and meter went to the radio meanwhile, at the rate they go
     // without clients (within what a loaded test machine's timers allow).
-    EXPECT_NEAR(rateLoaded, rateAlone, rateAlone * 0.1) << alone << " frames alone, " << loaded << " with clients";
+    EXPECT_NEAR(rateLoaded, rateAlone, rateAlone * 0.1)
+        << alone << " frames alone, " << loaded << " with clients";
     for (const QString& line : simLog.mid(loadFrom).split(QLatin1Char('\n'))) {
         if (!line.startsWith(QLatin1String("<- "))) continue;
-        EXPECT_TRUE(line == QLatin1String("<- FE FE 94 E0 03 FD") || line == QLatin1String("<- FE FE 94 E0 04 FD") ||
+        EXPECT_TRUE(line == QLatin1String("<- FE FE 94 E0 03 FD") ||
+                    line == QLatin1String("<- FE FE 94 E0 04 FD") ||
                     line == QLatin1String("<- FE FE 94 E0 15 02 FD"))
             << line.toStdString();
     }

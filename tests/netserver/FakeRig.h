@@ -8,7 +8,7 @@
 namespace tv::test {
 
 class FakeRig : public RigBackend {
-public:
+  public:
     FakeRig() {
         c.radio = c.vfoAB = c.split = c.ptt = c.meter = true;
         c.name = QStringLiteral("Icom IC-7300");
@@ -26,11 +26,17 @@ public:
     double meter() const override { return meterFraction; }
     QString meterLabel() const override { return label; }
 
-    bool setFrequency(double hz) override { return set(QStringLiteral("freq %1").arg(hz, 0, 'f', 0), freq, hz); }
-    bool setMode(int m, int pb) override { return set(QStringLiteral("mode %1 %2").arg(m).arg(pb), mode_, m); }
+    bool setFrequency(double hz) override {
+        return set(QStringLiteral("freq %1").arg(hz, 0, 'f', 0), freq, hz);
+    }
+    bool setMode(int m, int pb) override {
+        return set(QStringLiteral("mode %1 %2").arg(m).arg(pb), mode_, m);
+    }
     bool setVfo(RigVfo v) override { return set(QStringLiteral("vfo %1").arg(int(v)), vfo_, v); }
     bool setSplit(bool on) override { return set(QStringLiteral("split %1").arg(on), split_, on); }
-    bool setTxFrequency(double hz) override { return set(QStringLiteral("tx %1").arg(hz, 0, 'f', 0), txFreq, hz); }
+    bool setTxFrequency(double hz) override {
+        return set(QStringLiteral("tx %1").arg(hz, 0, 'f', 0), txFreq, hz);
+    }
     bool setPtt(bool on) override { return set(QStringLiteral("ptt %1").arg(on), ptt_, on); }
 
     RigCaps c;
@@ -43,7 +49,7 @@ public:
     bool accept = true;  // false: the program's queue refuses
     QStringList sets;
 
-private:
+  private:
     template <class T>
     bool set(const QString& what, T& field, T value) {
         sets << what;

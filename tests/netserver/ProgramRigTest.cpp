@@ -16,7 +16,7 @@ namespace {
 const QString kGeneral = QStringLiteral("General");
 
 class ProgramRigTest : public ::testing::Test {
-protected:
+  protected:
     void bringUp(const char* radio) {
         st.preset(kGeneral, QStringLiteral("Radio"), QString::fromLatin1(radio));
         st.preset(kGeneral, QStringLiteral("CommPort"), QStringLiteral("1"));
@@ -40,7 +40,9 @@ protected:
     std::unique_ptr<RigctlSession> session;
 };
 
-QByteArray civ(const char* hex) { return QByteArray::fromHex(hex); }
+QByteArray civ(const char* hex) {
+    return QByteArray::fromHex(hex);
+}
 
 TEST_F(ProgramRigTest, IcomGetsCostNothingAndSetsLeaveAsTheOperatorsGestures) {
     bringUp("IC-756PRO");
@@ -54,12 +56,13 @@ TEST_F(ProgramRigTest, IcomGetsCostNothingAndSetsLeaveAsTheOperatorsGestures) {
         const char* answer;
         const char* frame;  // what then leaves, from its start
     };
-    for (const Step& step : {Step{"F 14025500.000000", "f", "14025500\n", "FEFE5CE0050055021400FD"},
-                             Step{"M USB 2400", "m", "USB\n2400\n", "FEFE5CE00601"},
-                             Step{"T 1", "t", "1\n", "FEFE5CE01C0001FD"}, Step{"T 0", "t", "0\n", "FEFE5CE01C0000FD"},
-                             // Split alone: the receive VFO stays, as a digital-mode program expects.
-                             Step{"S 1 VFOB", "s", "1\nVFOB\n", "FEFE5CE00F01FD"},
-                             Step{"V VFOB", "v", "VFOB\n", "FEFE5CE00701FD"}, Step{"V VFOA", "v", "VFOA\n", "FEFE5CE00700FD"}}) {
+    for (const Step& step :
+         {Step{"F 14025500.000000", "f", "14025500\n", "FEFE5CE0050055021400FD"},
+          Step{"M USB 2400", "m", "USB\n2400\n", "FEFE5CE00601"}, Step{"T 1", "t", "1\n", "FEFE5CE01C0001FD"},
+          Step{"T 0", "t", "0\n", "FEFE5CE01C0000FD"},
+          // Split alone: the receive VFO stays, as a digital-mode program expects.
+          Step{"S 1 VFOB", "s", "1\nVFOB\n", "FEFE5CE00F01FD"},
+          Step{"V VFOB", "v", "VFOB\n", "FEFE5CE00701FD"}, Step{"V VFOA", "v", "VFOA\n", "FEFE5CE00700FD"}}) {
         EXPECT_EQ(ask(step.set), "RPRT 0\n") << step.set;
         EXPECT_EQ(ask(step.get), step.answer) << step.set;
         const QByteArray out = sent();
@@ -105,8 +108,10 @@ TEST_F(ProgramRigTest, ListensWhereTheSettingsSayAndShowsItsClients) {
     // Another network's address is warned of; one that isn't this computer's can't be listened on.
     st.preset(kGeneral, QStringLiteral("NetServerAddress"), QStringLiteral("192.0.2.1"));
     ASSERT_TRUE(st.start());
-    EXPECT_TRUE(st.log().contains(QStringLiteral("NetServer: warning: listening on 192.0.2.1, not on loopback")));
-    EXPECT_EQ(st.p().main.NetServerLabel.caption(), QStringLiteral("Rig server: cannot listen on 192.0.2.1:0"));
+    EXPECT_TRUE(
+        st.log().contains(QStringLiteral("NetServer: warning: listening on 192.0.2.1, not on loopback")));
+    EXPECT_EQ(st.p().main.NetServerLabel.caption(),
+              QStringLiteral("Rig server: cannot listen on 192.0.2.1:0"));
     st.stop();
     st.preset(kGeneral, QStringLiteral("NetServerEnabled"), QStringLiteral("F"));
     ASSERT_TRUE(st.start());

@@ -21,7 +21,7 @@ namespace tv::test {
 namespace {
 
 class RigServerTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         server.onLog = [this](const QString& line) { log += line + QLatin1Char('\n'); };
         ASSERT_TRUE(server.listen(QHostAddress::LocalHost, 0));
@@ -53,7 +53,8 @@ TEST_F(RigServerTest, ClientsHaveTheirOwnLinesAndBadOnesAreCutOffWhileTheOthersA
     EXPECT_EQ(ask(*good, "\n+v\nF 14025500\n", "RPRT 0\nRPRT 0\n"),
               QByteArray("7010000\nget_vfo:\nVFO: VFOA\nRPRT 0\nRPRT 0\n"));
     // A thousand lines at once are all answered in order, over several turns of the loop.
-    const QByteArray many = QByteArray("f\nt\n").repeated(500), expected = QByteArray("14025500\n0\n").repeated(500);
+    const QByteArray many = QByteArray("f\nt\n").repeated(500),
+                     expected = QByteArray("14025500\n0\n").repeated(500);
     EXPECT_EQ(ask(*other, many, expected), expected);
     EXPECT_EQ(ask(*other, "q\n", "\n"), QByteArray("RPRT 0\n"));
     EXPECT_TRUE(waitFor([&] { return server.clientCount() == 1 && closed(*other); }));

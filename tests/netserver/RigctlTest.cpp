@@ -17,24 +17,44 @@ namespace tv::test {
 namespace {
 
 void converse(RigctlSession& s, std::initializer_list<std::pair<const char*, const char*>> exchanges) {
-    for (const auto& [line, reply] : exchanges) EXPECT_EQ(s.answer(QByteArray(line)), QByteArray(reply)) << line;
+    for (const auto& [line, reply] : exchanges)
+        EXPECT_EQ(s.answer(QByteArray(line)), QByteArray(reply)) << line;
 }
 
 TEST(Rigctl, GetsAnswerValuesSetsTheirCodeAndAGetAfterASetHasTheNewValue) {
     FakeRig rig;
     RigctlSession s(rig, QStringLiteral("Tolvane 0.1.0"));
-    converse(s, {{"\\chk_vfo", "0\n"}, {"f", "7010000\n"}, {"m", "CW\n500\n"}, {"v", "VFOA\n"}, {"t", "0\n"},
-                 {"s", "0\nVFOA\n"}, {"\\get_powerstat", "1\n"}, {"\\get_lock_mode", "0\nRPRT 0\n"},
+    converse(s, {{"\\chk_vfo", "0\n"},
+                 {"f", "7010000\n"},
+                 {"m", "CW\n500\n"},
+                 {"v", "VFOA\n"},
+                 {"t", "0\n"},
+                 {"s", "0\nVFOA\n"},
+                 {"\\get_powerstat", "1\n"},
+                 {"\\get_lock_mode", "0\nRPRT 0\n"},
                  {"_", "Tolvane 0.1.0, Icom IC-7300\n"},
                  // rigctl sends six decimals.
-                 {"F 14025500.000000", "RPRT 0\n"}, {"f", "14025500\n"}, {"\\set_freq 7000000", "RPRT 0\n"},
-                 {"M USB 2400", "RPRT 0\n"}, {"m", "USB\n2400\n"}, {"M PKTUSB", "RPRT 0\n"}, {"V VFOB", "RPRT 0\n"},
-                 {"v", "VFOB\n"}, {"V currVFO", "RPRT 0\n"}, {"T 1", "RPRT 0\n"}, {"t", "1\n"},
-                 {"S 1 VFOB", "RPRT 0\n"}, {"s", "1\nVFOB\n"}, {"I 14030000", "RPRT 0\n"}, {"i", "14030000\n"},
-                 {"M ?", "LSB USB AM CW RTTY FM CWR RTTYR PKTUSB \nRPRT 0\n"}, {"  ", ""}, {"# note", ""},
+                 {"F 14025500.000000", "RPRT 0\n"},
+                 {"f", "14025500\n"},
+                 {"\\set_freq 7000000", "RPRT 0\n"},
+                 {"M USB 2400", "RPRT 0\n"},
+                 {"m", "USB\n2400\n"},
+                 {"M PKTUSB", "RPRT 0\n"},
+                 {"V VFOB", "RPRT 0\n"},
+                 {"v", "VFOB\n"},
+                 {"V currVFO", "RPRT 0\n"},
+                 {"T 1", "RPRT 0\n"},
+                 {"t", "1\n"},
+                 {"S 1 VFOB", "RPRT 0\n"},
+                 {"s", "1\nVFOB\n"},
+                 {"I 14030000", "RPRT 0\n"},
+                 {"i", "14030000\n"},
+                 {"M ?", "LSB USB AM CW RTTY FM CWR RTTYR PKTUSB \nRPRT 0\n"},
+                 {"  ", ""},
+                 {"# note", ""},
                  {"f\r", "7000000\n"}});
-    EXPECT_EQ(rig.sets, QStringList({"freq 14025500", "freq 7000000", "mode 1 2400", "mode 9 0", "vfo 1", "ptt 1",
-                                     "split 1", "tx 14030000"}));
+    EXPECT_EQ(rig.sets, QStringList({"freq 14025500", "freq 7000000", "mode 1 2400", "mode 9 0", "vfo 1",
+                                     "ptt 1", "split 1", "tx 14030000"}));
     EXPECT_EQ(s.answer("q"), QByteArray("RPRT 0\n"));
     EXPECT_TRUE(s.closing());
 }
@@ -60,11 +80,25 @@ TEST(Rigctl, RefusalsSayWhyWithTheProtocolsCodes) {
     rig.c.ptt = rig.c.split = rig.c.meter = false;
     RigctlSession s(rig, QStringLiteral("Tolvane"));
     // Not this radio (-11), not served here (-4), malformed (-1).
-    converse(s, {{"t", "RPRT -11\n"}, {"T 1", "RPRT -11\n"}, {"S 1 VFOB", "RPRT -11\n"}, {"l STRENGTH", "RPRT -11\n"},
-                 {"M WFM 0", "RPRT -11\n"}, {"M PKTLSB 0", "RPRT -11\n"}, {"V Sub", "RPRT -11\n"},
-                 {"j", "RPRT -4\n"}, {"\\dump_caps", "RPRT -4\n"}, {"k", "RPRT -1\n"}, {"fxyz", "RPRT -1\n"},
-                 {"\\frobnicate", "RPRT -1\n"}, {"F", "RPRT -1\n"}, {"F -5", "RPRT -1\n"}, {"F 1e12", "RPRT -1\n"},
-                 {"M XYZ 500", "RPRT -1\n"}, {"V VFOX", "RPRT -1\n"}, {"T on", "RPRT -1\n"}, {"l FOO", "RPRT -1\n"}});
+    converse(s, {{"t", "RPRT -11\n"},
+                 {"T 1", "RPRT -11\n"},
+                 {"S 1 VFOB", "RPRT -11\n"},
+                 {"l STRENGTH", "RPRT -11\n"},
+                 {"M WFM 0", "RPRT -11\n"},
+                 {"M PKTLSB 0", "RPRT -11\n"},
+                 {"V Sub", "RPRT -11\n"},
+                 {"j", "RPRT -4\n"},
+                 {"\\dump_caps", "RPRT -4\n"},
+                 {"k", "RPRT -1\n"},
+                 {"fxyz", "RPRT -1\n"},
+                 {"\\frobnicate", "RPRT -1\n"},
+                 {"F", "RPRT -1\n"},
+                 {"F -5", "RPRT -1\n"},
+                 {"F 1e12", "RPRT -1\n"},
+                 {"M XYZ 500", "RPRT -1\n"},
+                 {"V VFOX", "RPRT -1\n"},
+                 {"T on", "RPRT -1\n"},
+                 {"l FOO", "RPRT -1\n"}});
     EXPECT_TRUE(rig.sets.isEmpty());
     // The program's queue said no: the client is told, and nothing changed.
     rig.accept = false;
@@ -100,8 +134,10 @@ TEST(Rigctl, StateDumpDescribesTheRadioAndSignalStrengthFollowsItsScale) {
 }
 
 TEST(Rigctl, RandomLinesGetAnAnswerOrNothingAndNeverAnInvalidSet) {
-    const QByteArray words[] = {"f", "F", "m", "M", "V", "T", "S", "I", "X", "l", "q", "\\dump_state", "+", ";",
-                                "\\set_freq", "USB", "CWR", "VFOB", "-1", "0", "1", "14025500", "1e308", "?", "\xff"};
+    const QByteArray words[] = {
+        "f",   "F", "m",          "M",   "V",   "T",    "S",  "I", "X", "l",        "q",     "\\dump_state",
+        "+",   ";", "\\set_freq", "USB", "CWR", "VFOB", "-1", "0", "1", "14025500", "1e308", "?",
+        "\xff"};
     QRandomGenerator rnd(15);
     FakeRig rig;
     auto s = std::make_unique<RigctlSession>(rig, QStringLiteral("Tolvane"));

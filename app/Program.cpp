@@ -60,7 +60,9 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
       sequences(module, sequenceEditor),
       ownSuiteBus(bus ? nullptr : std::make_unique<FakeSuiteBus>()),
       suiteBus(bus ? *bus : *ownSuiteBus),
-      suiteLink(module, suiteBus) {
+      suiteLink(module, suiteBus),
+      netServer(rig, settings, common, main.NetServerLabel,
+                QStringLiteral("Tolvane %1").arg(common.info().version())) {
     mainLogic.connect();
     configLogic.connect();
     messagesLogic.connect();
@@ -110,6 +112,7 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     suite.ExecuteCommand = [this](const QString& text) { sequences.ExecuteCommand(text); };
     suite.OpenWindows = [this] { return openWindows(); };
     suiteLink.connect();
+    rig.connect();
 }
 
 std::vector<Form*> Program::openWindows() {
@@ -169,6 +172,7 @@ bool Program::FormLoad() {
         common.LogLine(QStringLiteral("KavMain.Form_load: KavModule intialized"));
         // 8.
         module.hooks.DDEInitialize();
+        netServer.Initialize(netOptions);
         // 9.
         main.ClockTimer.setInterval(1000);
         main.ClockTimer.setEnabled(true);
@@ -187,6 +191,7 @@ void Program::FormUnload() {
                                                                                           : QStringLiteral("0"));
         // 2.
         module.hooks.DDETerminate();
+        netServer.Terminate();
         // 3.
         common.Terminate();
         // 4.

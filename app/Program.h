@@ -9,6 +9,8 @@
 #include "forms/KavMain.h"
 #include "forms/KavMessages.h"
 #include "forms/UserCommandSequenceDefinition.h"
+#include "netserver/NetServer.h"
+#include "netserver/ProgramRig.h"
 #include "operating/Bands.h"
 #include "operating/FrequencyDisplay.h"
 #include "operating/PassbandLists.h"
@@ -82,6 +84,10 @@ public:
     std::unique_ptr<SuiteBus> ownSuiteBus;  // set only when no bus was given
     SuiteBus& suiteBus;
     DDEServerModule suiteLink;
+    // The rig server for the Linux ham programs; the command line decides whether it may run.
+    ProgramRig rig{module};
+    NetServer netServer;
+    NetServerOptions netOptions;
     // The program's windows in the order they load ("iconify", "resetwindows").
     std::vector<Form*> openWindows();
 

@@ -89,9 +89,24 @@ int main(int argc, char** argv) {
     QCommandLineOption shotsOpt(QStringLiteral("screenshots"),
                                 QStringLiteral("Save pictures of the windows into DIR after a few seconds, then quit."),
                                 QStringLiteral("DIR"));
-    parser.addOptions({headlessOpt, demoOpt, configOpt, appOpt, shotsOpt});
+    QCommandLineOption netPortOpt(QStringLiteral("net-port"),
+                                  QStringLiteral("Serve rigctld clients on TCP port PORT (over the setting NetServerPort)."),
+                                  QStringLiteral("PORT"));
+    QCommandLineOption noNetOpt(QStringLiteral("no-net"), QStringLiteral("Run no rig server for other programs."));
+    parser.addOptions({headlessOpt, demoOpt, configOpt, appOpt, shotsOpt, netPortOpt, noNetOpt});
     parser.process(*app);
     const bool headless = parser.isSet(headlessOpt);
+    tv::NetServerOptions netOptions;
+    netOptions.allowed = !parser.isSet(noNetOpt);
+    if (parser.isSet(netPortOpt)) {
+        bool ok = false;
+        const uint port = parser.value(netPortOpt).toUInt(&ok);
+        if (!ok || port == 0 || port > 65535) {
+            std::fprintf(stderr, "tolvane: --net-port wants a port number from 1 to 65535\n");
+            return 2;
+        }
+        netOptions.port = quint16(port);
+    }
 
     const QString exeDir = QCoreApplication::applicationDirPath();
     tv::ProgramPaths paths;
@@ -137,6 +152,7 @@ int main(int argc, char** argv) {
     const std::unique_ptr<tv::SuiteBus> suiteBus = tv::makeSessionSuiteBus();
     tv::Program program(loop, *dialogs, paths, [] { return std::make_unique<tv::QtSerialDevice>(); },
                         suiteBus.get());
+    program.netOptions = netOptions;
     if (headlessDialogs) headlessDialogs->setSink([&program](const QString& line) { program.common.LogLine(line); });
     if (headless) {
         program.common.echo = [](const QString& line) {

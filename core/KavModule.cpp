@@ -292,6 +292,20 @@ void KavModule::SelectHexadecimalRadix() {
     });
 }
 
+// ---- keying ----
+
+void KavModule::Transmit() {
+    comm_.Transmit();
+    queue_.SetXcvrTransmit();
+    state_.SetTransmitting(true);
+}
+
+void KavModule::Receive() {
+    comm_.Receive();
+    queue_.SetXcvrReceive();
+    state_.SetTransmitting(false);
+}
+
 // ---- the caption ----
 
 QString KavModule::composeCaption() const {

@@ -81,6 +81,11 @@ public:
     bool ValidID() { return radio_.ValidID(); }
     QString FilterGroupFilename;  // the filter group file in use, kept at shutdown when set
 
+    // ---- keying ----
+    // Keys the radio by its line (when one is set to) and by command (when it takes one).
+    void Transmit();
+    void Receive();
+
     // ---- radix of the address fields ----
     void SelectDecimalRadix();
     void SelectHexadecimalRadix();

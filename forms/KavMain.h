@@ -110,6 +110,9 @@ public:
     CommandButton ControlHelpCmd{this, QStringLiteral("ControlHelpCmd")};
     CommandButton ConfigCmd{this, QStringLiteral("ConfigCmd")};
 
+    // ---- the rig server for other programs: where it listens, how many are connected ----
+    Label NetServerLabel{this, QStringLiteral("NetServerLabel")};
+
     // The mode captions as designed, by mode number.
     static const char* const kModeCaptions[10];
     static const char* const kModeToolTips[10];

@@ -5,7 +5,8 @@ pkgs=(build-essential cmake ninja-build pkg-config
       qt6-base-dev qt6-base-dev-tools qt6-serialport-dev libqt6serialport6-dev qt6-qpa-plugins
       libgtest-dev libgmock-dev libbenchmark-dev
       socat dbus dbus-x11 xvfb xauth clang-format
-      desktop-file-utils appstream man-db lintian file)
+      desktop-file-utils appstream man-db lintian file
+      libhamlib-utils)
 missing=()
 for p in "${pkgs[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -78,11 +78,9 @@ void DDEServer::LinkExecute(const QString& CmdStr, std::int16_t& Cancel) {
         } else if (is(DDEWord::ResetWindows)) {
             ResetWindows(CLng(argument(DDEWord::ResetWindows)));
         } else if (is(DDEWord::Transmit)) {
-            m_.comm().Transmit();
-            m_.queue().SetXcvrTransmit();
+            m_.Transmit();
         } else if (is(DDEWord::Receive)) {
-            m_.comm().Receive();
-            m_.queue().SetXcvrReceive();
+            m_.Receive();
         } else if (is(DDEWord::SeqName)) {
             if (act.ExecuteNamedSequence) act.ExecuteNamedSequence(argument(DDEWord::SeqName));
         } else if (is(DDEWord::SeqIndex)) {

@@ -194,29 +194,25 @@ void KavMainLogic::setPttCaptions(bool transmitting) {
 }
 
 void KavMainLogic::pttOn() {
-    comm_.Transmit();
-    m_.queue().SetXcvrTransmit();
+    m_.Transmit();
     setPttCaptions(true);
     FocusRule();
 }
 
 void KavMainLogic::pttOff() {
-    comm_.Receive();
-    m_.queue().SetXcvrReceive();
+    m_.Receive();
     setPttCaptions(false);
     FocusRule();
 }
 
 // From the keyboard: the frame keeps its caption, so the operator sees the difference.
 void KavMainLogic::DoXmit() {
-    comm_.Transmit();
-    m_.queue().SetXcvrTransmit();
+    m_.Transmit();
     FocusRule();
 }
 
 void KavMainLogic::DoRcv() {
-    comm_.Receive();
-    m_.queue().SetXcvrReceive();
+    m_.Receive();
     FocusRule();
 }
 

@@ -196,6 +196,7 @@ FormWindow* Windows::buildMain(KavMain& m) {
     auto* buttons = new QHBoxLayout;
     for (Control* c : std::initializer_list<Control*>{&m.MBCmd, &m.FDCmd}) buttons->addWidget(W(*c));
     buttons->addStretch(1);
+    buttons->addWidget(W(m.NetServerLabel));
     for (Control* c : std::initializer_list<Control*>{&m.MessagesCmd, &m.ConfigCmd, &m.ControlHelpCmd}) buttons->addWidget(W(*c));
     root->addLayout(buttons);
     W(m.OriginalFormHeight)->setVisible(false);

@@ -1,0 +1,200 @@
+// The rig server's answer time. The real program (tolvane --headless beside this benchmark) drives the
+// radio simulator on a socat pty pair; one client asks "f" as fast as it is answered, alone and while
+// nine others poll "f" and "m" every 100 ms. Prints requests per second and the median and
+// 99th-percentile answer time. A third figure is the protocol's own cost per line, without sockets.
+//
+//   build/<flavour>/benchmarks/bench_rigctl
+
+#include "netserver/Rigctl.h"
+#include "tests/support/PtyPair.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// The program and the simulator, started once for all the socket benchmarks.
+struct Station {
+    bool start() {
+        const QString bin =
+            QDir(QCoreApplication::applicationDirPath() + QStringLiteral("/..")).absolutePath();
+        if (!tv::test::PtyPair::available() || !pty.start()) return fail("socat is needed");
+        sim.start(bin + QStringLiteral("/tolvane-radiosim"),
+                  {QStringLiteral("--device"), pty.ends[1], QStringLiteral("--model"),
+                   QStringLiteral("IC-7300"), QStringLiteral("--freq"), QStringLiteral("14025.5"),
+                   QStringLiteral("--mode"), QStringLiteral("CW")});
+        if (!sim.waitForStarted(5000)) return fail("tolvane-radiosim did not start");
+        QFile ini(dir.filePath(QStringLiteral("Tolvane.ini")));
+        if (!ini.open(QIODevice::WriteOnly)) return fail("no settings file");
+        ini.write(QStringLiteral("[General]\nRadio=IC-7300\nRadioId=94\nCommPort=1\nCommPortDevice1=%1\n"
+                                 "InterrogateInterval=200\nMessageCapture=F\n")
+                      .arg(pty.ends[0])
+                      .toUtf8());
+        ini.close();
+        QTcpServer probe;
+        probe.listen(QHostAddress::LocalHost, 0);
+        port = probe.serverPort();
+        probe.close();
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        program.start(
+            bin + QStringLiteral("/tolvane"),
+            {QStringLiteral("--headless"), QStringLiteral("--config-dir"), dir.path(),
+             QStringLiteral("--app-dir"), bin, QStringLiteral("--net-port"), QString::number(port)});
+        QByteArray out;
+        const bool up =
+            tv::test::waitFor([&] { return (out += program.readAll()).contains("Radio: mode CW"); }, 30000);
+        return up || fail("the program did not follow the radio");
+    }
+    ~Station() {
+        program.terminate();
+        if (!program.waitForFinished(5000)) program.kill();
+        sim.write("quit\n");
+        if (!sim.waitForFinished(3000)) sim.kill();
+    }
+    bool fail(const char* why) {
+        error = why;
+        return false;
+    }
+    QTemporaryDir dir;
+    tv::test::PtyPair pty;
+    QProcess sim, program;
+    quint16 port = 0;
+    std::string error;
+};
+
+Station* station = nullptr;
+
+// Blocking request and answer on a socket of the calling thread.
+bool ask(QTcpSocket& s, const QByteArray& request, int lines) {
+    s.write(request);
+    if (!s.waitForBytesWritten(1000)) return false;
+    QByteArray in;
+    while (in.count('\n') < lines) {
+        if (!s.waitForReadyRead(2000)) return false;
+        in += s.readAll();
+    }
+    return true;
+}
+
+void roundTrips(benchmark::State& state, int background) {
+    if (!station) {
+        state.SkipWithError("the station did not start");
+        return;
+    }
+    // The others poll "f" and "m" every 100 ms, each on a thread of its own.
+    std::atomic<bool> stop{false};
+    std::vector<std::thread> others;
+    for (int i = 0; i < background; ++i)
+        others.emplace_back([&stop] {
+            QTcpSocket s;
+            s.connectToHost(QHostAddress::LocalHost, station->port);
+            if (!s.waitForConnected(5000)) return;
+            while (!stop) {
+                ask(s, "f\nm\n", 3);
+                std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            }
+        });
+    QTcpSocket s;
+    s.connectToHost(QHostAddress::LocalHost, station->port);
+    if (!s.waitForConnected(5000)) {
+        state.SkipWithError("no connection");
+        stop = true;
+        for (auto& t : others) t.join();
+        return;
+    }
+    std::vector<double> micros;
+    micros.reserve(100000);
+    for (auto _ : state) {
+        QElapsedTimer t;
+        t.start();
+        if (!ask(s, "f\n", 1)) {
+            state.SkipWithError("no answer");
+            break;
+        }
+        micros.push_back(double(t.nsecsElapsed()) / 1000.0);
+    }
+    stop = true;
+    for (auto& t : others) t.join();
+    if (micros.empty()) return;
+    std::sort(micros.begin(), micros.end());
+    state.SetItemsProcessed(int64_t(micros.size()));
+    state.counters["median_us"] = micros[micros.size() / 2];
+    state.counters["p99_us"] = micros[std::min(micros.size() - 1, micros.size() * 99 / 100)];
+}
+
+void BM_OneClientAlone(benchmark::State& state) {
+    roundTrips(state, 0);
+}
+void BM_OneClientAmongTen(benchmark::State& state) {
+    roundTrips(state, 9);
+}
+BENCHMARK(BM_OneClientAlone)->UseRealTime()->MinTime(5.0);
+BENCHMARK(BM_OneClientAmongTen)->UseRealTime()->MinTime(5.0);
+
+// The protocol alone: one line in, its answer out, on a radio that answers at once.
+class StillRig : public tv::RigBackend {
+  public:
+    tv::RigCaps caps() const override {
+        tv::RigCaps c;
+        c.radio = c.vfoAB = c.split = c.ptt = c.meter = true;
+        c.modes.fill(true);
+        return c;
+    }
+    double frequencyHz() const override { return 14025500; }
+    int mode() const override { return tv::RigCW; }
+    tv::RigVfo vfo() const override { return tv::RigVfo::A; }
+    bool split() const override { return false; }
+    double txFrequencyHz() const override { return 14025500; }
+    int txMode() const override { return tv::RigCW; }
+    bool ptt() const override { return false; }
+    double meter() const override { return 0.4; }
+    QString meterLabel() const override { return QStringLiteral("S7"); }
+    bool setFrequency(double) override { return true; }
+    bool setMode(int, int) override { return true; }
+    bool setVfo(tv::RigVfo) override { return true; }
+    bool setSplit(bool) override { return true; }
+    bool setTxFrequency(double) override { return true; }
+    bool setPtt(bool) override { return true; }
+};
+
+void BM_ProtocolLine(benchmark::State& state) {
+    StillRig rig;
+    tv::RigctlSession session(rig, QStringLiteral("Tolvane"));
+    const QByteArray lines[] = {"f", "m", "+\\get_mode", "F 14025500.000000", "l STRENGTH"};
+    size_t i = 0;
+    for (auto _ : state) benchmark::DoNotOptimize(session.answer(lines[i++ % std::size(lines)]));
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_ProtocolLine);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    Station s;
+    if (s.start())
+        station = &s;
+    else
+        std::fprintf(stderr, "bench_rigctl: %s; only the protocol's own cost is measured\n", s.error.c_str());
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    station = nullptr;
+    return 0;
+}

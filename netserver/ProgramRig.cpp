@@ -1,0 +1,177 @@
+#include "netserver/ProgramRig.h"
+
+#include "core/KavModule.h"
+#include "forms/KavMain.h"
+
+namespace tv {
+
+namespace {
+// The longest change asked for here (a split frequency on a CI-V radio) queues eight records. A client
+// is refused before the queue could overflow: an overflow puts a box on the operator's screen.
+constexpr int kQueueHeadroom = 16;
+}  // namespace
+
+ProgramRig::ProgramRig(KavModule& module) : m_(module) {}
+
+void ProgramRig::connect() {
+    QObject::connect(&m_.state(), &RadioState::itemChanged, &m_.state(), [this](const QString& item, const QString& text) {
+        if (item == QLatin1String("RadioSMeter"))
+            meter_ = text.toDouble();
+        else if (item == QLatin1String("RadioSMeterString"))
+            meterLabel_ = text;
+    });
+}
+
+template <class F>
+bool ProgramRig::queued(F gesture) {
+    if (m_.radio().RadioIndex < 0 || m_.queue().XcvrCmdCount > CommandQueue::kBufferSlots - kQueueHeadroom) return false;
+    const int tail = m_.queue().XcvrCmdTail, count = m_.queue().XcvrCmdCount;
+    gesture();
+    return m_.queue().XcvrCmdTail != tail || m_.queue().XcvrCmdCount != count;
+}
+
+RigCaps ProgramRig::caps() const {
+    RigCaps c;
+    const RadioInfo* r = m_.radio().info();
+    if (!r) return c;
+    c.radio = true;
+    c.name = m_.state().RadioDisplayName.isEmpty() ? r->comboName : m_.state().RadioDisplayName;
+    // The modes the main window offers for this radio; PKT it offers to every radio.
+    for (int mode : {RigLSB, RigUSB, RigAM, RigCW, RigFM, RigPKT}) c.modes[size_t(mode)] = true;
+    c.modes[RigRTTY] = r->rtty;
+    c.modes[RigWBFM] = r->wbfm;
+    c.modes[RigCWR] = r->cwR;
+    c.modes[RigRTTYR] = r->rttyR;
+    c.vfoAB = r->vfoSel;
+    c.mainSub = r->mainSubSel;
+    c.split = r->split;
+    // Keyed by command, or by a port line when the configuration says so.
+    c.ptt = r->ptt || m_.port().DTRControl == 2 || m_.port().RTSControl == 2;
+    c.meter = r->sMeter;
+    return c;
+}
+
+double ProgramRig::frequencyHz() const {
+    return m_.state().RadioFreq * 1000.0;
+}
+
+int ProgramRig::mode() const {
+    // The checked option is the mode on show: a gesture checks it before its command leaves.
+    const KavMain& w = m_.main();
+    for (int i = 0; i < kRigModeCount; ++i)
+        if (w.ModeSel[i].value()) return i;
+    return m_.state().RadioMode;
+}
+
+RigVfo ProgramRig::vfo() const {
+    const RadioInfo* r = m_.radio().info();
+    const bool mainSubOnly = r && r->mainSubSel && !r->vfoSel;
+    if (m_.state().CurrentVFO == 1) return mainSubOnly ? RigVfo::Sub : RigVfo::B;
+    return mainSubOnly ? RigVfo::Main : RigVfo::A;
+}
+
+bool ProgramRig::split() const {
+    return m_.main().SplitBox.checked();
+}
+
+double ProgramRig::otherVfoKHz() const {
+    return m_.state().CurrentVFO == 1 ? m_.state().VFOAFreq : m_.state().VFOBFreq;
+}
+
+double ProgramRig::txFrequencyHz() const {
+    const double other = otherVfoKHz();
+    if (txSet_ && other == txOtherAtSet_) return txKHz_ * 1000.0;
+    // Radios that report both VFOs tell the other one; for the rest there is no other to tell.
+    return (other > 0 ? other : m_.state().RadioFreq) * 1000.0;
+}
+
+int ProgramRig::txMode() const {
+    if (otherVfoKHz() > 0) return m_.state().CurrentVFO == 1 ? m_.state().VFOAMode : m_.state().VFOBMode;
+    return mode();
+}
+
+bool ProgramRig::ptt() const {
+    return m_.state().transmitting();
+}
+
+bool ProgramRig::setFrequency(double hz) {
+    return queued([&] { m_.queue().SetXcvrFreq(hz / 1000.0); });
+}
+
+bool ProgramRig::setMode(int mode, int) {
+    // No radio of the program takes a passband with its mode: the width stays the operator's choice.
+    if (mode < 0 || mode >= kRigModeCount) return false;
+    return queued([&] {
+        OptionButton& option = m_.main().ModeSel[mode];
+        if (!option.value())
+            option.setValue(true);  // the operator's click: shows the mode and queues it
+        else
+            m_.queue().SetXcvrMode(mode);
+    });
+}
+
+bool ProgramRig::setVfo(RigVfo vfo) {
+    KavMain& w = m_.main();
+    CommandButton* button = &w.VFOASelCmd;
+    switch (vfo) {
+        case RigVfo::A:
+            button = &w.VFOASelCmd;
+            break;
+        case RigVfo::B:
+            button = &w.VFOBSelCmd;
+            break;
+        case RigVfo::Main:
+            button = &w.MainSelCmd;
+            break;
+        case RigVfo::Sub:
+            button = &w.SubSelCmd;
+            break;
+    }
+    return queued([&] {
+        // Shown first: not every radio reports which VFO it is on.
+        m_.state().CurrentVFO = vfo == RigVfo::B || vfo == RigVfo::Sub ? 1 : 0;
+        m_.state().UpdateVFOCaption();
+        button->click();
+    });
+}
+
+bool ProgramRig::setSplit(bool on) {
+    return queued([&] {
+        CheckBox& box = m_.main().SplitBox;
+        if (box.checked() != on) {
+            // The box shows it; its own click handler must not switch VFOs as for the operator.
+            m_.SetControlFlag(FlagSplitBox, true);
+            box.setChecked(on);
+        }
+        m_.queue().SetXcvrSplit(on);
+    });
+}
+
+bool ProgramRig::setTxFrequency(double hz) {
+    const double rx = m_.state().RadioFreq;
+    const bool ok = queued([&] { m_.queue().SetXcvrSBFreq(hz / 1000.0); });
+    if (!ok) return false;
+    // CI-V radios get the split frequency by a visit to the other VFO, which shows it as the frequency
+    // for a moment; the receive frequency hasn't changed, and clients poll it.
+    if (m_.state().RadioFreq != rx) {
+        m_.state().SetFrequency(rx);
+    }
+    txSet_ = true;
+    txKHz_ = hz / 1000.0;
+    txOtherAtSet_ = otherVfoKHz();
+    return true;
+}
+
+bool ProgramRig::setPtt(bool on) {
+    KavMain& w = m_.main();
+    CommandButton& button = on ? w.PTTonCmd : w.PTTOffCmd;
+    const RadioInfo* r = m_.radio().info();
+    if (r && !r->ptt) {
+        // Keyed by a port line: nothing to queue, done at once.
+        button.click();
+        return true;
+    }
+    return queued([&] { button.click(); });
+}
+
+}  // namespace tv

@@ -1,0 +1,69 @@
+#pragma once
+// What the rig server needs from the program: the radio's state as the program shows it, what the
+// selected radio can do, and the changes it can ask for. A get never reaches the radio (the program
+// polls it anyway); a set goes to the program's queue like an operator's gesture and says whether it
+// was queued. The server, its parser and their tests know only this interface.
+
+#include <QString>
+
+#include <array>
+
+namespace tv {
+
+// The program's mode numbers, as the queue and the settings use them.
+enum RigMode : int {
+    RigLSB = 0,
+    RigUSB,
+    RigAM,
+    RigCW,
+    RigRTTY,
+    RigFM,
+    RigWBFM,
+    RigCWR,
+    RigRTTYR,
+    RigPKT,
+    kRigModeCount
+};
+
+enum class RigVfo { A, B, Main, Sub };
+
+// What the selected radio offers, from the radio catalogue and the port settings.
+struct RigCaps {
+    bool radio = false;  // false: no radio is selected, and every set is refused
+    QString name;        // as the program shows it ("Icom IC-7300")
+    std::array<bool, kRigModeCount> modes{};
+    bool vfoAB = false;    // VFO A and B can be selected
+    bool mainSub = false;  // main and sub receivers can be selected
+    bool split = false;
+    bool ptt = false;  // keyed by command or by a port line
+    bool meter = false;
+};
+
+class RigBackend {
+  public:
+    virtual ~RigBackend() = default;
+
+    virtual RigCaps caps() const = 0;
+    virtual double frequencyHz() const = 0;
+    virtual int mode() const = 0;  // a RigMode, -1 before the radio has told it
+    virtual RigVfo vfo() const = 0;
+    virtual bool split() const = 0;
+    virtual double txFrequencyHz() const = 0;  // the other VFO, as far as the program knows it
+    virtual int txMode() const = 0;
+    virtual bool ptt() const = 0;
+    // The last meter reading as a fraction of full scale, and the radio's scale label for it ("S7",
+    // "+20"); the label is empty when the radio has no scale file.
+    virtual double meter() const = 0;
+    virtual QString meterLabel() const = 0;
+
+    // Each returns whether the change was queued for the radio.
+    virtual bool setFrequency(double hz) = 0;
+    // passbandHz: 0 the radio's normal width, -1 no change.
+    virtual bool setMode(int mode, int passbandHz) = 0;
+    virtual bool setVfo(RigVfo vfo) = 0;
+    virtual bool setSplit(bool on) = 0;
+    virtual bool setTxFrequency(double hz) = 0;
+    virtual bool setPtt(bool on) = 0;
+};
+
+}  // namespace tv

@@ -1,0 +1,70 @@
+#pragma once
+// The rig server's sockets: a TCP listener, and for each client its line buffer and its protocol
+// session. Every limit that keeps a bad client from hurting the program or the other clients is here:
+// the length of a line, the answers a client leaves unread, the number of clients, and how many lines
+// one client gets answered before the others have their turn.
+
+#include "netserver/Rigctl.h"
+
+#include <QHostAddress>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QTcpServer>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QTcpSocket;
+
+namespace tv {
+
+class RigBackend;
+
+class RigServer : public QObject {
+    Q_OBJECT
+  public:
+    // A longer line is no command of the protocol: the client is told so and dropped.
+    static constexpr qsizetype kMaxLine = 4096;
+    // Answers a client has left unread; past this it is dropped, so that it can't make us hoard them.
+    static constexpr qint64 kMaxUnread = 256 * 1024;
+    // What the socket reads ahead of the lines we have answered; the rest waits in the kernel.
+    static constexpr qint64 kReadAhead = 64 * 1024;
+    static constexpr int kMaxClients = 32;
+    // Lines answered for one client before the loop turns to the others and to the radio.
+    static constexpr int kLinesPerTurn = 64;
+    // How long a closing client has to take its last answer.
+    static constexpr std::chrono::milliseconds kCloseGrace{5000};
+
+    RigServer(RigBackend& backend, QString serverName, QObject* parent = nullptr);
+    ~RigServer() override;
+
+    // Port 0 takes any free port (serverPort() tells which).
+    bool listen(const QHostAddress& address, quint16 port);
+    void close();
+    bool isListening() const { return server_.isListening(); }
+    quint16 serverPort() const { return server_.serverPort(); }
+    QString errorString() const { return server_.errorString(); }
+    int clientCount() const { return int(clients_.size()); }
+
+    std::function<void(const QString&)> onLog;
+    std::function<void()> onClientsChanged;
+
+  private:
+    struct Client;
+    void accept();
+    void serve(const std::shared_ptr<Client>& c);
+    void schedule(const std::shared_ptr<Client>& c);
+    // graceful: what is written still goes out before the connection closes.
+    void drop(const std::shared_ptr<Client>& c, const QString& why, bool graceful = false);
+    void log(const QString& text) const;
+
+    RigBackend& backend_;
+    QString serverName_;
+    QTcpServer server_;
+    std::vector<std::shared_ptr<Client>> clients_;
+};
+
+}  // namespace tv

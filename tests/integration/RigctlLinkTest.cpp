@@ -1,0 +1,244 @@
+// The rig server as the Linux ham programs meet it: the real program, headless, drives the radio
+// simulator over a pty pair, and Debian's rigctl (Hamlib's NET rigctl, model 2) opens it, reads and
+// sets. Then ten clients poll it for a minute: the radio sees no more traffic than without them, and
+// none of them waits longer than its poll interval.
+
+#include "platform/SettingsStore.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include "support/PtyPair.h"
+#include "support/QtPrinters.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+namespace tv {
+namespace {
+
+using test::PtyPair;
+using test::waitFor;
+
+QString bin(const QString& name) {
+    return QStringLiteral(TOLVANE_BINARY_DIR "/") + name;
+}
+
+void stopProcess(QProcess& p) {
+    p.terminate();
+    if (!p.waitForFinished(5000)) p.kill();
+}
+
+// Lets the loop run for a measured stretch of time.
+void runFor(int ms) {
+    waitFor([] { return false; }, ms);
+}
+
+// A model, its address, and what the simulator receives for F 14025500, M CW 500, T 1, T 0, S 1 VFOB.
+struct Model {
+    const char *name, *address, *freq, *modeCW, *transmit, *receive, *split;
+};
+
+const Model kIcom{"IC-7300",
+                  "94",
+                  "FE FE 94 E0 05 00 55 02 14 00 FD",
+                  "FE FE 94 E0 06 03",
+                  "FE FE 94 E0 1C 00 01 FD",
+                  "FE FE 94 E0 1C 00 00 FD",
+                  "FE FE 94 E0 0F 01 FD"};
+const Model kKenwood{"TS-2000", "", "FA00014025500;", "MD3;", "TX;", "RX;", "FT1;"};
+
+class RigctlStation : public ::testing::Test {
+  protected:
+    void startStation(const Model& model) {
+        if (QStandardPaths::findExecutable(QStringLiteral("rigctl")).isEmpty())
+            GTEST_SKIP() << "rigctl not installed (Debian package libhamlib-utils)";
+        ASSERT_TRUE(PtyPair::available()) << "socat not installed";
+        ASSERT_TRUE(pty.start());
+        sim.start(bin(QStringLiteral("tolvane-radiosim")),
+                  {QStringLiteral("--device"), pty.ends[1], QStringLiteral("--model"),
+                   QString::fromLatin1(model.name), QStringLiteral("--freq"), QStringLiteral("7010"),
+                   QStringLiteral("--mode"), QStringLiteral("USB")});
+        ASSERT_TRUE(sim.waitForStarted(5000));
+        ASSERT_TRUE(waitFor([&] { return sim.canReadLine(); }, 5000));
+        {
+            SettingsStore s(dir.filePath(QStringLiteral("Tolvane.ini")), nullptr);
+            const QString g = QStringLiteral("General");
+            s.SaveSetting(g, QStringLiteral("Radio"), QString::fromLatin1(model.name));
+            if (*model.address)
+                s.SaveSetting(g, QStringLiteral("RadioId"), QString::fromLatin1(model.address));
+            s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
+            s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty.ends[0]);
+            s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
+        }
+        {
+            QTcpServer probe;  // a free port
+            probe.listen(QHostAddress::LocalHost, 0);
+            port = probe.serverPort();
+        }
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        program.start(bin(QStringLiteral("tolvane")),
+                      {QStringLiteral("--headless"), QStringLiteral("--config-dir"), dir.path(),
+                       QStringLiteral("--app-dir"), QStringLiteral(TOLVANE_SOURCE_DIR "/data"),
+                       QStringLiteral("--net-port"), QString::number(port)});
+        ASSERT_TRUE(program.waitForStarted(10000));
+        ASSERT_TRUE(waitFor(
+            [&] {
+                output += program.readAll();
+                return output.contains("Radio: 7010.000 kHz") && output.contains("Radio: mode USB");
+            },
+            30000))
+            << output.toStdString();
+        ASSERT_TRUE(output.contains("NetServer: listening on 127.0.0.1:" + QByteArray::number(port)));
+    }
+    void TearDown() override {
+        stopProcess(program);
+        stopProcess(sim);
+        pty.stop();
+    }
+    // Runs rigctl against the program to its end: exit code and what it printed.
+    std::pair<int, QString> rigctl(const QStringList& commands) {
+        QProcess p;
+        p.setProcessChannelMode(QProcess::MergedChannels);
+        p.start(QStringLiteral("rigctl"),
+                QStringList{QStringLiteral("-m"), QStringLiteral("2"), QStringLiteral("-r"),
+                            QStringLiteral("127.0.0.1:%1").arg(port)} +
+                    commands);
+        if (!p.waitForFinished(20000)) return {-1, QString()};
+        return {p.exitCode(), QString::fromLocal8Bit(p.readAll()).trimmed()};
+    }
+    // The simulator logs each message it receives ("<- ") and sends ("-> ").
+    QString readSim() { return simLog += QString::fromLocal8Bit(sim.readAllStandardError()); }
+    bool simReceived(const QString& text, int ms = 5000) {
+        return waitFor(
+            [&] {
+                for (const QString& line : readSim().split(QLatin1Char('\n')))
+                    if (line.startsWith(QLatin1String("<- ")) && line.contains(text)) return true;
+                return false;
+            },
+            ms);
+    }
+
+    QTemporaryDir dir;
+    PtyPair pty;
+    QProcess sim, program;
+    QByteArray output;
+    QString simLog;
+    quint16 port = 0;
+};
+
+class RigctlLink : public RigctlStation, public ::testing::WithParamInterface<const Model*> {};
+
+TEST_P(RigctlLink, RigctlOpensTheProgramAndTunesKeysAndSplitsTheRadio) {
+    const Model& model = *GetParam();
+    startStation(model);
+    auto run = [&](const char* commands) {
+        return rigctl(QString::fromLatin1(commands).split(QLatin1Char(' ')));
+    };
+    // Opening reads the state dump; a failure to parse it ends rigctl with an error.
+    EXPECT_EQ(run("f m"), std::make_pair(0, QStringLiteral("7010000\nUSB\n2400")));
+    // Each set reaches the radio as its own command, and a client reads it back.
+    const struct {
+        const char *set, *frame, *get, *answer;
+    } steps[] = {{"F 14025500", model.freq, "f", "14025500"},
+                 {"M CW 500", model.modeCW, "m", "CW\n500"},
+                 {"T 1", model.transmit, "t", "1"},
+                 {"T 0", model.receive, "t", "0"},
+                 {"S 1 VFOB", model.split, "s", "1\nVFOB"}};
+    for (const auto& step : steps) {
+        EXPECT_EQ(run(step.set).first, 0) << step.set;
+        EXPECT_TRUE(simReceived(QString::fromLatin1(step.frame)))
+            << step.set << simLog.right(800).toStdString();
+        EXPECT_EQ(run(step.get), std::make_pair(0, QString::fromLatin1(step.answer))) << step.set;
+    }
+    // The radio's own dial moves on, and a client reads where it went.
+    sim.write("dial +100\n");
+    EXPECT_TRUE(waitFor([&] { return run("f").second == QLatin1String("14025600"); }, 15000));
+}
+
+INSTANTIATE_TEST_SUITE_P(IcomAndKenwood, RigctlLink, ::testing::Values(&kIcom, &kKenwood),
+                         [](const auto& info) { return info.index == 0 ? "Icom" : "Kenwood"; });
+
+// One client of the load test: asks "f" and "m" every interval, and times each answer.
+struct Poller {
+    static constexpr int kIntervalMs = 100;
+    explicit Poller(quint16 port) {
+        socket.connectToHost(QHostAddress::LocalHost, port);
+        QObject::connect(&socket, &QTcpSocket::readyRead, &socket, [this] {
+            in += socket.readAll();
+            // f: one line; m: two.
+            while (in.count('\n') >= 3) {
+                const QList<QByteArray> lines = in.split('\n');
+                if (lines[0] != "7010000" || lines[1] != "USB" || lines[2] != "2400") ++wrong;
+                in = in.mid(lines[0].size() + lines[1].size() + lines[2].size() + 3);
+                worst = std::max(worst, sinceAsked.elapsed());
+                ++answers;
+                waiting = false;
+            }
+        });
+        QObject::connect(&timer, &QTimer::timeout, &socket, [this] {
+            if (waiting) return;  // still waiting: the time keeps counting against this answer
+            waiting = true;
+            sinceAsked.start();
+            socket.write("f\nm\n");
+        });
+        timer.start(kIntervalMs);
+    }
+    QTcpSocket socket;
+    QTimer timer;
+    QElapsedTimer sinceAsked;
+    QByteArray in;
+    bool waiting = false;
+    qint64 worst = 0;
+    int answers = 0, wrong = 0;
+};
+
+TEST_F(RigctlStation, TenClientsPollingForAMinuteCostTheRadioNothing) {
+    startStation(kIcom);
+    auto frames = [&] { return readSim().count(QStringLiteral("\n<- ")); };
+    // The program's own polling, alone.
+    constexpr int kBaselineMs = 10000, kLoadMs = 60000;
+    const int before = frames();
+    runFor(kBaselineMs);
+    const int alone = frames() - before;
+    const qsizetype loadFrom = readSim().size();
+
+    std::vector<std::unique_ptr<Poller>> clients;
+    for (int i = 0; i < 10; ++i) clients.push_back(std::make_unique<Poller>(port));
+    runFor(kLoadMs);
+    const int loaded = frames() - before - alone;
+    for (auto& c : clients) c->timer.stop();
+
+    const double rateAlone = alone * 1000.0 / kBaselineMs, rateLoaded = loaded * 1000.0 / kLoadMs;
+    RecordProperty("frames_alone_10s", alone);
+    RecordProperty("frames_with_clients_60s", loaded);
+    // Only the polls of frequency, mode and meter went to the radio meanwhile, at the rate they go
+    // without clients (within what a loaded test machine's timers allow).
+    EXPECT_NEAR(rateLoaded, rateAlone, rateAlone * 0.1)
+        << alone << " frames alone, " << loaded << " with clients";
+    for (const QString& line : simLog.mid(loadFrom).split(QLatin1Char('\n'))) {
+        if (!line.startsWith(QLatin1String("<- "))) continue;
+        EXPECT_TRUE(line == QLatin1String("<- FE FE 94 E0 03 FD") ||
+                    line == QLatin1String("<- FE FE 94 E0 04 FD") ||
+                    line == QLatin1String("<- FE FE 94 E0 15 02 FD"))
+            << line.toStdString();
+    }
+    qint64 worst = 0;
+    for (const auto& c : clients) worst = std::max(worst, c->worst);
+    RecordProperty("worst_answer_ms", int(worst));
+    for (const auto& c : clients) {
+        EXPECT_GE(c->answers, kLoadMs / Poller::kIntervalMs * 9 / 10);
+        EXPECT_EQ(c->wrong, 0);
+        EXPECT_LT(c->worst, Poller::kIntervalMs) << "an answer took longer than the poll interval";
+    }
+}
+
+}  // namespace
+}  // namespace tv

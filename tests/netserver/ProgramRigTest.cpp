@@ -1,0 +1,122 @@
+// The rig server's protocol on the whole program, on virtual time: gets cost the radio nothing, sets
+// leave as the operator's gestures would, a get right after a set has the new value, and a client can
+// never fill the queue. Then the server's settings, its log lines and the main window's label.
+
+#include "netserver/Rigctl.h"
+#include "support/PtyPair.h"
+#include "support/TestStation.h"
+
+#include <QTcpSocket>
+
+#include <gtest/gtest.h>
+
+namespace tv::test {
+namespace {
+
+const QString kGeneral = QStringLiteral("General");
+
+class ProgramRigTest : public ::testing::Test {
+  protected:
+    void bringUp(const char* radio) {
+        st.preset(kGeneral, QStringLiteral("Radio"), QString::fromLatin1(radio));
+        st.preset(kGeneral, QStringLiteral("CommPort"), QStringLiteral("1"));
+        st.preset(kGeneral, QStringLiteral("Interrogate"), QStringLiteral("F"));
+        ASSERT_TRUE(st.start());
+        st.p().config.Interrogation.setChecked(false);
+        st.m().queue().InitializeXcvrCmdBuffer();
+        st.loop.advance(1000);
+        st.serial()->written.clear();
+        session = std::make_unique<RigctlSession>(st.p().rig, QStringLiteral("Tolvane"));
+    }
+    QByteArray ask(const char* line) { return session->answer(QByteArray(line)); }
+    // What leaves for the radio until the queue is empty.
+    QByteArray sent() {
+        st.serial()->written.clear();
+        for (int i = 0; i < 40 && (st.m().queue().XcvrCmdCount > 0 || i == 0); ++i) st.loop.advance(200);
+        return st.serial()->written;
+    }
+
+    TestStation st;
+    std::unique_ptr<RigctlSession> session;
+};
+
+QByteArray civ(const char* hex) {
+    return QByteArray::fromHex(hex);
+}
+
+TEST_F(ProgramRigTest, IcomGetsCostNothingAndSetsLeaveAsTheOperatorsGestures) {
+    bringUp("IC-756PRO");
+    for (int i = 0; i < 50; ++i)
+        for (const char* get : {"f", "m", "v", "s", "t", "i", "x", "l STRENGTH", "\\dump_state"}) ask(get);
+    EXPECT_EQ(sent(), QByteArray()) << "a get never reaches the radio";
+
+    struct Step {
+        const char* set;
+        const char* get;  // asked at once, before the command has left
+        const char* answer;
+        const char* frame;  // what then leaves, from its start
+    };
+    for (const Step& step :
+         {Step{"F 14025500.000000", "f", "14025500\n", "FEFE5CE0050055021400FD"},
+          Step{"M USB 2400", "m", "USB\n2400\n", "FEFE5CE00601"}, Step{"T 1", "t", "1\n", "FEFE5CE01C0001FD"},
+          Step{"T 0", "t", "0\n", "FEFE5CE01C0000FD"},
+          // Split alone: the receive VFO stays, as a digital-mode program expects.
+          Step{"S 1 VFOB", "s", "1\nVFOB\n", "FEFE5CE00F01FD"},
+          Step{"V VFOB", "v", "VFOB\n", "FEFE5CE00701FD"}, Step{"V VFOA", "v", "VFOA\n", "FEFE5CE00700FD"}}) {
+        EXPECT_EQ(ask(step.set), "RPRT 0\n") << step.set;
+        EXPECT_EQ(ask(step.get), step.answer) << step.set;
+        const QByteArray out = sent();
+        EXPECT_TRUE(out.startsWith(civ(step.frame))) << step.set << ": " << out.toHex(' ').toStdString();
+    }
+    EXPECT_EQ(st.p().main.FreqDisplay.text(), QStringLiteral("14,025.50"));
+    // The transmit frequency goes by way of VFO B; the receive frequency is still what clients read.
+    EXPECT_EQ(ask("I 14030000"), "RPRT 0\n");
+    EXPECT_EQ(ask("f"), "14025500\n");
+    EXPECT_EQ(ask("i"), "14030000\n");
+    const QByteArray viaB = sent();
+    EXPECT_TRUE(viaB.startsWith(civ("FEFE5CE00701FD")) && viaB.contains(civ("050000031400FD")) &&
+                viaB.endsWith(civ("FEFE5CE00700FD")))
+        << viaB.toHex(' ').toStdString();
+
+    st.m().state().ReportMeter(0.5);
+    EXPECT_EQ(ask("l RAWSTR"), "128\n");
+    // A client that outruns the radio is refused before the queue overflows: no box for the operator.
+    int refused = 0;
+    for (int i = 0; i < 400; ++i) refused += ask("F 7000000") == "RPRT -9\n";
+    EXPECT_GT(refused, 100);
+    EXPECT_TRUE(st.dialogs.shown.empty());
+}
+
+TEST_F(ProgramRigTest, ListensWhereTheSettingsSayAndShowsItsClients) {
+    st.preset(kGeneral, QStringLiteral("NetServerAddress"), QStringLiteral("localhost"));
+    st.onCreate = [](Program& p) { p.netOptions = {true, 0}; };  // port 0: any free one
+    bringUp("IC-756PRO");
+    RigServer& server = st.p().netServer.server();
+    ASSERT_TRUE(server.isListening());
+    const QString where = QStringLiteral("127.0.0.1:%1").arg(server.serverPort());
+    Label& label = st.p().main.NetServerLabel;
+    EXPECT_EQ(label.caption(), QStringLiteral("Rig server %1, 0 clients").arg(where));
+    EXPECT_TRUE(st.log().contains(QStringLiteral("NetServer: listening on ") + where));
+    EXPECT_EQ(st.stored(kGeneral, QStringLiteral("NetServerPort")), QStringLiteral("4532"));
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, server.serverPort());
+    EXPECT_TRUE(waitFor([&] { return label.caption().endsWith(QLatin1String(", 1 client")); }));
+    client.abort();
+    EXPECT_TRUE(waitFor([&] { return label.caption().endsWith(QLatin1String(", 0 clients")); }));
+    st.stop();
+
+    // Another network's address is warned of; one that isn't this computer's can't be listened on.
+    st.preset(kGeneral, QStringLiteral("NetServerAddress"), QStringLiteral("192.0.2.1"));
+    ASSERT_TRUE(st.start());
+    EXPECT_TRUE(
+        st.log().contains(QStringLiteral("NetServer: warning: listening on 192.0.2.1, not on loopback")));
+    EXPECT_EQ(st.p().main.NetServerLabel.caption(),
+              QStringLiteral("Rig server: cannot listen on 192.0.2.1:0"));
+    st.stop();
+    st.preset(kGeneral, QStringLiteral("NetServerEnabled"), QStringLiteral("F"));
+    ASSERT_TRUE(st.start());
+    EXPECT_EQ(st.p().main.NetServerLabel.caption(), QStringLiteral("Rig server off"));
+}
+
+}  // namespace
+}  // namespace tv::test

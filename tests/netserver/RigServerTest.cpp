@@ -1,0 +1,125 @@
+// The rig server on loopback sockets with a fake radio: several clients at once with their own
+// half-lines; and the clients that must not hurt the others: garbage, a megabyte without a line end,
+// five hundred connections dropped, one that never reads its answers, one too many.
+
+#include "netserver/RigServer.h"
+
+#include "FakeRig.h"
+#include "support/PtyPair.h"
+#include "support/QtPrinters.h"
+
+#include <QRandomGenerator>
+#include <QTcpSocket>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+namespace tv::test {
+namespace {
+
+class RigServerTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        server.onLog = [this](const QString& line) { log += line + QLatin1Char('\n'); };
+        ASSERT_TRUE(server.listen(QHostAddress::LocalHost, 0));
+    }
+    std::unique_ptr<QTcpSocket> client() {
+        auto s = std::make_unique<QTcpSocket>();
+        s->connectToHost(QHostAddress::LocalHost, server.serverPort());
+        return s;
+    }
+    // Sends the text and collects the answer until it ends as expected.
+    static QByteArray ask(QTcpSocket& s, const QByteArray& text, const QByteArray& end) {
+        s.write(text);
+        QByteArray got;
+        waitFor([&] { return (got += s.readAll()).endsWith(end); });
+        return got;
+    }
+    static bool closed(QTcpSocket& s) { return s.state() == QAbstractSocket::UnconnectedState; }
+
+    QString log;  // before the server: it logs while it closes
+    FakeRig rig;
+    RigServer server{rig, QStringLiteral("Tolvane")};
+};
+
+TEST_F(RigServerTest, ClientsHaveTheirOwnLinesAndBadOnesAreCutOffWhileTheOthersAreServed) {
+    auto good = client(), other = client();
+    // Half a line from one, a whole one from the other; then the rest, and a set the other reads.
+    good->write("f");
+    EXPECT_EQ(ask(*other, "m\n", "500\n"), QByteArray("CW\n500\n"));
+    EXPECT_EQ(ask(*good, "\n+v\nF 14025500\n", "RPRT 0\nRPRT 0\n"),
+              QByteArray("7010000\nget_vfo:\nVFO: VFOA\nRPRT 0\nRPRT 0\n"));
+    // A thousand lines at once are all answered in order, over several turns of the loop.
+    const QByteArray many = QByteArray("f\nt\n").repeated(500),
+                     expected = QByteArray("14025500\n0\n").repeated(500);
+    EXPECT_EQ(ask(*other, many, expected), expected);
+    EXPECT_EQ(ask(*other, "q\n", "\n"), QByteArray("RPRT 0\n"));
+    EXPECT_TRUE(waitFor([&] { return server.clientCount() == 1 && closed(*other); }));
+    auto stillServed = [&] { return ask(*good, "f\n", "\n") == "14025500\n"; };
+
+    auto garbage = client();
+    QRandomGenerator rnd(4532);
+    QByteArray junk(64 * 1024, 0);
+    for (char& c : junk) c = char(rnd.bounded(256));
+    garbage->write(junk);
+    EXPECT_TRUE(waitFor([&] { return garbage->readAll().contains("RPRT -1") || closed(*garbage); }));
+    EXPECT_TRUE(stillServed());
+
+    // A megabyte without a line end: told it is malformed, and dropped long before the end of it.
+    auto longLine = client();
+    longLine->write(QByteArray(1024 * 1024, 'x'));
+    QByteArray got;
+    EXPECT_TRUE(waitFor(
+        [&] {
+            got += longLine->readAll();
+            return closed(*longLine);
+        },
+        10000));
+    EXPECT_EQ(got, QByteArray("RPRT -1\n"));
+    EXPECT_TRUE(log.contains(QStringLiteral("longer than 4096 bytes")));
+    EXPECT_TRUE(stillServed());
+    garbage.reset();
+    longLine.reset();
+
+    for (int batch = 0; batch < 25; ++batch) {
+        std::vector<std::unique_ptr<QTcpSocket>> burst(20);
+        for (auto& s : burst) s = client();
+        ASSERT_TRUE(waitFor([&] {
+            return std::all_of(burst.begin(), burst.end(),
+                               [](const auto& s) { return s->state() == QAbstractSocket::ConnectedState; });
+        }));
+        for (auto& s : burst) s->abort();
+        ASSERT_TRUE(waitFor([&] { return server.clientCount() == 1; })) << server.clientCount();
+    }
+    EXPECT_TRUE(stillServed());
+
+    // Asks and asks and never reads: dropped once its unread answers pass the limit.
+    auto deaf = client();
+    deaf->setReadBufferSize(1);
+    deaf->setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 4096);
+    const QByteArray requests = QByteArray("\\dump_state\n").repeated(1000);
+    for (int round = 0; round < 60 && !log.contains(QStringLiteral("leaves its answers unread")); ++round) {
+        deaf->write(requests);
+        waitFor([&] { return log.contains(QStringLiteral("leaves its answers unread")); }, 200);
+    }
+    EXPECT_TRUE(log.contains(QStringLiteral("leaves its answers unread")));
+    EXPECT_TRUE(stillServed());
+    EXPECT_EQ(server.clientCount(), 1);
+
+    std::vector<std::unique_ptr<QTcpSocket>> crowd;
+    for (int i = 1; i < RigServer::kMaxClients; ++i) crowd.push_back(client());
+    ASSERT_TRUE(waitFor([&] { return server.clientCount() == RigServer::kMaxClients; }));
+    auto extra = client();
+    EXPECT_TRUE(waitFor([&] { return closed(*extra); }));
+    EXPECT_TRUE(log.contains(QStringLiteral("refused")));
+    EXPECT_TRUE(stillServed());
+    server.close();
+    EXPECT_EQ(server.clientCount(), 0);
+    EXPECT_TRUE(waitFor([&] { return closed(*good); }));
+}
+
+}  // namespace
+}  // namespace tv::test

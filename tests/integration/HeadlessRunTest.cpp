@@ -19,19 +19,21 @@ QString readAll(const QString& path) {
     return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
 }
 
-// Starts tolvane --headless on fresh folders and waits until it reports that it runs.
-bool startHeadless(QProcess& p, const QTemporaryDir& dir) {
+// Starts tolvane --headless with its settings in configDir and waits until it reports that it runs;
+// what it said so far is in *out.
+bool startHeadless(QProcess& p, const QString& configDir, QByteArray* out = nullptr) {
     p.setProgram(programPath());
-    p.setArguments({QStringLiteral("--headless"), QStringLiteral("--config-dir"), dir.path(),
+    p.setArguments({QStringLiteral("--headless"), QStringLiteral("--config-dir"), configDir,
                     QStringLiteral("--app-dir"), QStringLiteral(TOLVANE_SOURCE_DIR "/data")});
     p.setProcessChannelMode(QProcess::MergedChannels);
     p.start();
     if (!p.waitForStarted(10000)) return false;
-    QByteArray out;
-    while (!out.contains("running headless")) {
+    QByteArray said;
+    while (!said.contains("running headless")) {
         if (!p.waitForReadyRead(20000)) return false;
-        out += p.readAll();
+        said += p.readAll();
     }
+    if (out) *out = said;
     return true;
 }
 
@@ -40,7 +42,7 @@ class HeadlessRun : public ::testing::TestWithParam<int> {};
 TEST_P(HeadlessRun, StopsInOrderOnSignalWithSettingsWritten) {
     QTemporaryDir dir;
     QProcess p;
-    ASSERT_TRUE(startHeadless(p, dir)) << p.readAll().toStdString();
+    ASSERT_TRUE(startHeadless(p, dir.path())) << p.readAll().toStdString();
     ::kill(pid_t(p.processId()), GetParam());
     ASSERT_TRUE(p.waitForFinished(20000));
     EXPECT_EQ(p.exitStatus(), QProcess::NormalExit);
@@ -54,6 +56,27 @@ TEST_P(HeadlessRun, StopsInOrderOnSignalWithSettingsWritten) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, HeadlessRun, ::testing::Values(SIGTERM, SIGINT));
+
+TEST(HeadlessRunOptions, AConfigFolderThatCantBeWrittenIsSaidOnceAndTheProgramStillStopsCleanly) {
+    // A plain file where the folder should be: nothing can be written under it, not even by root.
+    QTemporaryDir dir;
+    const QString notAFolder = dir.filePath(QStringLiteral("plain-file"));
+    {
+        QFile f(notAFolder);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    }
+    QProcess p;
+    QByteArray out;
+    ASSERT_TRUE(startHeadless(p, notAFolder, &out)) << p.readAll().toStdString();
+    ::kill(pid_t(p.processId()), SIGTERM);
+    ASSERT_TRUE(p.waitForFinished(20000));
+    out += p.readAll();
+    EXPECT_EQ(p.exitStatus(), QProcess::NormalExit) << out.right(3000).toStdString();
+    EXPECT_EQ(p.exitCode(), 0) << out.right(3000).toStdString();
+    EXPECT_EQ(out.count("Tolvane version"), 1);
+    EXPECT_EQ(out.count("cannot write the log"), 1);
+    EXPECT_EQ(out.count("Settings: cannot write"), 1);
+}
 
 TEST(HeadlessRunOptions, HelpNeedsNoDisplayAndMissingCatalogueEndsWithItsMessage) {
     QProcess help;

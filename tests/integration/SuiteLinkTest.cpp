@@ -14,6 +14,7 @@
 #include <QTemporaryDir>
 
 #include "support/PtyPair.h"
+#include "support/RequiredTool.h"
 
 #include <gtest/gtest.h>
 
@@ -39,8 +40,8 @@ void stopProcess(QProcess& p) {
 class SuiteLink : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (QStandardPaths::findExecutable(QStringLiteral("dbus-daemon")).isEmpty()) GTEST_SKIP() << "dbus-daemon not installed";
-        ASSERT_TRUE(PtyPair::available()) << "socat not installed";
+        TV_REQUIRE_TOOL("dbus-daemon");
+        TV_REQUIRE_TOOL("socat");
         // A bus of our own, so that nothing on the desktop's bus sees or disturbs the test.
         daemon.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
                                                      QStringLiteral("--print-address")});

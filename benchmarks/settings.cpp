@@ -34,7 +34,8 @@ void BM_LoadSettings(benchmark::State& state) {
     const QString path = writeStore(dir, keys);
     for (auto _ : state) {
         tv::SettingsStore s(path, nullptr);
-        benchmark::DoNotOptimize(s.GetSetting(QStringLiteral("Section0"), QStringLiteral("CommandValue_0"), {}));
+        benchmark::DoNotOptimize(
+            s.GetSetting(QStringLiteral("Section0"), QStringLiteral("CommandValue_0"), {}));
     }
     state.SetComplexityN(keys);
     state.SetItemsProcessed(state.iterations() * keys);
@@ -51,7 +52,11 @@ void BM_ReadOneKey(benchmark::State& state) {
     state.SetComplexityN(keys);
 }
 
-BENCHMARK(BM_LoadSettings)->RangeMultiplier(4)->Range(1 << 10, 1 << 18)->Unit(benchmark::kMillisecond)->Complexity();
+BENCHMARK(BM_LoadSettings)
+    ->RangeMultiplier(4)
+    ->Range(1 << 10, 1 << 18)
+    ->Unit(benchmark::kMillisecond)
+    ->Complexity();
 BENCHMARK(BM_ReadOneKey)->RangeMultiplier(4)->Range(1 << 10, 1 << 16)->Complexity();
 
 }  // namespace

@@ -23,10 +23,10 @@ inline bool toolInstalled(const char* name) {
 }  // namespace tv::test
 
 // In a test or a fixture's SetUp (or a void helper it calls): skips, or fails when tools are required.
-#define TV_REQUIRE_TOOL(name)                                                                \
-    do {                                                                                     \
-        if (!::tv::test::toolInstalled(name)) {                                              \
-            if (::tv::test::toolsRequired()) FAIL() << (name) << " is not installed";        \
-            GTEST_SKIP() << (name) << " is not installed";                                   \
-        }                                                                                    \
+#define TV_REQUIRE_TOOL(name)                                                         \
+    do {                                                                              \
+        if (!::tv::test::toolInstalled(name)) {                                       \
+            if (::tv::test::toolsRequired()) FAIL() << (name) << " is not installed"; \
+            GTEST_SKIP() << (name) << " is not installed";                            \
+        }                                                                             \
     } while (0)

@@ -4,11 +4,19 @@
 #include "core/XcvrCmd.h"
 #include "platform/SettingsStore.h"
 
+#include <QDateTime>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 
 #include <cstdio>
 #include <memory>
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/file.h>
+#include <sys/prctl.h>
+#include <unistd.h>
 
 namespace tv {
 
@@ -28,6 +36,9 @@ QString DemoRadio::start(const QString& exeDir, QString* error) {
                        QStringLiteral("1000")});
     sim_.setProcessChannelMode(QProcess::SeparateChannels);
     sim_.setStandardErrorFile(QProcess::nullDevice());
+    // Should this program die without stopping it, the simulator goes too, rather than turning its
+    // dial for nobody.
+    sim_.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
     sim_.start();
     if (!sim_.waitForStarted(5000)) {
         if (error) *error = QStringLiteral("the radio simulator did not start: ") + sim_.errorString();
@@ -69,6 +80,60 @@ void DemoRadio::presetSettings(const QString& iniPath, const QString& pty) {
     s.SaveSetting(g, QStringLiteral("Interrogate"), QStringLiteral("T"));
     s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
     s.SaveSetting(g, QStringLiteral("MessageCapture"), QStringLiteral("T"));
+}
+
+namespace {
+const char kOwnerFile[] = "/.owner";
+// A folder being made has no lock yet: give its maker this long before taking it for abandoned.
+constexpr qint64 kUnlockedGraceSeconds = 60;
+}  // namespace
+
+QString DemoFolder::base() {
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    const QFileInfo info(runtime);
+    return !runtime.isEmpty() && info.isDir() && info.isWritable() ? runtime : QDir::tempPath();
+}
+
+int DemoFolder::removeStale(const QString& base) {
+    int removed = 0;
+    const QFileInfoList folders =
+        QDir(base).entryInfoList({QStringLiteral("tolvane-demo-*")}, QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks);
+    for (const QFileInfo& folder : folders) {
+        const QString owner = folder.absoluteFilePath() + QLatin1String(kOwnerFile);
+        const int fd = ::open(QFile::encodeName(owner).constData(), O_RDONLY | O_CLOEXEC);
+        bool gone;
+        if (fd < 0)
+            gone = folder.lastModified().secsTo(QDateTime::currentDateTime()) > kUnlockedGraceSeconds;
+        else
+            gone = ::flock(fd, LOCK_EX | LOCK_NB) == 0;  // its demo holds the lock for as long as it runs
+        if (gone && QDir(folder.absoluteFilePath()).removeRecursively()) ++removed;
+        if (fd >= 0) ::close(fd);
+    }
+    return removed;
+}
+
+namespace {
+// The template of a new folder, once the ones of dead demos are gone.
+QString freshFolderTemplate() {
+    DemoFolder::removeStale(DemoFolder::base());
+    return DemoFolder::base() + QStringLiteral("/tolvane-demo-XXXXXX");
+}
+}  // namespace
+
+DemoFolder::DemoFolder() : dir_(freshFolderTemplate()) {
+    if (!dir_.isValid()) return;
+    const QByteArray owner = QFile::encodeName(dir_.path() + QLatin1String(kOwnerFile));
+    lockFd_ = ::open(owner.constData(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
+    if (lockFd_ >= 0 && ::flock(lockFd_, LOCK_EX) != 0) {
+        ::close(lockFd_);
+        lockFd_ = -1;
+    }
+}
+
+DemoFolder::~DemoFolder() {
+    // The folder goes first (QTemporaryDir's own end), then the lock: no one takes it for stale meanwhile.
+    dir_.remove();
+    if (lockFd_ >= 0) ::close(lockFd_);
 }
 
 void reportStateOnStdout(Program& program) {

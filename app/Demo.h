@@ -4,6 +4,7 @@
 
 #include <QProcess>
 #include <QString>
+#include <QTemporaryDir>
 
 namespace tv {
 
@@ -24,6 +25,27 @@ public:
 
 private:
     QProcess sim_;
+};
+
+// The demo's throw-away settings folder, "tolvane-demo-*" in the user's runtime folder ($XDG_RUNTIME_DIR,
+// else the temporary folder). Removed at the end of the demo; one left behind by a demo that crashed is
+// removed at the next demo's start, once nothing holds the lock on its ".owner" file any more.
+class DemoFolder {
+public:
+    DemoFolder();
+    ~DemoFolder();
+    DemoFolder(const DemoFolder&) = delete;
+    DemoFolder& operator=(const DemoFolder&) = delete;
+    bool isValid() const { return lockFd_ >= 0; }
+    QString path() const { return dir_.path(); }
+    // Where the folders are made.
+    static QString base();
+    // Removes the folders whose demo is gone; returns how many.
+    static int removeStale(const QString& base);
+
+private:
+    QTemporaryDir dir_;
+    int lockFd_ = -1;
 };
 
 // Prints the radio's state to standard output as it changes (headless runs have no window to show it).

@@ -184,6 +184,8 @@ bool Program::FormLoad() {
 void Program::FormUnload() {
     if (unloaded_ || !loaded_) return;
     unloaded_ = true;
+    // A sequence looping in a handler below us must not keep the program from ending.
+    sequences.StopRunning();
     Guard("KavMain.Form_Unload", [&] {
         main.ClockTimer.setEnabled(false);
         // 1.

@@ -17,12 +17,12 @@
 #include <QFileInfo>
 #include <QScreen>
 #include <QSocketNotifier>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <csignal>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -117,14 +117,16 @@ int main(int argc, char** argv) {
     // Demo: a simulated radio and settings of its own, thrown away at the end.
     const bool demo = parser.isSet(demoOpt);
     tv::DemoRadio demoRadio;
-    QTemporaryDir demoDir;
+    std::optional<tv::DemoFolder> demoDir;
     if (demo) {
         if (!parser.isSet(configOpt)) {
-            if (!demoDir.isValid()) {
-                std::fprintf(stderr, "tolvane: cannot make a folder for the demo's settings\n");
+            demoDir.emplace();
+            if (!demoDir->isValid()) {
+                std::fprintf(stderr, "tolvane: cannot make a folder for the demo's settings in %s\n",
+                             tv::DemoFolder::base().toLocal8Bit().constData());
                 return 1;
             }
-            paths.configDir = demoDir.path();
+            paths.configDir = demoDir->path();
         }
         QString error;
         const QString pty = demoRadio.start(exeDir, &error);

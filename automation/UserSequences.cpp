@@ -211,7 +211,7 @@ void UserSequences::ExecuteSequence(int index) {
     Guard("KavModule.ExecuteSequence", [&] {
         CheckSubscript(index, 0, kSequences - 1);
         int s = 0;
-        while (s <= kSteps - 1) {
+        while (s <= kSteps - 1 && !stopping_) {
             CheckSubscript(s, 0, kSteps - 1);
             const QString c = CommandValues[size_t(index)][size_t(s)];
             const QString u = c.toUpper();
@@ -249,9 +249,14 @@ void UserSequences::ExecuteSequence(int index) {
                 // Either case of hexadecimal digit: the queue reads upper case.
                 m_.queue().SetXcvrRaw(c.toUpper());
             }
-            s = next;
             // Other events run between steps: the operator can still act, and stop a looping sequence.
-            m_.loop().yield();
+            // A jump back starts another round of a loop: nothing it could test changes until some event
+            // comes, so it waits for one rather than spinning a core meanwhile.
+            if (next >= 0 && next <= s)
+                m_.loop().waitForEvents();
+            else
+                m_.loop().yield();
+            s = next;
         }
     });
 }

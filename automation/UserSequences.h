@@ -29,6 +29,9 @@ public:
     void ExecuteSequence(int index);
     void ExecuteNamedSequence(const QString& name);
     void ExecuteCommand(const QString& text);
+    // The program is going down: a sequence that is running (a loop, say) ends after its current step,
+    // and none starts any more.
+    void StopRunning() { stopping_ = true; }
 
     std::array<QString, kSequences> SequenceNames{};
     std::array<QString, kSequences> SequenceFunctions{};
@@ -45,6 +48,7 @@ private:
     KavModule& m_;
     UserCommandSequenceDefinition& editor_;
     bool filling_ = false;
+    bool stopping_ = false;
 };
 
 }  // namespace tv

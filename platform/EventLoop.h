@@ -33,6 +33,9 @@ public:
     virtual void post(std::function<void()> work) = 0;
     // Lets pending events through (timers that are due, posted work, input) and returns.
     virtual void yield() = 0;
+    // The same, but when nothing is pending it sleeps until something comes, and lets that through:
+    // for a handler that goes round until some event changes what it tests, without spinning a core.
+    virtual void waitForEvents() = 0;
     // Milliseconds on a clock that never goes back.
     virtual std::int64_t monotonicMs() const = 0;
     virtual QDateTime utcNow() const = 0;

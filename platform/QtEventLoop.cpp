@@ -59,6 +59,10 @@ void QtEventLoop::post(std::function<void()> work) {
 
 void QtEventLoop::yield() { QCoreApplication::processEvents(QEventLoop::AllEvents); }
 
+void QtEventLoop::waitForEvents() {
+    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+}
+
 std::int64_t QtEventLoop::monotonicMs() const { return processClock().elapsed(); }
 
 QDateTime QtEventLoop::utcNow() const { return QDateTime::currentDateTimeUtc(); }

@@ -10,6 +10,7 @@ public:
     std::unique_ptr<LoopTimer> createTimer() override;
     void post(std::function<void()> work) override;
     void yield() override;
+    void waitForEvents() override;
     std::int64_t monotonicMs() const override;
     QDateTime utcNow() const override;
     QDateTime localNow() const override;

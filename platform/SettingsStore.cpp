@@ -22,10 +22,16 @@ SettingsStore::SettingsStore(QString path, EventLoop* loop)
 
 SettingsStore::~SettingsStore() {
     *alive_ = false;
+    // A last try, told to nobody: whoever listened may already be gone.
+    onWriteFailure = nullptr;
     flush();
 }
 
-QString SettingsStore::escapeValue(const QString& v) {
+namespace {
+bool isBlank(QChar c) { return c == QLatin1Char(' ') || c == QLatin1Char('\t'); }
+
+// Backslash escapes for what a line can't hold.
+QString escapeText(const QString& v) {
     QString out;
     out.reserve(v.size());
     for (QChar c : v) {
@@ -43,10 +49,10 @@ QString SettingsStore::escapeValue(const QString& v) {
     return out;
 }
 
-QString SettingsStore::unescapeValue(const QString& v) {
+QString unescapeText(QStringView v) {
     QString out;
     out.reserve(v.size());
-    for (int i = 0; i < v.size(); ++i) {
+    for (qsizetype i = 0; i < v.size(); ++i) {
         QChar c = v[i];
         if (c != QLatin1Char('\\') || i + 1 >= v.size()) {
             out += c;
@@ -57,12 +63,37 @@ QString SettingsStore::unescapeValue(const QString& v) {
             out += QLatin1Char('\n');
         else if (n == QLatin1Char('r'))
             out += QLatin1Char('\r');
+        else if (n == QLatin1Char('t'))
+            out += QLatin1Char('\t');
         else if (n == QLatin1Char('0'))
             out += QChar(0);
         else
-            out += n;  // "\\" and any unknown escape stand for the character itself
+            out += n;  // "\\", "\"" and any unknown escape stand for the character itself
     }
     return out;
+}
+}  // namespace
+
+QString SettingsStore::escapeValue(const QString& v) {
+    const QString text = escapeText(v);
+    // Blanks at either end would be taken for layout, and a leading quote for quoting: such a value
+    // goes in quotes, as QSettings writes it.
+    if (text.isEmpty() || (!isBlank(text.front()) && !isBlank(text.back()) && text.front() != QLatin1Char('"')))
+        return text;
+    QString quoted = text;
+    quoted.replace(QLatin1Char('"'), QLatin1String("\\\""));
+    return QLatin1Char('"') + quoted + QLatin1Char('"');
+}
+
+QString SettingsStore::unescapeValue(const QString& raw) {
+    const QString t = raw.trimmed();
+    if (t.size() >= 2 && t.front() == QLatin1Char('"')) {
+        // Quoted when the first quote that isn't escaped closes it at the very end.
+        qsizetype i = 1;
+        while (i < t.size() && t[i] != QLatin1Char('"')) i += t[i] == QLatin1Char('\\') ? 2 : 1;
+        if (i == t.size() - 1) return unescapeText(QStringView(t).mid(1, t.size() - 2));
+    }
+    return unescapeText(t);
 }
 
 namespace {
@@ -75,7 +106,7 @@ QString escapeKey(const QString& k) {
         const bool edge = (i == 0 && (c == QLatin1Char('[') || c == QLatin1Char(';') || c == QLatin1Char('#'))) ||
                           ((i == 0 || i == k.size() - 1) && c.isSpace() && c != QLatin1Char('\n') && c != QLatin1Char('\r'));
         if (c == QLatin1Char('=') || edge) out += QLatin1Char('\\');
-        out += SettingsStore::escapeValue(QString(c));
+        out += escapeText(QString(c));
     }
     return out;
 }
@@ -99,7 +130,30 @@ QString trimKey(const QString& raw) {
     while (e > b && raw[e - 1].isSpace() && !(e - 2 >= b && raw[e - 2] == QLatin1Char('\\'))) --e;
     return raw.mid(b, e - b);
 }
+
+// Sections and keys are one whether written in upper or lower case.
+QString folded(const QString& name) { return name.toCaseFolded(); }
 }  // namespace
+
+SettingsStore::Entry* SettingsStore::Section::find(const QString& key) {
+    const auto it = index.constFind(folded(key));
+    return it == index.constEnd() ? nullptr : &entries[*it];
+}
+
+const SettingsStore::Entry* SettingsStore::Section::find(const QString& key) const {
+    return const_cast<Section*>(this)->find(key);
+}
+
+bool SettingsStore::Section::set(const QString& key, const QString& value) {
+    if (Entry* e = find(key)) {
+        if (e->value == value) return false;
+        e->value = value;
+        return true;
+    }
+    index.insert(folded(key), entries.size());
+    entries.push_back({key, value});
+    return true;
+}
 
 void SettingsStore::load() {
     QFile f(path_);
@@ -121,62 +175,58 @@ void SettingsStore::load() {
         const QString t = line.trimmed();
         if (t.isEmpty() || t.startsWith(QLatin1Char(';')) || t.startsWith(QLatin1Char('#'))) continue;
         if (t.startsWith(QLatin1Char('['))) {
-            if (!t.endsWith(QLatin1Char(']')) || t.size() < 3) {
+            if (!t.endsWith(QLatin1Char(']')) || t.size() < 2) {
                 ++bad;
                 current = nullptr;
                 continue;
             }
-            const QString name = t.mid(1, t.size() - 2).trimmed();
-            current = findSection(name);
-            if (!current) {
-                sections_.push_back({name, {}});
-                current = &sections_.back();
-            }
+            // "[ ]" is a section too: one whose name is blank.
+            current = &section(t.mid(1, t.size() - 2).trimmed());
             continue;
         }
         const int eq = keyEnd(line);
-        const QString key = eq > 0 ? unescapeValue(trimKey(line.left(eq))) : QString();
+        const QString key = eq > 0 ? unescapeText(trimKey(line.left(eq))) : QString();
         if (!current || key.isEmpty() || line.contains(QChar(0))) {
             ++bad;
             continue;
         }
-        const QString value = unescapeValue(line.mid(eq + 1));
-        bool found = false;
-        for (auto& e : current->entries)
-            if (e.key.compare(key, Qt::CaseInsensitive) == 0) {
-                e.value = value;  // a later line of the same key wins, as it would in any INI reader
-                found = true;
-            }
-        if (!found) current->entries.push_back({key, value});
+        // A later line of the same key wins, as it would in any INI reader.
+        current->set(key, unescapeValue(line.mid(eq + 1)));
     }
     if (bad > 0) {
         loadProblem_ = QStringLiteral("%1 line(s) of %2 could not be read and were skipped").arg(bad).arg(path_);
         keepCorruptCopy_ = true;
+        // Salvaged: what could be read is written back (the original kept beside) at the next flush,
+        // so the same damage isn't met again at every start.
+        dirty_ = true;
     }
 }
 
 SettingsStore::Section* SettingsStore::findSection(const QString& name) {
-    for (auto& s : sections_)
-        if (s.name.compare(name, Qt::CaseInsensitive) == 0) return &s;
-    return nullptr;
+    const auto it = sectionIndex_.constFind(folded(name));
+    return it == sectionIndex_.constEnd() ? nullptr : &sections_[*it];
 }
 
 const SettingsStore::Section* SettingsStore::findSection(const QString& name) const {
     return const_cast<SettingsStore*>(this)->findSection(name);
 }
 
+SettingsStore::Section& SettingsStore::section(const QString& name) {
+    if (Section* s = findSection(name)) return *s;
+    sectionIndex_.insert(folded(name), sections_.size());
+    sections_.push_back({name, {}, {}});
+    return sections_.back();
+}
+
 QString SettingsStore::GetSetting(const QString& section, const QString& key, const QString& defaultValue) const {
     if (const Section* s = findSection(section))
-        for (const auto& e : s->entries)
-            if (e.key.compare(key, Qt::CaseInsensitive) == 0) return e.value;
+        if (const Entry* e = s->find(key)) return e->value;
     return defaultValue;
 }
 
 bool SettingsStore::contains(const QString& section, const QString& key) const {
-    if (const Section* s = findSection(section))
-        for (const auto& e : s->entries)
-            if (e.key.compare(key, Qt::CaseInsensitive) == 0) return true;
-    return false;
+    const Section* s = findSection(section);
+    return s && s->find(key);
 }
 
 QStringList SettingsStore::keys(const QString& section) const {
@@ -186,32 +236,21 @@ QStringList SettingsStore::keys(const QString& section) const {
     return out;
 }
 
-void SettingsStore::SaveSetting(const QString& section, const QString& key, const QString& value) {
-    if (key.isEmpty() || section.isEmpty()) return;  // nothing could ever read it back
-    Section* s = findSection(section);
-    if (!s) {
-        sections_.push_back({section, {}});
-        s = &sections_.back();
-    }
-    for (auto& e : s->entries)
-        if (e.key.compare(key, Qt::CaseInsensitive) == 0) {
-            if (e.value == value) return;
-            e.value = value;
-            scheduleFlush();
-            return;
-        }
-    s->entries.push_back({key, value});
-    scheduleFlush();
+void SettingsStore::SaveSetting(const QString& sectionName, const QString& key, const QString& value) {
+    if (key.isEmpty()) return;  // nothing could ever read it back
+    if (section(sectionName).set(key, value)) scheduleFlush();
 }
 
-void SettingsStore::DeleteSetting(const QString& section, const QString& key) {
-    Section* s = findSection(section);
-    if (!s) return;
-    const auto before = s->entries.size();
+void SettingsStore::DeleteSetting(const QString& sectionName, const QString& key) {
+    Section* s = findSection(sectionName);
+    if (!s || !s->find(key)) return;
+    const QString gone = folded(key);
     s->entries.erase(std::remove_if(s->entries.begin(), s->entries.end(),
-                                    [&](const Entry& e) { return e.key.compare(key, Qt::CaseInsensitive) == 0; }),
+                                    [&](const Entry& e) { return folded(e.key) == gone; }),
                      s->entries.end());
-    if (s->entries.size() != before) scheduleFlush();
+    s->index.clear();
+    for (std::size_t i = 0; i < s->entries.size(); ++i) s->index.insert(folded(s->entries[i].key), i);
+    scheduleFlush();
 }
 
 void SettingsStore::scheduleFlush() {
@@ -237,11 +276,15 @@ bool SettingsStore::flush() {
     QDir().mkpath(info.absolutePath());
     if (keepCorruptCopy_ && info.exists()) {
         // Keep what we could not read, so that nothing the operator had is lost by our rewrite.
-        const QString copy = path_ + QStringLiteral(".corrupt");
+        const QString copy = corruptCopyPath();
         QFile::remove(copy);
         // A file we could not read at all can't be copied either: move it aside, so the rewrite below
-        // doesn't replace it.
-        if (!QFile::copy(path_, copy)) QFile::rename(path_, copy);
+        // doesn't replace it. When neither works, the original stays and nothing is written over it.
+        if (!QFile::copy(path_, copy) && !QFile::rename(path_, copy)) {
+            if (!failing_ && onWriteFailure) onWriteFailure(QStringLiteral("cannot keep a copy of %1 as %2").arg(path_, copy));
+            failing_ = true;
+            return false;
+        }
     }
     keepCorruptCopy_ = false;
     QString text;
@@ -258,9 +301,12 @@ bool SettingsStore::flush() {
     if (ok && f.flush()) ::fsync(f.handle());
     if (ok) ok = f.commit();
     if (!ok) {
-        if (onWriteFailure) onWriteFailure(QStringLiteral("cannot write %1: %2").arg(path_, f.errorString()));
+        // Every later change would fail the same way: one word until a write goes through again.
+        if (!failing_ && onWriteFailure) onWriteFailure(QStringLiteral("cannot write %1: %2").arg(path_, f.errorString()));
+        failing_ = true;
         return false;
     }
+    failing_ = false;
     dirty_ = false;
     return true;
 }

@@ -4,11 +4,12 @@
 // A write reaches the disk within one turn of the loop, by replacing the whole file atomically, so that
 // a crash or a full disk never leaves half a file.
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
 #include <functional>
-#include <map>
+#include <memory>
 #include <vector>
 
 namespace tv {
@@ -34,9 +35,12 @@ public:
     bool dirty() const { return dirty_; }
     QString path() const { return path_; }
     // What was wrong with the file when it was read ("" when nothing was); lines that made no sense are
-    // skipped, and the original is kept beside as "<file>.corrupt" before it is first rewritten.
+    // skipped, and the original is kept beside as "<file>.corrupt" when it is rewritten with what could be
+    // read, at the next flush.
     QString loadProblem() const { return loadProblem_; }
-    // Told of each failure to write, with a description.
+    QString corruptCopyPath() const { return path_ + QStringLiteral(".corrupt"); }
+    // Told when writing starts to fail, with a description; not again until a write has succeeded.
+    // Never called from the destructor, whose owner may be half gone by then.
     std::function<void(const QString&)> onWriteFailure;
 
     // The text of an INI file for these sections (exposed for tests of the format).
@@ -51,16 +55,24 @@ private:
     struct Section {
         QString name;
         std::vector<Entry> entries;
+        QHash<QString, std::size_t> index;  // case-folded key -> position in entries
+        Entry* find(const QString& key);
+        const Entry* find(const QString& key) const;
+        // Sets the value, adding the key when new; false when it already had that value.
+        bool set(const QString& key, const QString& value);
     };
     void load();
     Section* findSection(const QString& name);
     const Section* findSection(const QString& name) const;
+    Section& section(const QString& name);
     void scheduleFlush();
 
     QString path_;
     EventLoop* loop_;
     std::vector<Section> sections_;
+    QHash<QString, std::size_t> sectionIndex_;  // case-folded name -> position in sections_
     bool dirty_ = false;
+    bool failing_ = false;
     bool flushPosted_ = false;
     bool keepCorruptCopy_ = false;
     QString loadProblem_;

@@ -110,6 +110,14 @@ void SimEventLoop::yield() {
     --yieldDepth_;
 }
 
+void SimEventLoop::waitForEvents() {
+    if (posted_.empty() && !nextDue(now_)) {
+        const std::int64_t in = nextDueIn();
+        if (in > 0) now_ += in;
+    }
+    yield();
+}
+
 void SimEventLoop::advance(std::int64_t ms) {
     const std::int64_t end = now_ + std::max<std::int64_t>(0, ms);
     runPosted();

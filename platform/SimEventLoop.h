@@ -18,6 +18,8 @@ public:
     std::unique_ptr<LoopTimer> createTimer() override;
     void post(std::function<void()> work) override;
     void yield() override;
+    // With nothing pending, virtual time moves on to the next timer, as a real loop would sleep until then.
+    void waitForEvents() override;
     std::int64_t monotonicMs() const override { return now_; }
     QDateTime utcNow() const override;
     QDateTime localNow() const override;

@@ -2,6 +2,7 @@
 
 #include <QDBusConnection>
 #include <QDBusContext>
+#include <QDBusError>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusReply>
@@ -18,6 +19,20 @@ const char* const kSuiteInterface = "ham.dde.Topic";
 QString suiteBusName(const QString& application) { return QStringLiteral("ham.dde.") + application; }
 
 QString suiteObjectPath(const QString& topic) { return QLatin1Char('/') + topic; }
+
+SuiteBus::CallResult SuiteBus::executeCall(const QString& application, const QString& topic, const QString& command,
+                                           int timeoutMs) {
+    if (!isRunning(application)) return {CallResult::NotRunning, {}, suiteBusName(application) + QStringLiteral(" is not running")};
+    return {CallResult::Answered, execute(application, topic, command, timeoutMs), {}};
+}
+
+SuiteBus::CallResult SuiteBus::requestCall(const QString& application, const QString& topic, const QString& item,
+                                           int timeoutMs) {
+    if (!isRunning(application)) return {CallResult::NotRunning, {}, suiteBusName(application) + QStringLiteral(" is not running")};
+    QString value;
+    if (!request(application, topic, item, &value, timeoutMs)) return {CallResult::Failed, {}, QStringLiteral("no item ") + item};
+    return {CallResult::Answered, value, {}};
+}
 
 // One topic on the bus: its methods call the program's handlers, its signal carries the advise.
 class SuiteTopicObject : public QObject, protected QDBusContext {
@@ -119,17 +134,26 @@ public:
     }
 
     bool execute(const QString& application, const QString& topic, const QString& command, int timeoutMs) override {
-        QDBusMessage reply;
-        if (!call(application, topic, QStringLiteral("Execute"), command, timeoutMs, &reply)) return false;
-        return reply.arguments().first().toBool();
+        const CallResult r = executeCall(application, topic, command, timeoutMs);
+        return r.outcome == CallResult::Answered && r.value.toBool();
     }
 
     bool request(const QString& application, const QString& topic, const QString& item, QString* value,
                  int timeoutMs) override {
-        QDBusMessage reply;
-        if (!call(application, topic, QStringLiteral("Request"), item, timeoutMs, &reply)) return false;
-        if (value) *value = reply.arguments().first().toString();
+        const CallResult r = requestCall(application, topic, item, timeoutMs);
+        if (r.outcome != CallResult::Answered) return false;
+        if (value) *value = r.value.toString();
         return true;
+    }
+
+    CallResult executeCall(const QString& application, const QString& topic, const QString& command,
+                           int timeoutMs) override {
+        return call(application, topic, QStringLiteral("Execute"), command, timeoutMs);
+    }
+
+    CallResult requestCall(const QString& application, const QString& topic, const QString& item,
+                           int timeoutMs) override {
+        return call(application, topic, QStringLiteral("Request"), item, timeoutMs);
     }
 
     bool watch(const QString& application, const QString& topic, ItemHandler handler) override {
@@ -144,14 +168,22 @@ public:
 
 private:
     // A blocking call with a bound: the loop isn't re-entered, so no handler runs inside it.
-    bool call(const QString& application, const QString& topic, const QString& method, const QString& arg,
-              int timeoutMs, QDBusMessage* reply) {
-        if (!isRunning(application)) return false;
-        QDBusMessage msg = QDBusMessage::createMethodCall(suiteBusName(application), suiteObjectPath(topic),
+    CallResult call(const QString& application, const QString& topic, const QString& method, const QString& arg,
+                    int timeoutMs) {
+        const QString name = suiteBusName(application);
+        if (!isRunning(application)) return {CallResult::NotRunning, {}, name + QStringLiteral(" is not running")};
+        QDBusMessage msg = QDBusMessage::createMethodCall(name, suiteObjectPath(topic),
                                                           QString::fromLatin1(kSuiteInterface), method);
         msg << arg;
-        *reply = conn_.call(msg, QDBus::Block, timeoutMs);
-        return reply->type() == QDBusMessage::ReplyMessage && !reply->arguments().isEmpty();
+        const QDBusMessage reply = conn_.call(msg, QDBus::Block, timeoutMs);
+        if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
+            return {CallResult::Answered, reply.arguments().first(), {}};
+        const QDBusError::ErrorType kind = QDBusError(reply).type();
+        // Running, but it didn't answer in time: busy (or stopped), which is not a refusal.
+        if (kind == QDBusError::NoReply || kind == QDBusError::Timeout || kind == QDBusError::TimedOut)
+            return {CallResult::NoAnswer, {}, QStringLiteral("no answer from %1 within %2 ms").arg(name).arg(timeoutMs)};
+        if (kind == QDBusError::ServiceUnknown) return {CallResult::NotRunning, {}, name + QStringLiteral(" is not running")};
+        return {CallResult::Failed, {}, reply.errorMessage().isEmpty() ? reply.errorName() : reply.errorMessage()};
     }
 
     QDBusConnection conn_;

@@ -8,6 +8,7 @@
 // A name without an owner is a program that isn't running.
 
 #include <QString>
+#include <QVariant>
 
 #include <functional>
 #include <memory>
@@ -48,6 +49,19 @@ public:
                          int timeoutMs = kClientTimeoutMs) = 0;
     // Follows a topic's item changes, also once the target starts later.
     virtual bool watch(const QString& application, const QString& topic, ItemHandler handler) = 0;
+
+    // How a call ended, for a client that must tell a busy program from one that said no.
+    struct CallResult {
+        enum Outcome { Answered, NotRunning, NoAnswer, Failed };
+        Outcome outcome = Failed;
+        QVariant value;  // the answer: accepted (bool) or the item's text
+        QString error;   // what went wrong when there was no answer
+    };
+    // Execute and Request with their outcome told apart. The defaults know only answered or not.
+    virtual CallResult executeCall(const QString& application, const QString& topic, const QString& command,
+                                   int timeoutMs);
+    virtual CallResult requestCall(const QString& application, const QString& topic, const QString& item,
+                                   int timeoutMs);
 };
 
 QString suiteBusName(const QString& application);

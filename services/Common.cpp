@@ -14,6 +14,7 @@
 #include <QSysInfo>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace tv {
 
@@ -65,6 +66,15 @@ void Common::Initialize() {
         ReportError(number, label, description);
     });
     reporterOwner = this;
+    // A salvaged settings file is said once, where the operator looks: lost settings must not be a
+    // silent surprise. The store writes back what it could read, so the next start is quiet.
+    const QString problem = settings_.loadProblem();
+    if (!problem.isEmpty()) {
+        const QString text = QStringLiteral("Settings: ") + problem + QStringLiteral("; the file as it was is kept as ") +
+                             settings_.corruptCopyPath();
+        LogLine(text);
+        dialogs_.messageBox(text, info_.title);
+    }
 }
 
 void Common::Terminate() {
@@ -86,38 +96,74 @@ QString Common::stamp(const QDateTime& utc) const {
         .arg(t.toString(QStringLiteral("hh:mm:ss")));
 }
 
-bool Common::writeLines(const QStringList& lines) {
+QString Common::OldErrorLogPathname() const {
+    return errorLogPathname_.isEmpty() ? QString() : QDir(info_.logDir).filePath(QStringLiteral("ErrorLog.1.txt"));
+}
+
+QStringList Common::banner() const {
+    const QString s = stamp(startTime_.isValid() ? startTime_ : UTC::CurrentTime(loop_)) + QStringLiteral(" > ");
+    QStringList lines{info_.title + QStringLiteral(" version ") + info_.version(),
+                      QStringLiteral("App.Path        : ") + info_.appPath,
+                      QStringLiteral("App.exe         : ") + info_.exeName,
+                      QStringLiteral("Operating System: ") + GetOSName() + QStringLiteral(" build ") + GetOSBuild(),
+                      QStringLiteral("Country         : ") + LocaleInfo::GetLocaleCountry(),
+                      QStringLiteral("Language        : ") + LocaleInfo::GetLocaleLanguage()};
+    for (QString& b : lines) b.prepend(s);
+    return lines;
+}
+
+bool Common::logUnwritable(const QString& why) {
+    // Said once: a log that can't be written would otherwise say so with every line it can't take.
+    if (!unwritableTold_) {
+        unwritableTold_ = true;
+        const QString text = QStringLiteral("cannot write the log %1: %2").arg(errorLogPathname_, why);
+        if (onLogUnwritable) {
+            onLogUnwritable(text);
+        } else {
+            std::fprintf(stderr, "%s: %s\n", info_.title.toLower().toLocal8Bit().constData(),
+                         text.toLocal8Bit().constData());
+            std::fflush(stderr);
+        }
+    }
+    return false;
+}
+
+bool Common::appendToLog(const QString& line) {
     if (errorLogPathname_.isEmpty()) return false;
     QFile f(errorLogPathname_);
     // Opened and closed for every call: a crash loses nothing that was logged.
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Append)) return false;
-    for (const QString& line : lines) {
-        f.write(line.toUtf8());
-        f.write("\n");
+    if (!f.open(QIODevice::WriteOnly | QIODevice::Append)) return logUnwritable(f.errorString());
+    auto text = [&] {
+        const QByteArray b = line.toUtf8() + '\n';
+        return fileHasBanner_ ? b : banner().join(QLatin1Char('\n')).toUtf8() + '\n' + b;
+    };
+    QByteArray bytes = text();
+    if (f.size() > 0 && f.size() + bytes.size() > kLogLimitBytes) {
+        f.close();
+        QFile::remove(OldErrorLogPathname());
+        // If the full file can't be moved aside, it grows on rather than losing lines.
+        if (QFile::rename(errorLogPathname_, OldErrorLogPathname())) fileHasBanner_ = false;
+        if (!f.open(QIODevice::WriteOnly | QIODevice::Append)) return logUnwritable(f.errorString());
+        bytes = text();
     }
+    // A full disk shows only when the bytes leave the buffer.
+    if (f.write(bytes) != bytes.size() || !f.flush()) return logUnwritable(f.errorString());
     f.close();
+    fileHasBanner_ = true;
     return true;
 }
 
 void Common::LogLine(const QString& text) {
-    QStringList lines;
-    if (!logInUse_) {
-        const QString s = stamp(startTime_.isValid() ? startTime_ : UTC::CurrentTime(loop_)) + QStringLiteral(" > ");
-        lines = QStringList{
-            info_.title + QStringLiteral(" version ") + info_.version(),
-            QStringLiteral("App.Path        : ") + info_.appPath,
-            QStringLiteral("App.exe         : ") + info_.exeName,
-            QStringLiteral("Operating System: ") + GetOSName() + QStringLiteral(" build ") + GetOSBuild(),
-            QStringLiteral("Country         : ") + LocaleInfo::GetLocaleCountry(),
-            QStringLiteral("Language        : ") + LocaleInfo::GetLocaleLanguage()};
-        for (QString& b : lines) b.prepend(s);
-    }
-    lines << stamp(UTC::CurrentTime(loop_)) + QStringLiteral(" > ") + text;
+    const QString line = stamp(UTC::CurrentTime(loop_)) + QStringLiteral(" > ") + text;
     // The console still hears what the file couldn't take.
-    if (echo)
-        for (const QString& l : lines) echo(l);
+    if (echo) {
+        if (!bannerEchoed_)
+            for (const QString& b : banner()) echo(b);
+        bannerEchoed_ = true;
+        echo(line);
+    }
     // A log that can't be written is no reason to fail, nor to claim a log exists.
-    if (!writeLines(lines)) return;
+    if (!appendToLog(line)) return;
     if (!logInUse_) {
         logInUse_ = true;
         if (onLogStarted) onLogStarted();

@@ -48,7 +48,11 @@ public:
     Dialogs& dialogs() const { return dialogs_; }
 
     // ---- log ----
+    // Past this size ErrorLog.txt is started afresh (with the banner) and the one before is kept as
+    // ErrorLog.1.txt, so that a long-running station's log can't fill its disk.
+    static constexpr qint64 kLogLimitBytes = 1024 * 1024;
     QString ErrorLogPathname() const { return errorLogPathname_; }
+    QString OldErrorLogPathname() const;
     // Appends "dd-mmm-yyyy hh:nn:ss > text" (UTC) to ErrorLog.txt, opened and closed each time; the first
     // line of a run comes after the banner.
     void LogLine(const QString& text);
@@ -62,8 +66,12 @@ public:
     std::function<void()> onLogStarted;
     // Told after each failure report (the caption then points at the log).
     std::function<void()> onErrorReported;
-    // Lines are also echoed here (the headless program writes them to standard output).
+    // Lines are also echoed here (the headless program writes them to standard output); the banner
+    // only once, whether or not the file could take it.
     std::function<void(const QString&)> echo;
+    // Told once in a run, the first time the log can't be written; without a listener it goes to
+    // standard error.
+    std::function<void(const QString&)> onLogUnwritable;
     // A name for the month, 1 to 12: "Jan" ... "Dec".
     QString monthName(int month) const;
     QDateTime startTime() const { return startTime_; }
@@ -103,8 +111,11 @@ public:
                          const QString& folder, int show);
 
 private:
-    // Appends the lines to the log in one open and close; false when the file can't be opened.
-    bool writeLines(const QStringList& lines);
+    // Appends the line to the log in one open and close, after the banner when this file doesn't have
+    // it yet, starting a new file when it is full; false when the file can't take it.
+    bool appendToLog(const QString& line);
+    bool logUnwritable(const QString& why);
+    QStringList banner() const;
     QString stamp(const QDateTime& utc) const;
 
     EventLoop& loop_;
@@ -115,6 +126,9 @@ private:
     QDateTime startTime_;
     bool debug_ = false;
     bool logInUse_ = false;
+    bool bannerEchoed_ = false;
+    bool fileHasBanner_ = false;
+    bool unwritableTold_ = false;
     bool dualMonitor_ = false;
     int screenW_ = 1920, screenH_ = 1080;
     int defaultWidth_ = 1920, defaultHeight_ = 1080;

@@ -102,6 +102,33 @@ TEST_F(Sequences, ALoopingSequenceKeepsTheProgramRunningAndCanBeStoppedByRenamin
     EXPECT_EQ(turns, 50);
 }
 
+TEST_F(Sequences, ALoopRestsBetweenRoundsUntilAnEventComesAndEndsWithTheProgram) {
+    define(1, {"'PS;", "<GOTO 1>"});
+    // Rounds are counted from the debug log. A loop that doesn't rest goes round with no time passing:
+    // the net ends it through the sequence's own failure path, so that the test fails, not hangs.
+    st.p().common.SetDebug(true);
+    int rounds = 0;
+    st.p().common.echo = [&](const QString& line) {
+        if (line.endsWith(QLatin1String("command: 'PS;")) && ++rounds == 1000) throw std::runtime_error("spinning");
+    };
+    auto closer = st.loop.createTimer();
+    closer->setInterval(1000);
+    closer->onTick = [&] {
+        closer->setEnabled(false);
+        st.p().FormUnload();  // as a signal or the suite link's "shutdown" would, while the loop runs
+    };
+    closer->setEnabled(true);
+    const std::int64_t start = st.loop.monotonicMs();
+    seq().ExecuteSequence(1);
+    EXPECT_EQ(st.loop.monotonicMs() - start, 1000);
+    // One round per tick of the program's own timers (the queue's at 200 ms, the clock's each second).
+    EXPECT_GE(rounds, 5);
+    EXPECT_LE(rounds, 8);
+    EXPECT_FALSE(st.log().contains(QStringLiteral("ExecuteSequence")));
+    seq().ExecuteSequence(1);  // nothing starts once the program is going down
+    EXPECT_LE(rounds, 8);
+}
+
 TEST_F(Sequences, ASequenceFromAKeyInterleavesWithOneAlreadyRunning) {
     define(0, {"'A1", "'A2", "'A3"});
     define(1, {"'B1", "'B2"});

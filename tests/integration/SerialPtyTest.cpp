@@ -14,6 +14,7 @@
 #include "support/QtPrinters.h"
 
 #include "support/PtyPair.h"
+#include "support/RequiredTool.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +38,7 @@ struct Faults {
 class SerialPty : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (!PtyPair::available()) GTEST_SKIP() << "socat not installed";
+        TV_REQUIRE_TOOL("socat");
         ASSERT_TRUE(pty.start());
     }
     bool openEnd(QtSerialDevice& d, int end, SerialSettings s = {}) {

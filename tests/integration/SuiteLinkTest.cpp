@@ -14,8 +14,13 @@
 #include <QTemporaryDir>
 
 #include "support/PtyPair.h"
+#include "support/RequiredTool.h"
 
 #include <gtest/gtest.h>
+
+#include <csignal>
+#include <tuple>
+#include <vector>
 
 namespace tv {
 namespace {
@@ -35,8 +40,8 @@ void stopProcess(QProcess& p) {
 class SuiteLink : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (QStandardPaths::findExecutable(QStringLiteral("dbus-daemon")).isEmpty()) GTEST_SKIP() << "dbus-daemon not installed";
-        ASSERT_TRUE(PtyPair::available()) << "socat not installed";
+        TV_REQUIRE_TOOL("dbus-daemon");
+        TV_REQUIRE_TOOL("socat");
         // A bus of our own, so that nothing on the desktop's bus sees or disturbs the test.
         daemon.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
                                                      QStringLiteral("--print-address")});
@@ -64,6 +69,7 @@ protected:
             s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
             s.SaveSetting(g, QStringLiteral("CommPortDevice1"), ends[0]);
             s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
+            for (const auto& [section, key, value] : extraSettings) s.SaveSetting(section, key, value);
         }
         program.setProcessEnvironment(env);
         program.setProcessChannelMode(QProcess::MergedChannels);
@@ -113,6 +119,8 @@ protected:
     }
     QString simLog;
 
+    // Settings a test adds before the program starts: section, key, value.
+    std::vector<std::tuple<QString, QString, QString>> extraSettings;
     QTemporaryDir dir;
     PtyPair pty;
     QProcess daemon, sim, program, watcher;
@@ -172,6 +180,44 @@ TEST_F(SuiteLink, ASiblingTunesTheRadioFollowsItsModeAndShutsTheProgramDown) {
     EXPECT_TRUE(ini.readAll().contains("Debug=0"));
     // Gone from the bus with the program.
     EXPECT_EQ(send({QStringLiteral("000test")}).first, 2);
+}
+
+// A sequence that loops for ever, started by a sibling: the program must stay usable while it runs,
+// the sibling must hear that no answer came (not that it was refused), and a stop request must end it.
+class SuiteLinkLoop : public SuiteLink {
+protected:
+    void SetUp() override {
+        const QString seq = QStringLiteral("CommandSequences");
+        // Debug lines show each round of the loop.
+        extraSettings = {{QStringLiteral("General"), QStringLiteral("Debug"), QStringLiteral("1")},
+                         {seq, QStringLiteral("SequenceName_15"), QStringLiteral("Spin")},
+                         {seq, QStringLiteral("CommandValue_15_0"), QStringLiteral("<GOTO 1>")}};
+        SuiteLink::SetUp();
+    }
+};
+
+TEST_F(SuiteLinkLoop, ALoopingSequenceLeavesTheProgramAnsweringAndEndsWithIt) {
+    QProcess caller;
+    caller.setProcessEnvironment(env);
+    caller.start(bin(QStringLiteral("tolvane-send")), {QStringLiteral("--timeout"), QStringLiteral("1500"),
+                                                       QStringLiteral("001seqindex15")});
+    ASSERT_TRUE(waitFor([&] { return (output += program.readAll()).count("command: <GOTO 1>") >= 2; }, 15000))
+        << output.right(2000).toStdString();
+    // The call that started the loop never returns; its caller says so, apart from a refusal.
+    ASSERT_TRUE(caller.waitForFinished(15000));
+    EXPECT_EQ(caller.exitCode(), 3);
+    EXPECT_TRUE(caller.readAllStandardError().contains("no answer from ham.dde.Tolvane within 1500 ms"));
+    EXPECT_TRUE(caller.readAllStandardOutput().isEmpty());
+    // Meanwhile other siblings are served.
+    EXPECT_EQ(send({QStringLiteral("--request"), QStringLiteral("RadioMode")}).first, 0);
+
+    ::kill(pid_t(program.processId()), SIGTERM);
+    ASSERT_TRUE(program.waitForFinished(20000)) << (output += program.readAll()).right(2000).toStdString();
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program.exitCode(), 0);
+    QFile log(dir.filePath(QStringLiteral("ErrorLog.txt")));
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(log.readAll().contains("Tolvane shutdown"));
 }
 
 }  // namespace

@@ -123,9 +123,18 @@ TEST(Startup, CorruptSettingsFileIsReadAsFarAsItGoesAndKept) {
     }
     ASSERT_TRUE(st.start());
     EXPECT_EQ(st.p().config.PollInterval.text(), QStringLiteral("400"));
+    // The operator hears of it once, in a box and in the log, with where the original went.
+    const QString kept = st.configDir + QStringLiteral("/Tolvane.ini.corrupt");
+    const QStringList boxes = st.dialogs.boxTexts().filter(QStringLiteral("could not be read"));
+    ASSERT_EQ(boxes.size(), 1);
+    EXPECT_TRUE(boxes[0].endsWith(kept));
+    EXPECT_EQ(st.log().count(QStringLiteral("could not be read")), 1);
     st.stop();
-    EXPECT_TRUE(QFile::exists(st.configDir + QStringLiteral("/Tolvane.ini.corrupt")));
+    EXPECT_TRUE(QFile::exists(kept));
     EXPECT_EQ(st.stored(G, QStringLiteral("InterrogateInterval")), QStringLiteral("400"));
+    // What could be read was written back, so the next start is quiet.
+    ASSERT_TRUE(st.start());
+    EXPECT_EQ(st.dialogs.boxTexts().filter(QStringLiteral("could not be read")).size(), 1);
 }
 
 TEST(Startup, MissingCatalogueEndsTheProgramWithItsMessage) {

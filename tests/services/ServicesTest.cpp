@@ -99,17 +99,47 @@ TEST_F(Services, GuardTurnsAnyExceptionIntoOneReportAndReturns) {
 }
 
 TEST_F(Services, AnUnwritableLogFailsNothingAndTheConsoleStillHearsIt) {
-    AppInfo i = info();
-    i.logDir = dir.filePath(QStringLiteral("no/such/folder"));
-    Common lost(loop, store, dialogs, i);
-    lost.Initialize();
-    int started = 0, echoed = 0;
-    lost.onLogStarted = [&] { ++started; };
-    lost.echo = [&](const QString&) { ++echoed; };
-    lost.ReportError(53, QStringLiteral("KavModule.LoadRadioInfo"));
-    EXPECT_FALSE(lost.logInUse());
-    EXPECT_EQ(started, 0);
-    EXPECT_EQ(echoed, 7);  // banner and line, on standard output for a headless run
+    // A folder that isn't there, and a disk that is full (the write fails only when the bytes leave).
+    QDir(dir.path()).mkdir(QStringLiteral("full"));
+    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), dir.filePath(QStringLiteral("full/ErrorLog.txt"))));
+    for (const char* folder : {"no/such/folder", "full"}) {
+        AppInfo i = info();
+        i.logDir = dir.filePath(QLatin1String(folder));
+        Common lost(loop, store, dialogs, i);
+        lost.Initialize();
+        int started = 0, echoed = 0;
+        QStringList told;
+        lost.onLogStarted = [&] { ++started; };
+        lost.echo = [&](const QString&) { ++echoed; };
+        lost.onLogUnwritable = [&](const QString& why) { told << why; };
+        lost.ReportError(53, QStringLiteral("KavModule.LoadRadioInfo"));
+        lost.LogLine(QStringLiteral("second"));
+        EXPECT_FALSE(lost.logInUse()) << folder;
+        EXPECT_EQ(started, 0) << folder;
+        EXPECT_EQ(echoed, 8) << folder;  // the banner once and both lines, on standard output when headless
+        ASSERT_EQ(told.size(), 1) << folder;
+        EXPECT_TRUE(told[0].startsWith(QStringLiteral("cannot write the log ") + lost.ErrorLogPathname())) << folder;
+    }
+}
+
+TEST_F(Services, AFullLogStartsAfreshWithItsBannerAndKeepsOneOldFile) {
+    common.Initialize();
+    const QByteArray filler(Common::kLogLimitBytes - 100, 'x');
+    for (const QString& path : {common.ErrorLogPathname(), common.OldErrorLogPathname()}) {
+        QFile f(path);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(path == common.ErrorLogPathname() ? filler : QByteArray("oldest\n"));
+    }
+    common.LogLine(QStringLiteral("one"));  // the banner and a line would pass the limit
+    common.LogLine(QStringLiteral("two"));
+    QFile old(common.OldErrorLogPathname());
+    ASSERT_TRUE(old.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(old.readAll() == filler);  // the full file, the oldest gone
+    const QStringList lines = log().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 8);
+    EXPECT_TRUE(lines[0].endsWith(QStringLiteral("> Tolvane version 1.2.3")));
+    EXPECT_TRUE(lines[6].endsWith(QStringLiteral("> one")));
+    EXPECT_TRUE(lines[7].endsWith(QStringLiteral("> two")));
 }
 
 TEST_F(Services, WindowPositionsStayReachableUnlessTwoMonitorsAreInUse) {

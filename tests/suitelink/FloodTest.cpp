@@ -5,6 +5,8 @@
 #include "platform/FakeSuiteBus.h"
 #include "support/TestStation.h"
 
+#include <QFileInfo>
+
 #include <gtest/gtest.h>
 
 namespace tv::test {

@@ -7,6 +7,7 @@
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialDevice.h"
 #include "support/PtyPair.h"
+#include "support/RequiredTool.h"
 
 #include <QFileInfo>
 #include <QProcess>
@@ -21,7 +22,7 @@ protected:
     // Starts the simulator as the model (at 7010 kHz, CW) and the program with that radio on port 1.
     void startStation(const QString& model, const QString& address = QString()) {
         const QString simPath = QStringLiteral(TOLVANE_BINARY_DIR "/tolvane-radiosim");
-        if (!PtyPair::available()) GTEST_SKIP() << "socat not installed";
+        TV_REQUIRE_TOOL("socat");
         ASSERT_TRUE(QFileInfo(simPath).isExecutable()) << "build tolvane-radiosim first";
         ASSERT_TRUE(pty.start());
         sim.setProcessChannelMode(QProcess::SeparateChannels);

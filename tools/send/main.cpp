@@ -15,9 +15,17 @@ void print(const QString& line) {
     std::fflush(stdout);
 }
 
-int fail(const QString& why) {
+// Exit codes: a script must be able to tell a refusal from a program too busy to answer.
+enum Exit { kAccepted = 0, kRefused = 1, kFailed = 2, kNoAnswer = 3 };
+
+int fail(const QString& why, int code = kFailed) {
     std::fprintf(stderr, "tolvane-send: %s\n", why.toLocal8Bit().constData());
-    return 2;
+    return code;
+}
+
+// The exit for a call that got no answer of its own.
+int failed(const tv::SuiteBus::CallResult& r) {
+    return fail(r.error, r.outcome == tv::SuiteBus::CallResult::NoAnswer ? kNoAnswer : kFailed);
 }
 
 }  // namespace
@@ -29,7 +37,8 @@ int main(int argc, char** argv) {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Sends EXECUTE-STRING (for instance 001qsy14025.5) to a suite member and prints \"accepted\" (exit 0) or "
-        "\"refused\" (exit 1); exit 2 when the member isn't running or there is no session bus."));
+        "\"refused\" (exit 1); exit 2 when the member isn't running, there is no session bus or the call fails, "
+        "exit 3 when the member is running but gives no answer within the timeout."));
     parser.addHelpOption();
     QCommandLineOption appOpt(QStringLiteral("app"), QStringLiteral("Target application (default Tolvane)."),
                               QStringLiteral("A"), QStringLiteral("Tolvane"));
@@ -59,17 +68,18 @@ int main(int argc, char** argv) {
         std::fflush(stderr);
         return app.exec();
     }
-    if (!bus->isRunning(target)) return fail(tv::suiteBusName(target) + QStringLiteral(" is not running"));
+    using Result = tv::SuiteBus::CallResult;
     if (parser.isSet(requestOpt)) {
-        QString value;
-        if (!bus->request(target, topic, parser.value(requestOpt), &value, timeout))
-            return fail(QStringLiteral("no item ") + parser.value(requestOpt));
-        print(value);
-        return 0;
+        const Result r = bus->requestCall(target, topic, parser.value(requestOpt), timeout);
+        if (r.outcome != Result::Answered) return failed(r);
+        print(r.value.toString());
+        return kAccepted;
     }
     const QStringList args = parser.positionalArguments();
-    if (args.size() != 1) parser.showHelp(2);
-    const bool accepted = bus->execute(target, topic, args.first(), timeout);
+    if (args.size() != 1) parser.showHelp(kFailed);
+    const Result r = bus->executeCall(target, topic, args.first(), timeout);
+    if (r.outcome != Result::Answered) return failed(r);
+    const bool accepted = r.value.toBool();
     print(accepted ? QStringLiteral("accepted") : QStringLiteral("refused"));
-    return accepted ? 0 : 1;
+    return accepted ? kAccepted : kRefused;
 }

@@ -188,6 +188,8 @@ void Program::FormUnload() {
     sequences.StopRunning();
     Guard("KavMain.Form_Unload", [&] {
         main.ClockTimer.setEnabled(false);
+        // Whatever the way out (the window, a signal, the suite link), the radio is not left keyed.
+        module.ReleaseTransmitter(QStringLiteral("at shutdown"));
         // 1.
         settings.SaveSetting(kGeneral, QStringLiteral("Debug"), config.DebugCheck.checked() ? QStringLiteral("1")
                                                                                           : QStringLiteral("0"));

@@ -11,6 +11,7 @@
 #include "services/Errors.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace tv {
 
@@ -83,12 +84,15 @@ void CommandQueue::SetXcvrCmdTimerInterval() {
         XcvrCmdTimer.setEnabled(true);
         return;
     }
-    // A text that isn't a whole number (letters from a hand-edited store, say) counts as the default.
+    // A text that isn't a whole number (letters from a hand-edited store, say) counts as the default;
+    // a number, signed or too long, is held to the limits.
     const QString t = view_.pollIntervalText().trimmed();
-    bool ok = !t.isEmpty();
-    for (QChar c : t) ok = ok && c.isDigit();
+    const bool negative = t.startsWith(QLatin1Char('-'));
+    const QString digits = negative || t.startsWith(QLatin1Char('+')) ? t.mid(1) : t;
+    bool ok = !digits.isEmpty();
+    for (QChar c : digits) ok = ok && c.isDigit();
     long long ms = kDefaultPollInterval;
-    if (ok) ms = t.size() > 9 ? kMaxPollInterval : t.toLongLong();
+    if (ok) ms = negative ? kMinPollInterval : digits.size() > 9 ? kMaxPollInterval : digits.toLongLong();
     ms = std::clamp<long long>(ms, kMinPollInterval, kMaxPollInterval);
     XcvrCmdTimer.setInterval(int(ms));
     XcvrCmdTimer.setEnabled(true);
@@ -103,7 +107,7 @@ void CommandQueue::AccelerateNextXcvrCmd() {
 void CommandQueue::SetXcvrFreq(double freq) {
     Guard("KavModule.SetXcvrFreq", [&] {
         common_.LogLine(QStringLiteral("KavModule.SetXcvrFreq: ") + num(freq));
-        if (freq < 0) return;
+        if (!(freq >= 0) || !std::isfinite(freq)) return;  // NaN fails every comparison: refused too
         const bool switched = hooks_.SelectMultiXcvr ? hooks_.SelectMultiXcvr(freq) : false;
         state_.RadioFreq = freq;
         EnqueueXcvrCmd(XcvrCmdFreq, state_.RadioFreq);
@@ -236,6 +240,14 @@ void CommandQueue::RequestMode() {
     if (Protocol* p = radio_.protocol()) p->RequestMode();
 }
 
+void CommandQueue::reportSilence() {
+    QString causes = QStringLiteral("is the radio on and its cable in? is the port's speed the radio's?");
+    if (radio_.traits().addressed) causes += QStringLiteral(" is its CI-V address ") + view_.addressText().trimmed() +
+                                             QStringLiteral(" the radio's own?");
+    common_.LogLine(QStringLiteral("KavModule: the radio doesn't answer: ") + causes);
+    state_.ReportSilent();
+}
+
 void CommandQueue::executeRaw(const XcvrCmd& cmd) {
     QString raw = cmd.theRawCmd;
     if (raw.size() % 2 == 1) raw.prepend(QLatin1Char('0'));
@@ -276,8 +288,13 @@ void CommandQueue::ExecuteNextXcvrCmd() {
         SetXcvrCmdTimerInterval();
         if (XcvrCmdCount < 1) {
             Protocol* p = radio_.protocol();
-            if (view_.interrogationEnabled() && InterrogationPhase <= 6 && p)
+            if (view_.interrogationEnabled() && InterrogationPhase <= 6 && p) {
+                const std::uint64_t before = link_.sentMessages;
                 InterrogationPhase = p->InterrogationStep(InterrogationPhase);
+                const bool asked = link_.sentMessages != before;
+                if (asked && radio_.traits().framing == Framing::EndMark && state_.ReportPolled(kPollsBeforeSilent))
+                    reportSilence();
+            }
             return;
         }
         for (;;) {

@@ -29,6 +29,9 @@ public:
     static constexpr int kDefaultPollInterval = 200;  // ms, when the text gives no number
     // After an acknowledgement the next record leaves this soon.
     static constexpr std::chrono::milliseconds kAcceleratedInterval{1};
+    // So many polls without a decoded reply, and the radio counts as not answering (families whose
+    // replies are awaited by length have their own rule: the wait's end).
+    static constexpr int kPollsBeforeSilent = 8;
 
     CommandQueue(Common& common, SelectedRadio& radio, RadioState& state, RadioLink& link, CoreView& view,
                  UpperHooks& hooks);
@@ -90,6 +93,7 @@ public:
 
 private:
     void executeRaw(const XcvrCmd& cmd);
+    void reportSilence();
     void reportTickFailure(const XcvrCmd& cmd, int number, const QString& description);
 
     Common& common_;

@@ -45,6 +45,8 @@ KavModule::KavModule(Common& common, KavMain& main, KavConfig& config, KavMessag
     comm_.onOpened = [this] {
         SetCommCaption(QString());
         UpdateCaption();
+        // A port lost while the radio was keyed: the first thing it hears again is to receive.
+        ReleaseTransmitter(QStringLiteral("when the port was lost"));
     };
     comm_.onOpenFailed = [this](int number, const QString& text, int port, const QString& settingsText) {
         // A user the device refused is told which group to join and how.
@@ -66,7 +68,10 @@ KavModule::KavModule(Common& common, KavMain& main, KavConfig& config, KavMessag
         UpdateCaption();
     };
     // What the radio tells of itself shows in the caption.
-    QObject::connect(&state_, &RadioState::respondingChanged, &state_, [this](bool) { UpdateCaption(); });
+    QObject::connect(&state_, &RadioState::respondingChanged, &state_, [this](bool responding) {
+        if (responding) common_.LogLine(QStringLiteral("KavModule: the radio answers again"));
+        UpdateCaption();
+    });
     QObject::connect(&state_, &RadioState::identified, &state_, [this](const RadioIdentity&) { UpdateCaption(); });
 }
 
@@ -194,6 +199,17 @@ void KavModule::Initialize() {
             UpdateRadio(false);
             log(QStringLiteral("UpdateRadio complete"));
         } else {
+            // Polling nothing in silence would look like a dead radio: the operator is told why.
+            if (radio_.catalogue.count() == 0) {
+                const QString why = QStringLiteral("no radios specified in radios.txt file");
+                common_.LogLine(QStringLiteral("KavModule.Initialize: ") + why);
+                dialogs().messageBox(why, common_.info().title);
+            } else if (!radioName.isEmpty()) {
+                const QString why = QStringLiteral("The radio \"%1\" chosen before is not in Radios.txt; choose a radio "
+                                                   "in the configuration window").arg(radioName);
+                common_.LogLine(QStringLiteral("KavModule.Initialize: ") + why);
+                dialogs().messageBox(why, common_.info().title);
+            }
             hooks.InitializeMultiXcvr();
             log(QStringLiteral("multiple transceiver structures initialize"));
         }
@@ -303,6 +319,23 @@ void KavModule::Transmit() {
 void KavModule::Receive() {
     comm_.Receive();
     queue_.SetXcvrReceive();
+    state_.SetTransmitting(false);
+}
+
+void KavModule::ReleaseTransmitter(const QString& why) {
+    if (!state_.transmitting()) return;
+    Guard("KavModule.ReleaseTransmitter", [&] {
+        common_.LogLine(QStringLiteral("KavModule: the transmitter was keyed ") + why + QStringLiteral("; unkeyed"));
+        comm_.Receive();
+        const RadioInfo* r = radio_.info();
+        if (Protocol* p = radio_.protocol(); p && r && r->ptt) {
+            XcvrCmd off;
+            off.theCmd = XcvrCmdPTT;
+            off.theRadio = std::int16_t(radio_.address());
+            off.theArg = 0;
+            p->Execute(off);
+        }
+    });
     state_.SetTransmitting(false);
 }
 

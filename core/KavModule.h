@@ -85,6 +85,10 @@ public:
     // Keys the radio by its line (when one is set to) and by command (when it takes one).
     void Transmit();
     void Receive();
+    // Whatever keyed the radio (a button, a key, a client), it is unkeyed now, ahead of the queue: the
+    // line dropped and the radio's receive command sent at once. The program's ways out call this
+    // first, and so does a port that comes back after it was lost while transmitting.
+    void ReleaseTransmitter(const QString& why);
 
     // ---- radix of the address fields ----
     void SelectDecimalRadix();

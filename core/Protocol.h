@@ -125,10 +125,9 @@ public:
     // ---- the caption ----
     // A fault of the link that the caption shows in place of the port's text ("" when none).
     virtual QString LinkFaultCaption() const { return QString(); }
-    // The radio's state for the caption: "" when it answers, else what follows its name, as " - offline".
+    // The radio's state for the caption: "" when it answers, else what follows its name.
     virtual QString OfflineCaption(bool responding) const {
-        (void)responding;
-        return QString();
+        return responding ? QString() : QStringLiteral(" - not answering");
     }
     // The S-meter scale file of the radio, when the family knows better than the catalogue ("" else).
     virtual QString SMeterFile() const { return QString(); }

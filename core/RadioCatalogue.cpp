@@ -76,6 +76,7 @@ RadioCatalogue::LoadResult RadioCatalogue::parse(const QString& text) {
         // Only the 257th radio raises: the radios so far stay, the rest of the file isn't read.
         result.errorNumber = e.number();
         result.errorReports << e.description();
+        result.boxMessages << (e.detail().isEmpty() ? e.description() : e.detail());
     }
     return result;
 }
@@ -109,7 +110,11 @@ bool RadioCatalogue::parseLine(QStringView line, LoadResult& result) {
                 return false;
             }
             const QString value = work.mid(eq + 1, comma - eq - 1).trimmed().toUpper();
-            CheckSubscript(count(), 0, kMaxRadios - 1);
+            if (count() >= kMaxRadios)
+                throw TvError(kErrSubscript, QStringLiteral("Radios.txt holds more than %1 radios; \"%2\" and the "
+                                                            "radios after it are not offered")
+                                                 .arg(kMaxRadios)
+                                                 .arg(line.toString().trimmed().left(60)));
             radios_.emplace_back();
             radio = &radios_.back();
             if (!value.isEmpty()) radio->supplier = value.at(0);

@@ -68,6 +68,7 @@ void RadioLink::SendCommand(const QByteArray& text) {
                 view_.DisplayLine(prefix, decimalImage(text), hexImage(text), QString::fromLatin1(text));
             }
         }
+        ++sentMessages;
         comm_.WritePort(text);
     });
 }

@@ -46,6 +46,8 @@ public:
     int ExpectedBytes = 0;
     QString ExpectOperation = QStringLiteral("unknown");
     std::int32_t MessageCounter = 0;
+    // Messages put on the line since the start, whatever the family (the monitor's counter is not).
+    std::uint64_t sentMessages = 0;
     int CaptureRowCount = 0;
 
 private:

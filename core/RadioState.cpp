@@ -65,6 +65,7 @@ void RadioState::ReportFirstFrequency() {
 }
 
 void RadioState::ReportAnswered() {
+    pollsUnanswered_ = 0;
     if (Responding) return;
     Responding = true;
     emit respondingChanged(true);

@@ -70,6 +70,8 @@ public:
     // A reply of the radio was decoded / an awaited reply did not come.
     void ReportAnswered();
     void ReportSilent();
+    // One more poll went out; true when this many polls in a row have had no answer.
+    bool ReportPolled(int silentAfter) { return ++pollsUnanswered_ == silentAfter; }
     // Passband lists: the model's lists, a mode report to lay them out by, and values read back.
     void ReportPassbandModel(const PassbandModel* model);
     void ReportPassbandMode();
@@ -100,6 +102,7 @@ signals:
 private:
     Common& common_;
     bool focusGiven_ = false;
+    int pollsUnanswered_ = 0;
     bool transmitting_ = false;
 };
 

@@ -66,7 +66,10 @@ bool SelectedRadio::ValidID() {
         bool ok = true;
         if (view_.decimalRadix()) {
             for (QChar c : id) ok = ok && c >= QLatin1Char('0') && c <= QLatin1Char('9');
-            const long v = ok && id.size() <= 3 ? id.toLong() : -1;
+            // Leading zeros are still a decimal number ("0255" is 255).
+            QString digits = id;
+            while (digits.size() > 1 && digits.startsWith(QLatin1Char('0'))) digits.remove(0, 1);
+            const long v = ok && digits.size() <= 3 ? digits.toLong() : -1;
             if (v < 0 || v > 255) {
                 common_.dialogs().messageBox(
                     QStringLiteral("CI-V address must be a decimal number between 0 and 255"), common_.info().title);

@@ -33,6 +33,17 @@ QString FormatFrequency(double kHz, int decimals, const QLocale& locale) {
     return text;
 }
 
+double ParseFrequency(const QString& text, const QLocale& locale, bool* ok) {
+    // The group mark may stand anywhere, as in the runtime's own conversion: it is dropped, not checked.
+    QString t = text.trimmed();
+    t.remove(locale.groupSeparator());
+    bool good = false;
+    const double v = locale.toDouble(t, &good);
+    // "inf" and "nan" convert, but no radio is tuned to them.
+    *ok = good && std::isfinite(v);
+    return *ok ? v : 0;
+}
+
 FrequencyDisplay::FrequencyDisplay(KavModule& m, Bands& bands, Tuning& tuning, QLocale locale)
     : m_(m), bands_(bands), tuning_(tuning), locale_(std::move(locale)) {
     tuning_.useDisplay(*this);
@@ -78,7 +89,7 @@ void FrequencyDisplay::FreqDisplay_KeyPress(int& keyAscii) {
     if (keyAscii == '\r') {
         keyAscii = 0;
         bool ok = false;
-        const double value = locale_.toDouble(m_.main().FreqDisplay.text().trimmed(), &ok);
+        const double value = ParseFrequency(m_.main().FreqDisplay.text(), locale_, &ok);
         if (!ok) {
             m_.dialogs().messageBox(QString::fromLatin1(kBadEntryMessage), m_.common().info().title);
             UpdateFreqDisplay();

@@ -17,6 +17,9 @@ class Tuning;
 // A frequency by a pattern of "###,###." and the given number of decimals, in the locale's marks:
 // groups of three, no leading zero.
 QString FormatFrequency(double kHz, int decimals, const QLocale& locale);
+// A typed frequency in the locale's marks, group marks wherever they stand; ok false for text that
+// isn't one finite number.
+double ParseFrequency(const QString& text, const QLocale& locale, bool* ok);
 
 class FrequencyDisplay {
 public:

@@ -227,6 +227,8 @@ void ModeControl::InitializeIcomFilterSettings() {
         if (r->filter0) list.AddItem(QStringLiteral("Normal"));
         list.setVisible(true);
         m_.main().FilterGroupLabel.setVisible(true);
+        // The list lives in the filter frame, which the clean slate of a new radio hid.
+        m_.hooks.SetFilterFrameVisibility(true);
         const QString restore =
             m_.settings().GetSetting(kGeneralSection, QStringLiteral("RestoreModeFilter"), QStringLiteral("1"));
         m_.config().ModeFiltersEnabledCheck.setChecked(restore.trimmed() == QLatin1String("1"));
@@ -236,9 +238,10 @@ void ModeControl::InitializeIcomFilterSettings() {
         if (r->filterGroups) {
             const QString key = modeFilterKey(mode);
             group = IcomFilterGroupIndex(m_.settings().GetSetting(kGeneralSection, key, QStringLiteral("Wide")));
-            // "Normal" exists only on radios with the third filter position.
-            if (group == 0 || (group == 3 && !r->filter0)) group = 1;
+            // The stored name is put right as it was meant ("normal" becomes "Normal") before the radio
+            // decides what it can do with it: "Normal" exists only with the third filter position.
             m_.settings().SaveSetting(kGeneralSection, key, FilterGroupName(group));
+            if (group == 0 || (group == 3 && !r->filter0)) group = 1;
         }
         m_.state().ModeFilters[size_t(mode)] = FilterGroupName(group);
     }

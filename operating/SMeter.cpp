@@ -68,7 +68,7 @@ std::uint32_t SMeter::ParseColor(const QString& field) {
 }
 
 int SMeter::StepOf(double fraction) {
-    return std::min(kSteps, int(std::floor(fraction * 15 + 0.5)) + 1);
+    return std::clamp(int(std::floor(fraction * 15 + 0.5)) + 1, 1, kSteps);
 }
 
 void SMeter::LoadSMeterData() {
@@ -139,6 +139,9 @@ void SMeter::LoadSMeterData(const QString& filename) {
 }
 
 void SMeter::UpdateSMeter(double fraction) {
+    // A radio may report below zero ("SM-001;") or past full scale: the scale has no step for either.
+    if (!std::isfinite(fraction)) return;
+    fraction = std::clamp(fraction, 0.0, 1.0);
     KavMain& w = m_.main();
     QString label;
     if (w.SMeter.visible()) {

@@ -104,6 +104,9 @@ bool QtSerialDevice::open(const QString& path, const SerialSettings& s, int* err
 }
 
 void QtSerialDevice::close() {
+    // What was written last (the receive command at shutdown) must reach the radio, not die in a buffer:
+    // a short, bounded wait for it to leave.
+    if (port_->isOpen() && port_->bytesToWrite() > 0) port_->waitForBytesWritten(kDrainOnCloseMs);
     if (port_->isOpen()) port_->close();
 }
 

@@ -26,6 +26,8 @@ public:
     bool setRtsCtsFlowControl(bool on) override;
 
 private:
+    // At most this long does a close wait for written bytes to leave (a few frames at 1200 baud).
+    static constexpr int kDrainOnCloseMs = 500;
     void onError(int error);
     bool setLine(bool dtr, bool on);
     // True when the open descriptor no longer answers as a terminal: the device was hung up.

@@ -72,6 +72,8 @@ double parseStrict(const QString& text) {
         }
         throw TvError(kErrTypeMismatch, QStringLiteral("\"%1\"").arg(text.left(40)));
     }
+    // "inf" and "nan" read as numbers to the library, but they are no quantity anything can be set to.
+    if (!std::isfinite(v)) throw TvError(kErrTypeMismatch, QStringLiteral("\"%1\"").arg(text.left(40)));
     return v;
 }
 

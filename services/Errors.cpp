@@ -34,7 +34,7 @@ QString ErrorText(int number) {
                              : QString::fromLatin1(it->second);
 }
 
-TvError::TvError(int number, QString detail) : number_(number) {
+TvError::TvError(int number, QString detail) : number_(number), detail_(detail) {
     description_ = ErrorText(number);
     if (!detail.isEmpty()) description_ += QStringLiteral(": ") + detail;
     what_ = description_.toStdString();

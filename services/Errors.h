@@ -44,11 +44,14 @@ public:
     int number() const { return number_; }
     // The standard text, with the detail behind it when there is one.
     const QString& description() const { return description_; }
+    // What the thrower said of the case, without the standard text ("" when nothing).
+    const QString& detail() const { return detail_; }
     const char* what() const noexcept override { return what_.c_str(); }
 
 private:
     int number_;
     QString description_;
+    QString detail_;
     std::string what_;
 };
 

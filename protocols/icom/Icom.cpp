@@ -9,6 +9,7 @@
 #include "core/SelectedRadio.h"
 #include "protocols/Bcd.h"
 #include "services/Common.h"
+#include "services/Errors.h"
 
 #include <cmath>
 
@@ -16,6 +17,7 @@ namespace tv {
 
 namespace {
 constexpr std::uint8_t kPreamble = 0xFE, kEnd = 0xFD, kController = 0xE0, kOK = 0xFB, kNG = 0xFA;
+constexpr double kLargestFrequency = 10000000.0;  // kHz: 10 GHz needs an eleventh digit
 
 QByteArray bytes(std::initializer_list<int> list) {
     QByteArray b;
@@ -84,6 +86,9 @@ void IcomProtocol::Execute(const XcvrCmd& c) {
     const auto to = std::uint8_t(c.theRadio);
     switch (c.theCmd) {
         case XcvrCmdFreq: {
+            // Ten digits of hertz are all a frame holds: anything else is refused, never wrapped.
+            if (!(c.theFreq >= 0 && c.theFreq < kLargestFrequency))
+                throw TvError(kErrOverflow, QStringLiteral("no CI-V frame holds %1 kHz").arg(c.theFreq, 0, 'g', 15));
             const QByteArray digits = IcomFrequencyBytes(c.theFreq, true);
             c_.common.DebugLog(QStringLiteral("KavModule.ExecuteNextXcvrCmd SetFreq Icom, Freq = ") +
                                QString::number(c.theFreq, 'g', 15));
@@ -148,7 +153,8 @@ int IcomProtocol::InterrogationStep(int phase) {
         case 0:
         case 2:
             if (radio_.sMeter) {
-                if (c_.radio.ValidID()) send(c_.radio.address(), bytes({0x15, 0x02}));
+                // To the address in force, checked or not: the meter poll has no test of its own.
+                send(c_.radio.address(), bytes({0x15, 0x02}));
             } else {
                 c_.queue.RequestFrequency();
             }
@@ -169,6 +175,7 @@ void IcomProtocol::Decode(const QByteArray& m) {
         b(n) != kEnd)
         return;
     const std::uint8_t cmd = b(5);
+    c_.state.ReportAnswered();
     if ((cmd == 0x00 || cmd == 0x03) && (n == 10 || n == 11)) {
         // Ten digits reach 1 GHz, eight (SHORTFREQ radios) 10 MHz: the flag, not the length, scales.
         const double digits = double(FromBcd(m.mid(5, n - 6), BcdOrder::LeastFirst));

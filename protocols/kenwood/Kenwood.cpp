@@ -60,6 +60,9 @@ static_assert(sizeof(kModels) / sizeof(kModels[0]) == 15, "one row for each ID t
 #undef KW_PLAIN
 #undef KW_METER
 
+// An unidentified radio that answers is asked for its ID at its first reply and then at every this many.
+constexpr int kAskAgainEvery = 20;
+
 // The oldest radios choose a VFO with one command; everything from the TS-140 on has FR and FT.
 constexpr int kFirstModelWithReceiveTransmitVFO = 6;
 
@@ -139,8 +142,10 @@ bool KenwoodProtocol::hasMeter() const { return identified_ ? (model_ && model_-
 // ---- encoding ----
 
 QByteArray KenwoodProtocol::digits11(double kHz) {
-    const long long hz = std::llround(kHz * 1000.0);
-    return padded(hz < 0 ? 0 : hz, 11);
+    // Eleven digits of hertz are all the field holds: anything else is refused, never cut or wrapped.
+    if (!(kHz >= 0 && kHz * 1000.0 < 1e11))
+        throw TvError(kErrOverflow, QStringLiteral("no Kenwood field holds %1 kHz").arg(kHz, 0, 'g', 15));
+    return padded(std::llround(kHz * 1000.0), 11);
 }
 
 void KenwoodProtocol::send(const QByteArray& text) { c_.link.SendCommand(text); }
@@ -305,6 +310,13 @@ void KenwoodProtocol::Decode(const QByteArray& message) {
 void KenwoodProtocol::decodeMessage() {
     const QByteArray letters = field(1, 2).toUpper();
     RadioState& s = c_.state;
+    // Any message ended by ";" is the radio's own: the line carries no echo.
+    s.ReportAnswered();
+    if (!identified_ && letters != "ID" && unidentifiedReplies_++ % kAskAgainEvery == 0) {
+        // A radio that was off when it was chosen never heard the two requests: it is asked again
+        // when it first speaks, and now and then after that until it says who it is.
+        send("ID;");
+    }
     if (letters == "ID") {
         identify();
     } else if (letters == "IF") {
@@ -433,7 +445,8 @@ void KenwoodProtocol::mirrorFilterReply(const QByteArray& letters) {
         return t;
     };
     if (letters == "FW") {
-        const int v = CLng(text(3, 6));
+        // Whole numbers of any size a reply may spell ("2e9 " among them) stay in range.
+        const qint64 v = CLng(text(3, 6));
         if (model_->widthReply == WR::Width) {
             s.ReportPassbandText(FilterWidth, QString::number(v));
         } else if (model_->widthReply == WR::TimesTenByMode) {
@@ -450,8 +463,9 @@ void KenwoodProtocol::mirrorFilterReply(const QByteArray& letters) {
         if (model_->shiftReply == SR::Shift) {
             s.ReportPassbandText(FilterShift, QString::number(CLng(text(4, 7))));
         } else if (model_->shiftReply == SR::CutOrShiftByMode) {
+            // Logged where it is shown: in the sideband modes as the high cut, in CW as the shift.
             const QString t = QString::number(CLng(text(4, 7)));
-            c_.common.DebugLog(QStringLiteral("IS freq: ") + t);
+            if (isSideband(mode) || isCW(mode)) c_.common.DebugLog(QStringLiteral("IS freq: ") + t);
             if (isSideband(mode))
                 s.ReportPassbandText(FilterHighCut, t);
             else if (isCW(mode))

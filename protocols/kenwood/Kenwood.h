@@ -97,6 +97,7 @@ private:
     std::shared_ptr<int> modelId_;
     const KenwoodModel* model_ = nullptr;
     bool identified_ = false;
+    int unidentifiedReplies_ = 0;
     std::array<char, 2048> buffer_{};
     int count_ = 0;
 };

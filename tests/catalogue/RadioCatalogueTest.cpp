@@ -78,6 +78,9 @@ TEST(RadioCatalogue, LoadingStopsAtTheFirstBadLineOrTheLastIndex) {
     EXPECT_EQ(cat.at(255).model, QStringLiteral("R255"));
     EXPECT_EQ(r.errorNumber, kErrSubscript);
     EXPECT_EQ(r.errorReports.size(), 1);
+    // Told in words the operator can act on, in a box as well as the log.
+    ASSERT_EQ(r.boxMessages.size(), 1);
+    EXPECT_TRUE(r.boxMessages[0].startsWith(QStringLiteral("Radios.txt holds more than 256 radios; \"RADIO=YR256\""))) << r.boxMessages[0].toStdString();
     for (int bad : {-1, 256}) EXPECT_THROW((void)cat.at(bad), TvError);
 
     QTemporaryDir dir;

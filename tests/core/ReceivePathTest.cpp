@@ -136,9 +136,13 @@ TEST_F(ReceivePath, NothingIsReadWithoutARadioOrAnOpenPort) {
 // Random bytes, in random chunks, for every family, through the real decoders: no crash, no
 // sanitizer finding, and the buffer count always within its bounds.
 TEST(ReceivePathFuzz, RandomBytesForEveryFamily) {
-    for (const char* radio : {"IC-756PRO", "IC-735", "OMNI VI", "TS-2000", "FT817", "FT1000D", "ORION"}) {
+    // The Kenwood rounds begin by telling a model, so that every model's decoding is reached.
+    for (const char* radio : {"IC-756PRO", "IC-735", "OMNI VI", "TS-2000", "ID015;", "ID018;", "ID019;", "ID010;",
+                              "FT817", "FT1000D", "ORION"}) {
         CoreRig rig;
-        rig.withRadio(QString::fromLatin1(radio));
+        const bool kenwoodModel = QByteArray(radio).startsWith("ID");
+        rig.withRadio(kenwoodModel ? QStringLiteral("TS-2000") : QString::fromLatin1(radio));
+        if (kenwoodModel) rig.wire(radio);
         QRandomGenerator rng(20261123);
         for (int round = 0; round < 300; ++round) {
             QByteArray chunk(int(rng.bounded(1, 64)), '\0');

@@ -70,7 +70,8 @@ TEST_F(Scheduler, PollIntervalIsClampedAndLettersMeanTheDefault) {
         const char* text;
         int interval;
     } cases[] = {{"10", 50}, {"100000", 60000}, {"99999999999999999999", 60000}, {"200", 200},
-                 {"abc", 200}, {"12ab", 200},   {"", 200},                        {"0", 50}};
+                 {"abc", 200}, {"12ab", 200},   {"", 200},                        {"0", 50},
+                 {"-5", 50},  {"+300", 300}};
     for (const auto& c : cases) {
         rig.view.pollInterval = QString::fromLatin1(c.text);
         q().SetXcvrCmdTimerInterval();
@@ -165,6 +166,13 @@ TEST_F(Scheduler, CivRadioWithoutAddressGetsNoCommands) {
     rig.view.address = QStringLiteral("  ");
     q().SetXcvrFreq(3500);
     EXPECT_EQ(q().XcvrCmdCount, 0);
+    // Leading zeros don't make a decimal address a different number.
+    rig.view.decimal = true;
+    rig.view.address = QStringLiteral("0255");
+    ASSERT_TRUE(rig.radio.ValidID());
+    EXPECT_EQ(rig.radio.address(), 255);
+    EXPECT_TRUE(rig.dialogs.boxTexts().isEmpty());
+    rig.view.decimal = false;
     rig.view.address = QStringLiteral("5C");
     ASSERT_TRUE(rig.radio.ValidID());
     q().SetXcvrFreq(3500);

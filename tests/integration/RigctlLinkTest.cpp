@@ -163,6 +163,22 @@ TEST_P(RigctlLink, RigctlOpensTheProgramAndTunesKeysAndSplitsTheRadio) {
     EXPECT_TRUE(waitFor([&] { return run("f").second == QLatin1String("14025600"); }, 15000));
 }
 
+// SIGTERM while a client has the radio keyed: before the port closes, the radio hears its receive command.
+TEST_P(RigctlLink, ASignalWhileKeyedUnkeysTheRadioBeforeThePortCloses) {
+    const Model& model = *GetParam();
+    startStation(model);
+    ASSERT_EQ(rigctl({QStringLiteral("T"), QStringLiteral("1")}).first, 0);
+    ASSERT_TRUE(simReceived(QString::fromLatin1(model.transmit))) << simLog.right(800).toStdString();
+    const int keyedAt = int(readSim().lastIndexOf(QString::fromLatin1(model.transmit)));
+    program.terminate();
+    ASSERT_TRUE(program.waitForFinished(10000));
+    EXPECT_EQ(program.exitCode(), 0);
+    ASSERT_TRUE(simReceived(QString::fromLatin1(model.receive))) << simLog.right(800).toStdString();
+    EXPECT_GT(readSim().lastIndexOf(QString::fromLatin1(model.receive)), keyedAt);
+    output += program.readAll();
+    EXPECT_TRUE(output.contains("the transmitter was keyed at shutdown; unkeyed")) << output.right(600).toStdString();
+}
+
 INSTANTIATE_TEST_SUITE_P(IcomAndKenwood, RigctlLink, ::testing::Values(&kIcom, &kKenwood),
                          [](const auto& info) { return info.index == 0 ? "Icom" : "Kenwood"; });
 

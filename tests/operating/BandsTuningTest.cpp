@@ -347,6 +347,19 @@ TEST_F(BandsTuning, TypedEntryIsSentOnEnterAndBadTextRestoresTheBox) {
     EXPECT_EQ(st.dialogs.shown.back().title, QStringLiteral("Tolvane"));
     EXPECT_TRUE(sent().empty());
 
+    // The group mark is dropped wherever it stands; what isn't one finite number is refused.
+    for (const auto& [text, kHz] : std::vector<std::pair<const char*, double>>{{"1,4025.5", 14025.5}, {"14025,5", 140255}}) {
+        f.setText(QString::fromLatin1(text));
+        f.typeChar(13);
+        EXPECT_EQ(sent(), std::vector<double>{kHz}) << text;
+    }
+    for (const char* bad : {"inf", "nan", "1e400"}) {
+        f.setText(QString::fromLatin1(bad));
+        f.typeChar(13);
+        EXPECT_TRUE(sent().empty()) << bad;
+    }
+    EXPECT_EQ(st.dialogs.boxTexts().size(), 5);
+
     // A different report wins over typing.
     type(QStringLiteral("9"));
     m().state().UpdateRadioFreq(14030.0);

@@ -61,6 +61,7 @@ class ModeMeter : public ::testing::Test {
     unsigned barColor() const { return w().SMeter.shapes().at(0).color; }
     KavModule& m() { return st.m(); }
     KavMain& w() const { return st.program->main; }
+    ComboBox& list() const { return w().FilterGroupCombo; }
 
     // Declared before the station: the program's hooks point into these until it is gone.
     std::map<QString, QString> items;
@@ -113,6 +114,9 @@ TEST_F(ModeMeter, OperatorsModeClickSendsTheGroupRememberedForThatMode) {
 
 TEST_F(ModeMeter, FilterGroupListSendsOnlyForTheOperator) {
     bringUp();
+    // The list stands in the filter frame: the operator sees it.
+    EXPECT_TRUE(w().FilterFrame.visible());
+    EXPECT_TRUE(list().visible());
     radioSays(hex("FEFEE05C010301FD"));
     ComboBox& list = w().FilterGroupCombo;
     ASSERT_EQ(list.text(), QStringLiteral("Wide"));
@@ -191,6 +195,10 @@ TEST_F(ModeMeter, ReadingsFallOnTheScaleLabels) {
     EXPECT_EQ(w().SMeterValue.caption(), QStringLiteral("S0"));
     meter->UpdateSMeter(0.5);  // 0.5 * 15 + 0.5 = 8, the ninth step
     EXPECT_EQ(w().SMeterValue.caption(), QStringLiteral("+10"));
+    // Below zero (a radio's "SM-001;") is the bottom of the scale, not a step before the first.
+    meter->UpdateSMeter(-1 / 30.0);
+    EXPECT_EQ(w().SMeterValue.caption(), QStringLiteral("S0"));
+    EXPECT_EQ(items[QStringLiteral("RadioSMeterString")], QStringLiteral("S0"));
 
     // A hidden meter still tells the suite link the reading, with no label.
     w().SMeter.setVisible(false);

@@ -85,8 +85,16 @@ TEST_F(RadioState, TheCaptionTellsTheStateOfLinkRadioAndLog) {
     st.p().main.SplitBox.setChecked(true);
     m().UpdateCaption();
     EXPECT_EQ(st.p().main.caption(), head + QStringLiteral(" [Icom IC-756PRO] @ 12:00:00Z 14,025.50 CW Split"));
-    st.loop.advance(61000);  // the clock moves the time on
+    // Polled for a minute with no answer: the caption says so, the log names the likely causes, and the
+    // first reply clears it.
+    st.loop.advance(61000);
+    EXPECT_EQ(st.p().main.caption(), head + QStringLiteral(" [Icom IC-756PRO - not answering] "));
+    EXPECT_EQ(st.log().count(QStringLiteral("the radio doesn't answer")), 1);
+    EXPECT_TRUE(st.log().contains(QStringLiteral("is its CI-V address 5C the radio's own?")));
+    st.serial()->feed(QByteArray::fromHex("FEFEE05CFBFD"));
+    st.loop.runPosted();
     EXPECT_TRUE(st.p().main.caption().contains(QStringLiteral("@ 12:01:01Z")));
+    EXPECT_TRUE(st.log().contains(QStringLiteral("the radio answers again")));
 
     // A failure written to the log: the caption points there from now on.
     Guard("KavModule.Test", [] { throw TvError(kErrDeviceIO); });

@@ -143,6 +143,39 @@ TEST(SerialLink, PttByModemLinesKeysAheadOfTheQueue) {
     EXPECT_FALSE(dev->rtsCts);
 }
 
+// However the program ends, a radio it keyed is unkeyed first: the line dropped, the receive command
+// sent ahead of the queue while the port is still open. A port lost while keyed says it first when back.
+TEST(SerialLink, TheRadioIsNeverLeftKeyed) {
+    TestStation st;
+    st.preset(G, QStringLiteral("Radio"), QStringLiteral("IC-756PRO"));
+    st.preset(G, QStringLiteral("CommPort"), QStringLiteral("1"));
+    st.preset(G, QStringLiteral("Interrogate"), QStringLiteral("F"));
+    st.preset(G, QStringLiteral("DTR"), QStringLiteral("2"));
+    ASSERT_TRUE(st.start());
+    st.p().config.Interrogation.setChecked(false);
+    auto* dev = st.serial();
+    st.p().main.PTTonCmd.click();
+    st.loop.advance(1000);
+    EXPECT_TRUE(dev->dtr);
+    EXPECT_TRUE(dev->written.endsWith(QByteArray::fromHex("FEFE5CE01C0001FD")));
+    // Keyed again by the keyboard and lost with the port: nothing can be said until it comes back.
+    dev->unplug();
+    st.loop.runPosted();
+    st.p().main.PTTonCmd.click();
+    dev->written.clear();
+    st.m().port().SelectCommPort(1);
+    EXPECT_TRUE(dev->written.startsWith(QByteArray::fromHex("FEFE5CE01C0000FD"))) << dev->written.toHex(' ').toStdString();
+    EXPECT_FALSE(st.m().state().transmitting());
+    // Keyed at shutdown: the receive command is the last thing on the line, the line is down.
+    st.p().main.PTTonCmd.click();
+    st.loop.advance(1000);
+    dev->written.clear();
+    st.p().FormUnload();
+    EXPECT_EQ(dev->written, QByteArray::fromHex("FEFE5CE01C0000FD"));
+    EXPECT_FALSE(dev->dtr);
+    EXPECT_TRUE(st.log().contains(QStringLiteral("the transmitter was keyed at shutdown; unkeyed")));
+}
+
 TEST(SerialLink, DeviceWithoutModemLinesIsLoggedOnceAndStillWorks) {
     TestStation st;
     presetKenwoodOnPort1(st);

@@ -71,6 +71,9 @@ TEST(Startup, StoredRadioThatLeftTheCatalogueSelectsNothingAndIsKept) {
     st.preset(G, QStringLiteral("Radio"), QStringLiteral("IC-9999"));
     ASSERT_TRUE(st.start());
     EXPECT_EQ(st.m().radio().RadioIndex, -1);
+    // Said, not polled in silence.
+    ASSERT_EQ(st.dialogs.boxTexts().size(), 1);
+    EXPECT_TRUE(st.dialogs.boxTexts()[0].startsWith(QStringLiteral("The radio \"IC-9999\" chosen before is not in Radios.txt")));
     st.stop();
     EXPECT_EQ(st.stored(G, QStringLiteral("Radio")), QStringLiteral("IC-9999"));
 }

@@ -50,6 +50,13 @@ TEST_F(Icom, FrequencyFramesFollowTheFilterByteFlagAndRoundAwayBinaryFractions) 
     EXPECT_EQ(sentAfterTick(), hex("FEFE5CE0050100010700FD"));
     m().queue().SetXcvrFreq(1296000.0);
     EXPECT_EQ(sentAfterTick(), hex("FEFE5CE0050000009612FD"));
+    // What no frame can hold is refused and reported, and nothing is cut down to fit.
+    for (const char* f : {"inf", "nan", "1e20", "10000000"}) {
+        st.p().suiteLink.DoQSY(QString::fromLatin1(f));
+        EXPECT_TRUE(sentAfterTick().isEmpty()) << f;
+    }
+    EXPECT_EQ(st.log().count(QStringLiteral("DDEServerModule.DoQSY")), 2);
+    EXPECT_EQ(st.log().count(QStringLiteral("no CI-V frame holds")), 2);
     EXPECT_EQ(IcomFrequencyBytes(0.001, true), hex("0100000000"));
     EXPECT_EQ(IcomFrequencyBytes(9999999.999, true), hex("9999999999"));
 }
@@ -150,9 +157,13 @@ TEST_F(Icom, FilterGroupsFollowTheRadiosThirdPosition) {
     st.preset(QStringLiteral("General"), QStringLiteral("ModeFilter1"), QStringLiteral("narrow"));
     st.preset(QStringLiteral("General"), QStringLiteral("ModeFilter0"), QStringLiteral("garbage"));
     bringUp("IC-735");  // no FILTER0
-    EXPECT_EQ(st.stored(QStringLiteral("General"), QStringLiteral("ModeFilter3")), QStringLiteral("Wide"));
+    // Each stored name is put right as written ("narrow" is "Narrow", nonsense no group), and only then
+    // does the radio decide: without the third position "Normal" is used as "Wide", and kept.
+    EXPECT_EQ(st.stored(QStringLiteral("General"), QStringLiteral("ModeFilter3")), QStringLiteral("Normal"));
     EXPECT_EQ(st.stored(QStringLiteral("General"), QStringLiteral("ModeFilter1")), QStringLiteral("Narrow"));
-    EXPECT_EQ(st.stored(QStringLiteral("General"), QStringLiteral("ModeFilter0")), QStringLiteral("Wide"));
+    EXPECT_EQ(st.stored(QStringLiteral("General"), QStringLiteral("ModeFilter0")), QString());
+    EXPECT_EQ(m().state().ModeFilters[3], QStringLiteral("Wide"));
+    EXPECT_EQ(m().state().ModeFilters[0], QStringLiteral("Wide"));
     EXPECT_EQ(st.p().main.FilterGroupCombo.items(), (QStringList{QStringLiteral("Wide"), QStringLiteral("Narrow")}));
     st.stop();
     st.preset(QStringLiteral("General"), QStringLiteral("Radio"), QStringLiteral("IC-756PRO"));

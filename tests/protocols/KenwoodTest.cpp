@@ -198,6 +198,17 @@ TEST_F(Kenwood, QueueCommandsLeaveAsTheirStringsInOneBurst) {
     EXPECT_EQ(sentAfterTick(), QByteArray("FA00007010001;FB00007010001;"));
 }
 
+TEST_F(Kenwood, FrequenciesNoFieldHoldsAreRefusedNotWrapped) {
+    bringUp("ID019;");
+    for (const char* f : {"inf", "1e20", "100000000"}) {
+        st.p().suiteLink.DoQSY(QString::fromLatin1(f));
+        EXPECT_TRUE(sentAfterTick().isEmpty()) << f;
+    }
+    EXPECT_EQ(st.log().count(QStringLiteral("no Kenwood field holds")), 2);
+    st.p().suiteLink.DoQSY(QStringLiteral("99999999.999"));
+    EXPECT_EQ(sentAfterTick(), QByteArray("FA99999999999;"));
+}
+
 TEST_F(Kenwood, PacketGoesOutAsUsbAndTheStatusReplyShowsUsbWithoutAnEcho) {
     bringUp("ID019;");
     m().queue().SetXcvrMode(ModePKT);
@@ -275,6 +286,36 @@ TEST_F(Kenwood, PassbandValuesByModel) {
     radioSays("ID010;");
     m().queue().SetXcvrFilters(2400, 3);
     EXPECT_TRUE(sentAfterTick().isEmpty());
+}
+
+// A radio that was off when it was chosen never heard "ID;": it is asked when it first speaks, and now
+// and then after, until it answers with its model.
+TEST_F(Kenwood, ARadioOffAtBringUpIsIdentifiedWhenItFirstAnswers) {
+    bringUp();
+    EXPECT_EQ(radioSays(ifReply(7010000, '3', '0')), QByteArray("ID;"));
+    QByteArray asked;
+    for (int i = 0; i < 19; ++i) asked += radioSays(ifReply(7010000, '3', '0'));
+    EXPECT_TRUE(asked.isEmpty());
+    EXPECT_EQ(radioSays(ifReply(7010000, '3', '0')), QByteArray("ID;"));
+    EXPECT_EQ(radioSays("ID019;"), QByteArray("AI1;FR0;FT0;"));
+    EXPECT_EQ(m().state().RadioDisplayName, QStringLiteral("Kenwood TS-2000"));
+    EXPECT_TRUE(radioSays(ifReply(7010000, '3', '0')).isEmpty());
+}
+
+// Replies that spell numbers no radio would: a meter below zero, a width of two thousand million.
+TEST_F(Kenwood, OutlandishNumbersInRepliesAreHarmless) {
+    bringUp("ID015;");
+    st.p().common.SetDebug(true);
+    radioSays(ifReply(7010000, '5', '0'));  // AM: the TS-870 shows no shift and no high cut
+    radioSays("IS 0300;");
+    EXPECT_FALSE(st.log().contains(QStringLiteral("IS freq: ")));
+    radioSays(ifReply(7010000, '3', '0'));
+    radioSays("IS 0300;");
+    EXPECT_TRUE(st.log().contains(QStringLiteral("IS freq: 300")));
+    radioSays("FW2e9 ;");
+    radioSays("SM-001;");
+    EXPECT_GE(meter, -1.0);
+    EXPECT_EQ(m().state().RadioMode, ModeCW);
 }
 
 TEST_F(Kenwood, PollingAlternatesMeterAndStatus) {

@@ -12,6 +12,7 @@
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -124,6 +125,34 @@ TEST_F(Gui, F4TransmitsWithoutChangingThePttFrame) {
     st.p().main.KeyDown(key, 0);
     EXPECT_EQ(queued(), (std::vector<int>{XcvrCmdPTT}));
     EXPECT_EQ(st.p().main.PTTFrame.caption(), QStringLiteral("PTT"));
+}
+
+// The operator selects the frequency (all of it, or a word by a double-click) and types over it, while
+// the radio goes on reporting: the new frequency is what reaches the radio.
+TEST_F(Gui, TypingOverASelectedFrequencyReplacesIt) {
+    auto report = [this](const char* hex) {
+        st.serial()->feed(QByteArray::fromHex(hex));
+        st.loop.runPosted();
+    };
+    report("FEFEE05C030000051400FD");  // 14,050.00 kHz
+    auto* box = widget<QLineEdit>(st.p().main.FreqDisplay);
+    ASSERT_NE(box, nullptr);
+    ASSERT_EQ(box->text(), QStringLiteral("14,050.00"));
+    box->selectAll();  // what Ctrl+A or a triple click leaves in the editor
+    QTest::keyClicks(box, QStringLiteral("70"));
+    report("FEFEE05C030000051400FD");  // the same frequency polled again leaves the digits alone
+    QTest::keyClicks(box, QStringLiteral("10.5"));
+    EXPECT_EQ(box->text(), QStringLiteral("7010.5"));
+    st.serial()->written.clear();
+    QTest::keyClick(box, Qt::Key_Return);
+    EXPECT_DOUBLE_EQ(st.m().state().RadioFreq, 7010.5);
+    st.loop.advance(st.m().queue().XcvrCmdTimer.Interval());
+    EXPECT_EQ(st.serial()->written, QByteArray::fromHex("FEFE5CE0050005010700FD"));
+    EXPECT_EQ(box->text(), QStringLiteral("7,010.50"));
+    // A part selected with the mouse is replaced, the rest stays.
+    box->setSelection(0, 1);
+    QTest::keyClicks(box, QStringLiteral("1"));
+    EXPECT_EQ(box->text(), QStringLiteral("1,010.50"));
 }
 
 }  // namespace

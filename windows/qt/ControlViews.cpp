@@ -79,9 +79,13 @@ public:
         }
         if (ev->type() != QEvent::KeyPress) return false;
         auto* k = static_cast<QKeyEvent*>(ev);
-        // The caret and selection as the operator left them.
-        t_.setSelStart(e_->hasSelectedText() ? e_->selectionStart() : e_->cursorPosition());
-        t_.setSelLength(e_->hasSelectedText() ? int(e_->selectedText().size()) : 0);
+        // The caret and selection as the operator left them, both read before either is handed over:
+        // handing over the start redraws the editor, which drops its selection.
+        const bool selected = e_->hasSelectedText();
+        const int start = selected ? e_->selectionStart() : e_->cursorPosition();
+        const int length = selected ? int(e_->selectedText().size()) : 0;
+        t_.setSelStart(start);
+        t_.setSelLength(length);
         int code = modelKeyCode(k->key());
         if (code) {
             const bool ownHandler = bool(t_.KeyDown);

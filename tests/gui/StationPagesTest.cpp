@@ -76,10 +76,10 @@ TEST_F(StationPages, TheDeviceGridEditsTheTableAndTheFrameShowsItsRow) {
     auto* grid = widget<QTableView>(c.DeviceGrid[0]);
     ASSERT_NE(grid, nullptr);
     settle();
-    // Five rows and the line for a new one; the third control's column is hidden.
+    // Five rows and the line for a new one, under the names of the controls.
     EXPECT_EQ(grid->model()->rowCount(), 6);
-    EXPECT_EQ(grid->model()->headerData(1, Qt::Horizontal).toString(), QStringLiteral("Tune"));
-    EXPECT_TRUE(grid->isColumnHidden(3) == false);
+    EXPECT_EQ(grid->model()->headerData(1, Qt::Horizontal).toString(), QStringLiteral("Band"));
+    EXPECT_FALSE(grid->isColumnHidden(3));
     // A frequency typed on the new line becomes a row in its place; one typed over a row moves it.
     ASSERT_TRUE(grid->model()->setData(grid->model()->index(5, 0), QStringLiteral("10100")));
     ASSERT_TRUE(grid->model()->setData(grid->model()->index(0, 0), QStringLiteral("50000")));

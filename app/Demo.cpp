@@ -90,7 +90,7 @@ void DemoRadio::presetStation(SettingsStore& s, const QString& folder) {
     QSaveFile f(table);
     if (f.open(QIODevice::WriteOnly)) {
         f.write("Band,Tune,Load\n");
-        for (int k = 0; k < 15; ++k) f.write(QByteArray::number(7000 + 25 * k) + ",B," + QByteArray::number(40 + k) + "," +
+        for (int k = 0; k < 15; ++k) f.write(QByteArray::number(14000 + 25 * k) + ",B," + QByteArray::number(40 + k) + "," +
                                              QByteArray::number(80 - 2 * k) + "\n");
         f.commit();
     }

@@ -51,14 +51,17 @@ DeviceFileContents ReadDeviceFile(const QByteArray& bytes, const QString& filena
     }
     for (qsizetype i = 1; i < lines.size(); ++i) {
         if (int(out.rows.size()) >= kMaxDeviceRows) {
-            out.message = QStringLiteral("too many frequency entries in ") + filename + QStringLiteral(" for device ") +
-                          QString::number(device) + QStringLiteral(" -- excess ignored");
+            out.message = QStringLiteral("too many frequency entries in ") + filename +
+                          QStringLiteral(" for device ") + QString::number(device) +
+                          QStringLiteral(" -- excess ignored");
             break;
         }
         QString rest = lines[i];
         const QString freq = GetDeviceData(rest);
         if (freq.isEmpty() || !IsReal(freq, decimalSeparator)) {
-            out.message = QStringLiteral("aborting device data load operation - missing or invalid frequency: ") + lines[i];
+            out.message =
+                QStringLiteral("aborting device data load operation - missing or invalid frequency: ") +
+                lines[i];
             break;
         }
         GridRow row{freq};
@@ -134,7 +137,8 @@ bool DeviceRowHasValues(const GridRow& row, int n) {
     return filled(1) || filled(2) || filled(3);
 }
 
-int FindDeviceRow(const std::vector<GridRow>& rows, int depth, int n, double tolerancePercent, double radioFreq) {
+int FindDeviceRow(const std::vector<GridRow>& rows, int depth, int n, double tolerancePercent,
+                  double radioFreq) {
     const float tol = float(tolerancePercent / 100.0 * radioFreq);
     const float radio = float(radioFreq);
     const long long last = std::min<long long>(depth, (long long)rows.size()) - 1;

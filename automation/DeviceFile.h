@@ -23,11 +23,11 @@ QString GetDeviceData(QString& line);
 
 // What a device file held, once it was found and was not empty.
 struct DeviceFileContents {
-    QString header;               // the first line
-    QStringList controlNames;     // 0 to 3 names
-    std::vector<GridRow> rows;    // in the file's order; frequency and three values
-    QStringList recordLines;      // the data lines that became rows, in order
-    QString message;              // the box to show the operator: excess rows, a bad frequency ("" none)
+    QString header;             // the first line
+    QStringList controlNames;   // 0 to 3 names
+    std::vector<GridRow> rows;  // in the file's order; frequency and three values
+    QStringList recordLines;    // the data lines that became rows, in order
+    QString message;            // the box to show the operator: excess rows, a bad frequency ("" none)
 };
 // Reads a device file's bytes. decimalSeparator is the one frequencies are checked with.
 DeviceFileContents ReadDeviceFile(const QByteArray& bytes, const QString& filename, int device,
@@ -44,6 +44,7 @@ void SortDeviceRows(std::vector<GridRow>& rows);
 bool DeviceRowHasValues(const GridRow& row, int n);
 // The row to show for the radio's frequency: the nearest usable row within tolerancePercent of it,
 // -1 when none. Raises 9 for an empty table and 13 / 6 for a frequency cell that isn't a number.
-int FindDeviceRow(const std::vector<GridRow>& rows, int depth, int n, double tolerancePercent, double radioFreq);
+int FindDeviceRow(const std::vector<GridRow>& rows, int depth, int n, double tolerancePercent,
+                  double radioFreq);
 
 }  // namespace tv

@@ -30,9 +30,9 @@ struct DefaultBand {
     double start, end, step;
 };
 constexpr DefaultBand kDefaultBands[] = {
-    {1800, 2001, 25},     {3500, 4001, 50},     {7000, 7301, 50},     {10100, 10151, 50},
-    {14000, 14351, 50},   {18050, 18201, 50},   {21000, 21451, 50},   {24850, 25001, 50},
-    {28000, 29701, 50},   {50000, 54001, 100},  {144000, 148001, 100},
+    {1800, 2001, 25},   {3500, 4001, 50},    {7000, 7301, 50},      {10100, 10151, 50},
+    {14000, 14351, 50}, {18050, 18201, 50},  {21000, 21451, 50},    {24850, 25001, 50},
+    {28000, 29701, 50}, {50000, 54001, 100}, {144000, 148001, 100},
 };
 
 QChar decimalSeparator() {
@@ -54,20 +54,24 @@ void Devices::connect(FrequencyDisplay& display) {
 
     KavConfig& c = m_.config();
     KavMain& w = m_.main();
-    auto handler = [](const char* label, auto body) {
-        return [label, body] { Guard(label, body); };
-    };
+    auto handler = [](const char* label, auto body) { return [label, body] { Guard(label, body); }; };
     for (int d = 0; d < kDevices; ++d) {
-        c.DeviceEnabled[d].Click = handler("KavConfig.DeviceEnabled_Click", [this, d] { DeviceEnabled_Click(d); });
-        c.DeviceControls[d].Change = handler("KavConfig.DeviceControls_Change", [this, d] { DeviceControls_Change(d); });
+        c.DeviceEnabled[d].Click =
+            handler("KavConfig.DeviceEnabled_Click", [this, d] { DeviceEnabled_Click(d); });
+        c.DeviceControls[d].Change =
+            handler("KavConfig.DeviceControls_Change", [this, d] { DeviceControls_Change(d); });
         c.DeviceControls[d].KeyPress = [](int& key) {
             if (!(key == kKeyBack || (key >= '0' && key <= '9'))) key = 0;
         };
         c.DeviceName[d].Change = handler("KavConfig.DeviceName_Change", [this, d] { DeviceName_Change(d); });
-        c.DeviceTolerance[d].Change = handler("KavConfig.DeviceTolerance_Change", [this, d] { DeviceTolerance_Change(d); });
-        c.DeviceControl1[d].Change = handler("KavConfig.DeviceControl1_Change", [this, d] { DeviceControlName_Change(d, 1); });
-        c.DeviceControl2[d].Change = handler("KavConfig.DeviceControl2_Change", [this, d] { DeviceControlName_Change(d, 2); });
-        c.DeviceControl3[d].Change = handler("KavConfig.DeviceControl3_Change", [this, d] { DeviceControlName_Change(d, 3); });
+        c.DeviceTolerance[d].Change =
+            handler("KavConfig.DeviceTolerance_Change", [this, d] { DeviceTolerance_Change(d); });
+        c.DeviceControl1[d].Change =
+            handler("KavConfig.DeviceControl1_Change", [this, d] { DeviceControlName_Change(d, 1); });
+        c.DeviceControl2[d].Change =
+            handler("KavConfig.DeviceControl2_Change", [this, d] { DeviceControlName_Change(d, 2); });
+        c.DeviceControl3[d].Change =
+            handler("KavConfig.DeviceControl3_Change", [this, d] { DeviceControlName_Change(d, 3); });
         Grid& g = c.DeviceGrid[d];
         g.BeforeColUpdate = [this, d](int col, const QString&, int& cancel) {
             Guard("KavConfig.DeviceGrid_BeforeColUpddate", [&] {
@@ -94,13 +98,15 @@ void Devices::connect(FrequencyDisplay& display) {
             SortDeviceArray(d);
             UpdateDevices();
         });
-        c.SelectDeviceFilenameCmd[d].Click = handler("KavConfig.LoadDeviceFilenameCmd_Click", [this, d] { selectFilename(d); });
+        c.SelectDeviceFilenameCmd[d].Click =
+            handler("KavConfig.LoadDeviceFilenameCmd_Click", [this, d] { selectFilename(d); });
         c.LoadDeviceCmd[d].Click = handler("KavConfig.LoadDeviceCmd_Click", [this, d] {
             LoadDeviceFreqData(m_.config().DeviceFilename[d].text(), d);
         });
         c.SaveDeviceCmd[d].Click = handler("KavConfig.LoadDeviceFilenameCmd_Click", [this, d] { saveAs(d); });
-        c.ConfigDeviceHelpCmd[d].Click =
-            handler("KavConfig.ConfigDeviceHelpCmd_Click", [this] { m_.common().InvokeHelp(QStringLiteral("Devices.htm")); });
+        c.ConfigDeviceHelpCmd[d].Click = handler("KavConfig.ConfigDeviceHelpCmd_Click", [this] {
+            m_.common().InvokeHelp(QStringLiteral("Devices.htm"));
+        });
         // The result boxes take no typing; the keys of the window still act, and the keyboard goes back
         // to the frequency box.
         for (TextBox* box : {&w.DeviceControl1[d], &w.DeviceControl2[d], &w.DeviceControl3[d]})
@@ -165,7 +171,8 @@ void Devices::LoadDeviceData(int d) {
         c.DeviceControls[d].setText(get("DeviceControls", QStringLiteral("0")));
         // The boxes beyond the number of controls are hidden even when the number didn't change.
         DeviceControls_Change(d);
-        c.DeviceEnabled[d].setChecked(get("DeviceEnabled", QStringLiteral("0")).trimmed() == QLatin1String("1"));
+        c.DeviceEnabled[d].setChecked(get("DeviceEnabled", QStringLiteral("0")).trimmed() ==
+                                      QLatin1String("1"));
     });
 }
 
@@ -197,7 +204,8 @@ void Devices::SaveDeviceData(int d) {
 
 void Devices::disable(int device, const QString& why) {
     m_.config().DeviceEnabled[device].setChecked(false);
-    m_.dialogs().messageBox(QStringLiteral("disabling device ") + QString::number(device) + why, m_.common().info().title);
+    m_.dialogs().messageBox(QStringLiteral("disabling device ") + QString::number(device) + why,
+                            m_.common().info().title);
 }
 
 void Devices::LoadDeviceFreqData(const QString& filename, int device) {
@@ -209,9 +217,11 @@ void Devices::LoadDeviceFreqData(const QString& filename, int device) {
         c.DeviceGrid[device].setRows({});
         // 2-4.
         if (filename.isEmpty()) return disable(device, QStringLiteral(": no data file specified"));
-        if (!QFileInfo::exists(filename)) return disable(device, QStringLiteral(": specified data file does not exist"));
+        if (!QFileInfo::exists(filename))
+            return disable(device, QStringLiteral(": specified data file does not exist"));
         QFile f(filename);
-        if (!f.open(QIODevice::ReadOnly)) throw TvError(kErrPathFileAccess, filename + QStringLiteral(": ") + f.errorString());
+        if (!f.open(QIODevice::ReadOnly))
+            throw TvError(kErrPathFileAccess, filename + QStringLiteral(": ") + f.errorString());
         const QByteArray bytes = f.readAll();
         f.close();
         if (bytes.isEmpty()) return disable(device, QStringLiteral(":specified data fileis empty"));
@@ -219,15 +229,19 @@ void Devices::LoadDeviceFreqData(const QString& filename, int device) {
         {
             FlagHold hold(loading_);
             // 5-6.
-            common.DebugLog(QStringLiteral("KavModule.LoadDeviceFreqData, initial device record = ") + file.header);
-            TextBox* names[3] = {&c.DeviceControl1[device], &c.DeviceControl2[device], &c.DeviceControl3[device]};
+            common.DebugLog(QStringLiteral("KavModule.LoadDeviceFreqData, initial device record = ") +
+                            file.header);
+            TextBox* names[3] = {&c.DeviceControl1[device], &c.DeviceControl2[device],
+                                 &c.DeviceControl3[device]};
             for (int i = 0; i < file.controlNames.size(); ++i) names[i]->setText(file.controlNames[i]);
             c.DeviceControls[device].setText(QString::number(file.controlNames.size()));
             common.DebugLog(QStringLiteral("KavModule.LoadDeviceFreqData, initial device record processed"));
             // 7.
             for (int r = 0; r < file.recordLines.size(); ++r) {
-                common.DebugLog(QStringLiteral("KavModule.LoadDeviceFreqData, device record %1 = ").arg(r) + file.recordLines[r]);
-                common.DebugLog(QStringLiteral("KavModule.LoadDeviceFreqData, device record %1 processed").arg(r));
+                common.DebugLog(QStringLiteral("KavModule.LoadDeviceFreqData, device record %1 = ").arg(r) +
+                                file.recordLines[r]);
+                common.DebugLog(
+                    QStringLiteral("KavModule.LoadDeviceFreqData, device record %1 processed").arg(r));
             }
             c.DeviceGrid[device].setRows(file.rows);
             DeviceDepth[size_t(device)] = int(file.rows.size());
@@ -248,7 +262,8 @@ void Devices::SaveDeviceFreqData(const QString& filename, int device) {
         rows.resize(size_t(std::max(0, std::min(DeviceDepth[size_t(device)], int(rows.size())))));
         // Written beside and then put in place: a crash leaves the old file or the new one, never half.
         QSaveFile f(filename);
-        if (!f.open(QIODevice::WriteOnly)) throw TvError(kErrPathFileAccess, filename + QStringLiteral(": ") + f.errorString());
+        if (!f.open(QIODevice::WriteOnly))
+            throw TvError(kErrPathFileAccess, filename + QStringLiteral(": ") + f.errorString());
         f.write(WriteDeviceFile(controlCount(device), names, rows));
         if (!f.commit()) throw TvError(kErrPathFileAccess, filename + QStringLiteral(": ") + f.errorString());
     });
@@ -266,7 +281,9 @@ void Devices::SortDeviceArray(int device) {
     });
 }
 
-void Devices::UpdateDeviceArrayDepth(int device) { DeviceDepth[size_t(device)] = m_.config().DeviceGrid[device].rowCount(); }
+void Devices::UpdateDeviceArrayDepth(int device) {
+    DeviceDepth[size_t(device)] = m_.config().DeviceGrid[device].rowCount();
+}
 
 // ---- the frames on the main window ----
 
@@ -296,15 +313,17 @@ void Devices::updateOne(int d) {
     KavConfig& c = m_.config();
     KavMain& w = m_.main();
     const Grid& g = c.DeviceGrid[d];
-    const int best = FindDeviceRow(g.rows(), DeviceDepth[size_t(d)], controlCount(d), Val(c.DeviceTolerance[d].text()),
-                                   m_.state().RadioFreq);
+    const int best = FindDeviceRow(g.rows(), DeviceDepth[size_t(d)], controlCount(d),
+                                   Val(c.DeviceTolerance[d].text()), m_.state().RadioFreq);
     TextBox* boxes[3] = {&w.DeviceControl1[d], &w.DeviceControl2[d], &w.DeviceControl3[d]};
     for (int k = 0; k < 3; ++k) boxes[k]->setText(best < 0 ? QString() : g.cell(best, k + 1));
 }
 
 // ---- the device pages ----
 
-bool Devices::memoryBanksShown() const { return m_.main().MemoryBankFrame.visible(); }
+bool Devices::memoryBanksShown() const {
+    return m_.main().MemoryBankFrame.visible();
+}
 
 void Devices::DeviceEnabled_Click(int index) {
     KavMain& w = m_.main();
@@ -323,10 +342,12 @@ void Devices::DeviceControls_Change(int index) {
     KavConfig& c = m_.config();
     KavMain& w = m_.main();
     const int n = controlCount(index);
-    Control* perControl[3][5] = {
-        {&c.DeviceControl1[index], &c.DeviceControlLabel1[index], &w.DeviceControl1[index], &w.DeviceLabel1[index], nullptr},
-        {&c.DeviceControl2[index], &c.DeviceControlLabel2[index], &w.DeviceControl2[index], &w.DeviceLabel2[index], nullptr},
-        {&c.DeviceControl3[index], &c.DeviceControlLabel3[index], &w.DeviceControl3[index], &w.DeviceLabel3[index], nullptr}};
+    Control* perControl[3][5] = {{&c.DeviceControl1[index], &c.DeviceControlLabel1[index],
+                                  &w.DeviceControl1[index], &w.DeviceLabel1[index], nullptr},
+                                 {&c.DeviceControl2[index], &c.DeviceControlLabel2[index],
+                                  &w.DeviceControl2[index], &w.DeviceLabel2[index], nullptr},
+                                 {&c.DeviceControl3[index], &c.DeviceControlLabel3[index],
+                                  &w.DeviceControl3[index], &w.DeviceLabel3[index], nullptr}};
     for (int k = 0; k < 3; ++k) {
         for (Control* ctl : perControl[k])
             if (ctl) ctl->setVisible(k < n);
@@ -359,8 +380,9 @@ void Devices::DeviceTolerance_Change(int index) {
 
 void Devices::selectFilename(int device) {
     TextBox& name = m_.config().DeviceFilename[device];
-    const QString path = m_.dialogs().openFile(QStringLiteral("Select the data file of ") + m_.config().DeviceName[device].text(),
-                                               name.text(), kFileFilter);
+    const QString path = m_.dialogs().openFile(
+        QStringLiteral("Select the data file of ") + m_.config().DeviceName[device].text(), name.text(),
+        kFileFilter);
     if (path.isEmpty()) return;
     name.setText(path);
     LoadDeviceFreqData(path, device);
@@ -368,8 +390,9 @@ void Devices::selectFilename(int device) {
 
 void Devices::saveAs(int device) {
     TextBox& name = m_.config().DeviceFilename[device];
-    QString path = m_.dialogs().saveFile(QStringLiteral("Save the data of ") + m_.config().DeviceName[device].text(),
-                                         name.text(), kFileFilter);
+    QString path =
+        m_.dialogs().saveFile(QStringLiteral("Save the data of ") + m_.config().DeviceName[device].text(),
+                              name.text(), kFileFilter);
     if (path.isEmpty()) return;
     if (QFileInfo(path).suffix().isEmpty()) path += QStringLiteral(".txt");
     name.setText(path);

@@ -15,7 +15,7 @@ class FrequencyDisplay;
 class KavModule;
 
 class Devices {
-public:
+  public:
     static constexpr int kDevices = 3;
 
     explicit Devices(KavModule& module);
@@ -51,7 +51,7 @@ public:
     void DeviceTolerance_Change(int index);
     void DeviceControlName_Change(int index, int control);
 
-private:
+  private:
     int controlCount(int device) const;
     bool memoryBanksShown() const;
     void disable(int device, const QString& why);

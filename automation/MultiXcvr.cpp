@@ -16,7 +16,9 @@ const QString kSection = QStringLiteral("MultiXCVR");
 // The baud list ("57600" ... "300") by position, as options of the Speed group.
 constexpr int kSpeedOption[8] = {8, 7, 1, 2, 3, 4, 5, 6};
 
-QString key(const char* name, int n) { return QString::fromLatin1(name) + QString::number(n); }
+QString key(const char* name, int n) {
+    return QString::fromLatin1(name) + QString::number(n);
+}
 
 }  // namespace
 
@@ -32,9 +34,7 @@ void MultiXcvr::connect() {
     h.ResumeDelayedXcvrSwitch = [this] { return ResumeDelayedXcvrSwitch(); };
 
     KavConfig& c = m_.config();
-    auto handler = [](const char* label, auto body) {
-        return [label, body] { Guard(label, body); };
-    };
+    auto handler = [](const char* label, auto body) { return [label, body] { Guard(label, body); }; };
     for (int n = 0; n < kEntries; ++n) {
         // The start-up's filling of the page is not the operator's change.
         c.MultiName[n].Change = handler("KavConfig.MultiName_Change", [this, n] {
@@ -65,15 +65,23 @@ void MultiXcvr::InitializeMultiXcvr() {
         for (int n = 0; n < kEntries; ++n) {
             ComboBox& model = c.MultiModel[n];
             model.Clear();
-            for (int i = 0; i < m_.radio().catalogue.count(); ++i) model.AddItem(m_.radio().catalogue.at(i).comboName);
+            for (int i = 0; i < m_.radio().catalogue.count(); ++i)
+                model.AddItem(m_.radio().catalogue.at(i).comboName);
             SetCombo(model, s.GetSetting(kSection, key("MultiModel", n), QString()));
             c.MultiAddr[n].setText(s.GetSetting(kSection, key("MultiAddr", n), QString()));
-            c.MultiPoll[n].setChecked(s.GetSetting(kSection, key("MultiPoll", n), QStringLiteral("0")).trimmed() == QLatin1String("1"));
-            c.MultiInterval[n].setText(s.GetSetting(kSection, key("MultiInterval", n), QStringLiteral("200")));
-            c.MultiName[n].setText(s.GetSetting(kSection, key("MultiName", n), QStringLiteral("xcvr %1").arg(n + 1)));
-            c.MultiEnabled[n].setChecked(s.GetSetting(kSection, key("MultiEnabled", n), QStringLiteral("0")).trimmed() == QLatin1String("1"));
+            c.MultiPoll[n].setChecked(
+                s.GetSetting(kSection, key("MultiPoll", n), QStringLiteral("0")).trimmed() ==
+                QLatin1String("1"));
+            c.MultiInterval[n].setText(
+                s.GetSetting(kSection, key("MultiInterval", n), QStringLiteral("200")));
+            c.MultiName[n].setText(
+                s.GetSetting(kSection, key("MultiName", n), QStringLiteral("xcvr %1").arg(n + 1)));
+            c.MultiEnabled[n].setChecked(
+                s.GetSetting(kSection, key("MultiEnabled", n), QStringLiteral("0")).trimmed() ==
+                QLatin1String("1"));
             bool ok = false;
-            const int port = s.GetSetting(kSection, key("MultiPort", n), QStringLiteral("-1")).trimmed().toInt(&ok);
+            const int port =
+                s.GetSetting(kSection, key("MultiPort", n), QStringLiteral("-1")).trimmed().toInt(&ok);
             c.MultiPort[n].setListIndex(ok ? port : -1);
             SetCombo(c.MultiBaud[n], s.GetSetting(kSection, key("MultiBaud", n), QString()).trimmed());
             SetCombo(c.MultiParity[n], s.GetSetting(kSection, key("MultiParity", n), QString()).trimmed());
@@ -89,21 +97,24 @@ void MultiXcvr::InitializeMultiXcvr() {
             list.AddItem(QStringLiteral("none"));
             for (int n = 0; n < kEntries; ++n) list.AddItem(c.MultiName[n].text());
             bool ok = false;
-            int radio = s.GetSetting(kSection, key("MultiBandRadio", b), QStringLiteral("0")).trimmed().toInt(&ok);
+            int radio =
+                s.GetSetting(kSection, key("MultiBandRadio", b), QStringLiteral("0")).trimmed().toInt(&ok);
             if (!ok || radio < 0 || radio > kEntries) radio = 0;
             BandRadio[size_t(b)] = radio;
             FlagHold quiet(refreshing_);
             list.setListIndex(radio);
         }
-        c.MultiAutoSelect.setChecked(s.GetSetting(kSection, QStringLiteral("MultiAutoSelect"), QStringLiteral("0")).trimmed() ==
-                                     QLatin1String("1"));
+        c.MultiAutoSelect.setChecked(
+            s.GetSetting(kSection, QStringLiteral("MultiAutoSelect"), QStringLiteral("0")).trimmed() ==
+            QLatin1String("1"));
         for (int n = 0; n < kEntries; ++n) {
             UpdateMultiXcvrEnableVisibility(n);
             UpdateMultiXcvr(n);
         }
         showRadixLabels(!c.DecSel.value());
         bool ok = false;
-        SelectedXcvr = s.GetSetting(kSection, QStringLiteral("MultiXCVR"), QStringLiteral("-1")).trimmed().toInt(&ok);
+        SelectedXcvr =
+            s.GetSetting(kSection, QStringLiteral("MultiXCVR"), QStringLiteral("-1")).trimmed().toInt(&ok);
         if (!ok || SelectedXcvr < -1 || SelectedXcvr >= kEntries) SelectedXcvr = -1;
         if (SelectedXcvr == -1) {
             // The radio chosen before there were entries is the first enabled entry of its model.
@@ -227,11 +238,14 @@ void MultiXcvr::SelectMultiXcvr(int index) {
         // 2-3. A radio that stays locked unless released is told first; its family resumes the switch.
         if (DelayedXcvrSwitchFlag) {
             DelayedXcvrSwitchFlag = false;
-            common.LogLine(QStringLiteral("KavModule.SelectMultiXcvr: cleared DelayedXcvrSwitchFlag, beginning delayed switch"));
-        } else if (m_.radio().RadioIndex >= 0 && m_.radio().protocol() && m_.radio().traits().releasedBeforeSwitch) {
+            common.LogLine(QStringLiteral(
+                "KavModule.SelectMultiXcvr: cleared DelayedXcvrSwitchFlag, beginning delayed switch"));
+        } else if (m_.radio().RadioIndex >= 0 && m_.radio().protocol() &&
+                   m_.radio().traits().releasedBeforeSwitch) {
             DelayedXcvrSwitchIndex = index;
             DelayedXcvrSwitchFlag = true;
-            common.LogLine(QStringLiteral("KavModule.SelectMultiXcvr: set DelayedXcvrSwitchFlag, delaying switch"));
+            common.LogLine(
+                QStringLiteral("KavModule.SelectMultiXcvr: set DelayedXcvrSwitchFlag, delaying switch"));
             return;
         }
         switchTo(index);

@@ -15,7 +15,7 @@ namespace tv {
 class KavModule;
 
 class MultiXcvr {
-public:
+  public:
     static constexpr int kEntries = 3;
 
     explicit MultiXcvr(KavModule& module);
@@ -42,7 +42,7 @@ public:
     bool DelayedXcvrSwitchFlag = false;
     int DelayedXcvrSwitchIndex = 0;
 
-private:
+  private:
     void switchTo(int index);
     void copyPortSettings(int index);
     void showRadixLabels(bool hex);

@@ -15,12 +15,14 @@ namespace tv {
 using GridRow = std::vector<QString>;
 
 class Grid : public Control {
-public:
+  public:
     Grid(Form* form, QString name, int index = -1, int columns = 4);
 
     // ---- columns ----
     int columnCount() const { return int(columns_.size()); }
-    QString columnCaption(int col) const { return validColumn(col) ? columns_[size_t(col)].caption : QString(); }
+    QString columnCaption(int col) const {
+        return validColumn(col) ? columns_[size_t(col)].caption : QString();
+    }
     void setColumnCaption(int col, const QString& caption);
     bool columnVisible(int col) const { return validColumn(col) && columns_[size_t(col)].visible; }
     void setColumnVisible(int col, bool visible);
@@ -58,7 +60,7 @@ public:
     std::function<void(int col)> AfterColUpdate;
     std::function<void()> AfterDelete, AfterInsert;
 
-private:
+  private:
     struct Column {
         QString caption;
         bool visible = true;

@@ -43,8 +43,8 @@ void KavConfig::describeStationPages() {
         Describe(DeviceControlsLabel[d], QStringLiteral("Controls"));
         DeviceControls[d].setToolTip(QStringLiteral("the number of controls for this device"));
         Describe(DeviceToleranceLabel[d], QStringLiteral("Tolerance (%)"));
-        DeviceTolerance[d].setToolTip(
-            QStringLiteral("tolerance in %; only device data within this range of your radio's frequency is selected"));
+        DeviceTolerance[d].setToolTip(QStringLiteral(
+            "tolerance in %; only device data within this range of your radio's frequency is selected"));
         Describe(DeviceControlLabel1[d], QStringLiteral("Control 1"));
         DeviceControl1[d].setToolTip(QStringLiteral("name of this device's first control"));
         Describe(DeviceControlLabel2[d], QStringLiteral("Control 2"));
@@ -55,9 +55,12 @@ void KavConfig::describeStationPages() {
         DeviceFilename[d].setToolTip(QStringLiteral("pathname to a file containing device data"));
         Describe(SelectDeviceFilenameCmd[d], QStringLiteral("Select"),
                  QStringLiteral("Select data file and load its device data"));
-        Describe(LoadDeviceCmd[d], QStringLiteral("Reload"), QStringLiteral("Load device data from the specified data file"));
-        Describe(SaveDeviceCmd[d], QStringLiteral("Save"), QStringLiteral("Save device data to the specified data file"));
-        Describe(ConfigDeviceHelpCmd[d], QStringLiteral("Help"), QStringLiteral("display device configuration help"));
+        Describe(LoadDeviceCmd[d], QStringLiteral("Reload"),
+                 QStringLiteral("Load device data from the specified data file"));
+        Describe(SaveDeviceCmd[d], QStringLiteral("Save"),
+                 QStringLiteral("Save device data to the specified data file"));
+        Describe(ConfigDeviceHelpCmd[d], QStringLiteral("Help"),
+                 QStringLiteral("display device configuration help"));
         Grid& g = DeviceGrid[d];
         const char* captions[4] = {"Freq", "Control 1", "Control 2", "Control 3"};
         for (int c = 0; c < 4; ++c) g.setColumnCaption(c, QString::fromLatin1(captions[c]));
@@ -68,8 +71,9 @@ void KavConfig::describeStationPages() {
     Describe(Frame8, QStringLiteral("Transceivers"));
     Describe(Frame9, QStringLiteral("Serial ports"));
     Describe(Frame10, QStringLiteral("Selection by band"));
-    Describe(MultiAutoSelect, QStringLiteral("Auto"),
-             QStringLiteral("when checked, a frequency on a band assigned to a radio switches to that radio"));
+    Describe(
+        MultiAutoSelect, QStringLiteral("Auto"),
+        QStringLiteral("when checked, a frequency on a band assigned to a radio switches to that radio"));
     Describe(MultiHexLabel, QStringLiteral("hex"));
     Describe(MultiDecLabel, QStringLiteral("dec"));
     MultiDecLabel.setVisible(false);
@@ -78,9 +82,10 @@ void KavConfig::describeStationPages() {
     for (int n = 0; n < kMultiEntries; ++n) {
         const QString radio = QStringLiteral("Radio %1").arg(n + 1);
         MultiRadioLabel[n].setCaption(radio);
-        Control* fields[13] = {&MultiModel[n], &MultiAddr[n], &MultiPoll[n],   &MultiInterval[n], &MultiName[n],
-                               &MultiEnabled[n], &MultiPort[n], &MultiBaud[n], &MultiParity[n],   &MultiWord[n],
-                               &MultiStop[n],  &MultiDTR[n],  &MultiRTS[n]};
+        Control* fields[13] = {&MultiModel[n],  &MultiAddr[n],    &MultiPoll[n], &MultiInterval[n],
+                               &MultiName[n],   &MultiEnabled[n], &MultiPort[n], &MultiBaud[n],
+                               &MultiParity[n], &MultiWord[n],    &MultiStop[n], &MultiDTR[n],
+                               &MultiRTS[n]};
         for (int f = 0; f < 13; ++f) fields[f]->setToolTip(radio + QString::fromLatin1(kMultiFields[f].tip));
         for (int p = 1; p <= 8; ++p) MultiPort[n].AddItem(QStringLiteral("Com%1").arg(p));
         fill(MultiBaud[n], {"57600", "38400", "19200", "9600", "4800", "2400", "1200", "300"});
@@ -94,13 +99,16 @@ void KavConfig::describeStationPages() {
 
 int KavConfig::stationTabOf(const Control& c) {
     static const QStringList device = {
-        QStringLiteral("DeviceEnabled"),        QStringLiteral("DeviceNameLabel"),     QStringLiteral("DeviceName"),
-        QStringLiteral("DeviceControlsLabel"),  QStringLiteral("DeviceControls"),      QStringLiteral("DeviceToleranceLabel"),
-        QStringLiteral("DeviceTolerance"),      QStringLiteral("DeviceControlLabel1"), QStringLiteral("DeviceControl1"),
-        QStringLiteral("DeviceControlLabel2"),  QStringLiteral("DeviceControl2"),      QStringLiteral("DeviceControlLabel3"),
-        QStringLiteral("DeviceControl3"),       QStringLiteral("DeviceFileFrame"),     QStringLiteral("DeviceFilename"),
-        QStringLiteral("SelectDeviceFilenameCmd"), QStringLiteral("LoadDeviceCmd"),    QStringLiteral("SaveDeviceCmd"),
-        QStringLiteral("ConfigDeviceHelpCmd"),  QStringLiteral("DeviceGrid")};
+        QStringLiteral("DeviceEnabled"),       QStringLiteral("DeviceNameLabel"),
+        QStringLiteral("DeviceName"),          QStringLiteral("DeviceControlsLabel"),
+        QStringLiteral("DeviceControls"),      QStringLiteral("DeviceToleranceLabel"),
+        QStringLiteral("DeviceTolerance"),     QStringLiteral("DeviceControlLabel1"),
+        QStringLiteral("DeviceControl1"),      QStringLiteral("DeviceControlLabel2"),
+        QStringLiteral("DeviceControl2"),      QStringLiteral("DeviceControlLabel3"),
+        QStringLiteral("DeviceControl3"),      QStringLiteral("DeviceFileFrame"),
+        QStringLiteral("DeviceFilename"),      QStringLiteral("SelectDeviceFilenameCmd"),
+        QStringLiteral("LoadDeviceCmd"),       QStringLiteral("SaveDeviceCmd"),
+        QStringLiteral("ConfigDeviceHelpCmd"), QStringLiteral("DeviceGrid")};
     if (device.contains(c.name())) return 2 + c.index();
     const QString& n = c.name();
     if (n.startsWith(QLatin1String("Multi")) || n.startsWith(QLatin1String("BandRadio")) ||

@@ -51,7 +51,8 @@ TEST(DeviceTable, TheNearestUsableRowWithinTheToleranceIsFound) {
 }
 
 TEST(DeviceFile, HeaderRowsAndTheLineWhereReadingStops) {
-    DeviceFileContents f = ReadDeviceFile("L,C\r\n14025,27,114\r\n1,800\r\n7000\r\n3500,a,b,c,d,e\r\n", "t.txt", 0, '.');
+    DeviceFileContents f =
+        ReadDeviceFile("L,C\r\n14025,27,114\r\n1,800\r\n7000\r\n3500,a,b,c,d,e\r\n", "t.txt", 0, '.');
     EXPECT_EQ(f.controlNames, QStringList({"L", "C"}));
     ASSERT_EQ(f.rows.size(), 4u);
     EXPECT_EQ(f.rows[0], row("14025", "27", "114"));
@@ -67,13 +68,15 @@ TEST(DeviceFile, HeaderRowsAndTheLineWhereReadingStops) {
 
     f = ReadDeviceFile("L\n7000,1\n7050,2\nabc,3\n7100,4\n", "t.txt", 0, '.');
     EXPECT_EQ(f.rows.size(), 2u);
-    EXPECT_EQ(f.message, QStringLiteral("aborting device data load operation - missing or invalid frequency: abc,3"));
+    EXPECT_EQ(f.message,
+              QStringLiteral("aborting device data load operation - missing or invalid frequency: abc,3"));
 
     QByteArray big = "L\n";
     for (int i = 0; i < 1026; ++i) big += QByteArray::number(1800 + i) + ",v\n";
     f = ReadDeviceFile(big, "/tmp/big.txt", 2, '.');
     EXPECT_EQ(f.rows.size(), 1025u);
-    EXPECT_EQ(f.message, QStringLiteral("too many frequency entries in /tmp/big.txt for device 2 -- excess ignored"));
+    EXPECT_EQ(f.message,
+              QStringLiteral("too many frequency entries in /tmp/big.txt for device 2 -- excess ignored"));
     big.chop(big.size() - big.lastIndexOf("\n", big.size() - 2) - 1);  // 1025 rows: no warning
     EXPECT_TRUE(ReadDeviceFile(big, "t", 2, '.').message.isEmpty());
 }
@@ -88,7 +91,8 @@ TEST(DeviceFile, FuzzedFilesNeverCrashAndTheFirstBadLineIsNamed) {
         if (rng() % 8 == 0) bytes += QByteArray(1, char(rng() % 256));
         const DeviceFileContents f = ReadDeviceFile(bytes, "fuzz", 1, '.');
         ASSERT_LE(f.rows.size(), size_t(kMaxDeviceRows));
-        for (const GridRow& r : f.rows) ASSERT_TRUE(IsReal(r[0], '.') && r.size() == 4) << bytes.toStdString();
+        for (const GridRow& r : f.rows)
+            ASSERT_TRUE(IsReal(r[0], '.') && r.size() == 4) << bytes.toStdString();
         // The line named is the one after the rows taken, and it is a line that had to stop the load.
         QStringList lines = QString::fromUtf8(bytes).split('\n');
         if (!lines.isEmpty() && lines.last().isEmpty()) lines.removeLast();
@@ -96,7 +100,9 @@ TEST(DeviceFile, FuzzedFilesNeverCrashAndTheFirstBadLineIsNamed) {
         if (next < size_t(lines.size())) {
             QString bad = lines[qsizetype(next)];
             if (bad.endsWith('\r')) bad.chop(1);
-            ASSERT_EQ(f.message, QStringLiteral("aborting device data load operation - missing or invalid frequency: ") + bad)
+            ASSERT_EQ(
+                f.message,
+                QStringLiteral("aborting device data load operation - missing or invalid frequency: ") + bad)
                 << bytes.toStdString();
         } else {
             ASSERT_TRUE(f.message.isEmpty());
@@ -106,13 +112,14 @@ TEST(DeviceFile, FuzzedFilesNeverCrashAndTheFirstBadLineIsNamed) {
         try {
             FindDeviceRow(rows, int(rows.size()), int(rng() % 5), 2, double(rng() % 30000));
         } catch (const TvError& e) {
-            ASSERT_TRUE(e.number() == kErrSubscript || e.number() == kErrTypeMismatch || e.number() == kErrOverflow);
+            ASSERT_TRUE(e.number() == kErrSubscript || e.number() == kErrTypeMismatch ||
+                        e.number() == kErrOverflow);
         }
     }
 }
 
 class DeviceStation : public ::testing::Test {
-protected:
+  protected:
     QString file(const QString& name, const QByteArray& text) {
         const QString path = st.dir.filePath(name);
         QFile f(path);
@@ -153,7 +160,8 @@ TEST_F(DeviceStation, TheFramesFollowTheFrequencyFromTheLoadedTable) {
     // The device whose file is gone was disabled, with its message.
     EXPECT_FALSE(c().DeviceEnabled[1].checked());
     EXPECT_FALSE(w().DeviceFrame[1].visible());
-    EXPECT_TRUE(st.dialogs.boxTexts().contains(QStringLiteral("disabling device 1: specified data file does not exist")));
+    EXPECT_TRUE(st.dialogs.boxTexts().contains(
+        QStringLiteral("disabling device 1: specified data file does not exist")));
 
     st.m().queue().SetXcvrFreq(14002);
     EXPECT_EQ(shown(0), QStringList({"27", "114", ""}));
@@ -180,7 +188,8 @@ TEST_F(DeviceStation, TheFramesFollowTheFrequencyFromTheLoadedTable) {
 TEST_F(DeviceStation, AFullTableEditedInTheGridStaysSortedSavesAndLoadsBackIdentical) {
     QByteArray text = "Band,Tap,Load\n";
     for (int i = 0; i < kMaxDeviceRows; ++i)
-        text += QByteArray::number(1800 + i * 7) + ".5," + QByteArray::number(i % 13) + ",t" + QByteArray::number(i) + ",\n";
+        text += QByteArray::number(1800 + i * 7) + ".5," + QByteArray::number(i % 13) + ",t" +
+                QByteArray::number(i) + ",\n";
     start(file(QStringLiteral("amp.txt"), text));
     Grid& g = c().DeviceGrid[0];
     ASSERT_EQ(g.rowCount(), kMaxDeviceRows);
@@ -196,7 +205,8 @@ TEST_F(DeviceStation, AFullTableEditedInTheGridStaysSortedSavesAndLoadsBackIdent
     ASSERT_TRUE(g.editCell(3, 2, QStringLiteral("edited")));
     EXPECT_EQ(g.rowCount(), kMaxDeviceRows);
     EXPECT_EQ(st.p().devices.DeviceDepth[0], kMaxDeviceRows);
-    for (int r = 1; r < g.rowCount(); ++r) ASSERT_LT(g.cell(r - 1, 0).toDouble(), g.cell(r, 0).toDouble()) << r;
+    for (int r = 1; r < g.rowCount(); ++r)
+        ASSERT_LT(g.cell(r - 1, 0).toDouble(), g.cell(r, 0).toDouble()) << r;
     EXPECT_EQ(g.cell(g.rowCount() - 1, 0), QStringLiteral("99999"));
 
     const std::vector<GridRow> edited = g.rows();

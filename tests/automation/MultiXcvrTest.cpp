@@ -13,10 +13,12 @@ const QString G = QStringLiteral("General");
 const QString X = QStringLiteral("MultiXCVR");
 
 class Transceivers : public ::testing::Test {
-protected:
+  protected:
     // Entry n: model, port list position, baud ("" for none chosen), address, name.
     void entry(int n, const char* model, int port, const char* baud, const char* address, const char* name) {
-        auto set = [&](const char* k, const QString& v) { st.preset(X, QString::fromLatin1(k) + QString::number(n), v); };
+        auto set = [&](const char* k, const QString& v) {
+            st.preset(X, QString::fromLatin1(k) + QString::number(n), v);
+        };
         set("MultiModel", QString::fromLatin1(model));
         set("MultiPort", QString::number(port));
         set("MultiBaud", QString::fromLatin1(baud));
@@ -27,7 +29,8 @@ protected:
         set("MultiName", QString::fromLatin1(name));
         set("MultiEnabled", QStringLiteral("1"));
         set("MultiInterval", QStringLiteral("300"));
-        st.preset(G, QStringLiteral("CommPortDevice%1").arg(port + 1), QStringLiteral("/dev/fake%1").arg(port + 1));
+        st.preset(G, QStringLiteral("CommPortDevice%1").arg(port + 1),
+                  QStringLiteral("/dev/fake%1").arg(port + 1));
     }
     void start(const char* radio = "IC-756PRO") {
         st.preset(G, QStringLiteral("Radio"), QString::fromLatin1(radio));
@@ -109,12 +112,13 @@ TEST_F(Transceivers, TwoEntriesOfOneModelSwitchOnlyTheLinkAndKeepTheSpeedWhereNo
     EXPECT_TRUE(m().queue().XcvrCmdTimer.Enabled());
     m().queue().SetXcvrFreq(7025);
     st.loop.advance(1000);
-    EXPECT_TRUE(st.serial()->written.contains(QByteArray::fromHex("fefe60e0"))) << st.serial()->written.toHex().toStdString();
+    EXPECT_TRUE(st.serial()->written.contains(QByteArray::fromHex("fefe60e0")))
+        << st.serial()->written.toHex().toStdString();
 }
 
 // A family whose radio stays locked unless released, and which says when it has been.
 class LockingProtocol : public Protocol {
-public:
+  public:
     LockingProtocol() { traits_.releasedBeforeSwitch = true; }
     const ProtocolTraits& traits() const override { return traits_; }
     QString DisplayName(const RadioInfo&) const override { return QStringLiteral("Locking"); }
@@ -124,7 +128,7 @@ public:
     void RequestMode() override {}
     void Decode(const QByteArray&) override {}
 
-private:
+  private:
     ProtocolTraits traits_;
 };
 
@@ -150,8 +154,10 @@ TEST_F(Transceivers, ASwitchAwayFromARadioThatMustBeReleasedWaitsForIt) {
     EXPECT_EQ(m().radio().model(), QStringLiteral("IC-756PRO"));
     EXPECT_EQ(st.serial()->path(), QStringLiteral("/dev/fake2"));
     const QString log = st.log();
-    EXPECT_LT(log.indexOf(QStringLiteral("KavModule.SelectMultiXcvr: set DelayedXcvrSwitchFlag, delaying switch")),
-              log.indexOf(QStringLiteral("KavModule.SelectMultiXcvr: cleared DelayedXcvrSwitchFlag, beginning delayed switch")));
+    EXPECT_LT(
+        log.indexOf(QStringLiteral("KavModule.SelectMultiXcvr: set DelayedXcvrSwitchFlag, delaying switch")),
+        log.indexOf(QStringLiteral(
+            "KavModule.SelectMultiXcvr: cleared DelayedXcvrSwitchFlag, beginning delayed switch")));
 }
 
 }  // namespace

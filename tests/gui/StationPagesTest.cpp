@@ -11,8 +11,8 @@
 #include <QFile>
 #include <QGroupBox>
 #include <QLineEdit>
-#include <QTableView>
 #include <QTabBar>
+#include <QTableView>
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ namespace {
 const QString G = QStringLiteral("General");
 
 class StationPages : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         const QString table = st.dir.filePath(QStringLiteral("tuner.txt"));
         QFile f(table);
@@ -45,7 +45,8 @@ protected:
             st.preset(X, QStringLiteral("MultiBaud%1").arg(n), QStringLiteral("9600"));
         }
         ASSERT_TRUE(st.start());
-        windows = std::make_unique<Windows>(st.p().main, st.p().config, st.p().messages, st.p().sequenceEditor);
+        windows =
+            std::make_unique<Windows>(st.p().main, st.p().config, st.p().messages, st.p().sequenceEditor);
         st.p().main.Show();
         st.p().config.Show();
         QApplication::processEvents();
@@ -85,7 +86,8 @@ TEST_F(StationPages, TheDeviceGridEditsTheTableAndTheFrameShowsItsRow) {
     ASSERT_TRUE(grid->model()->setData(grid->model()->index(0, 0), QStringLiteral("50000")));
     settle();
     QStringList column;
-    for (int r = 0; r < grid->model()->rowCount() - 1; ++r) column << grid->model()->index(r, 0).data().toString();
+    for (int r = 0; r < grid->model()->rowCount() - 1; ++r)
+        column << grid->model()->index(r, 0).data().toString();
     EXPECT_EQ(column, QStringList({"7000", "10100", "14000", "21000", "28000", "50000"}));
     // The main window's frame shows the row for the frequency, its labels the controls' names.
     st.m().queue().SetXcvrFreq(14100);
@@ -97,7 +99,8 @@ TEST_F(StationPages, TheDeviceGridEditsTheTableAndTheFrameShowsItsRow) {
     c.DeviceControls[0].setText(QStringLiteral("1"));
     settle();
     EXPECT_TRUE(grid->isColumnHidden(2));
-    EXPECT_FALSE(widget<QLineEdit>(st.p().main.DeviceControl2[0])->isVisibleTo(windows->window(QStringLiteral("KavMain"))));
+    EXPECT_FALSE(widget<QLineEdit>(st.p().main.DeviceControl2[0])
+                     ->isVisibleTo(windows->window(QStringLiteral("KavMain"))));
 }
 
 TEST_F(StationPages, TheMultiRadioPageNamesItsFieldsAndTheButtonsSwitch) {
@@ -108,8 +111,10 @@ TEST_F(StationPages, TheMultiRadioPageNamesItsFieldsAndTheButtonsSwitch) {
     ASSERT_NE(model, nullptr);
     EXPECT_EQ(model->currentText(), QStringLiteral("IC-735"));
     EXPECT_EQ(model->toolTip(), QStringLiteral("Radio 2 model"));
-    EXPECT_EQ(widget<QComboBox>(c.MultiDTR[0])->toolTip(),
-              QStringLiteral("Radio 1 serial port Data Terminal Ready (No - always off, Yes - always on, Xmit - on to xmit)"));
+    EXPECT_EQ(
+        widget<QComboBox>(c.MultiDTR[0])->toolTip(),
+        QStringLiteral(
+            "Radio 1 serial port Data Terminal Ready (No - always off, Yes - always on, Xmit - on to xmit)"));
     EXPECT_EQ(widget<QComboBox>(c.BandRadioCombo[6])->itemText(2), QStringLiteral("xcvr 2"));
     // The entry isn't offered until its serial settings are complete.
     EXPECT_FALSE(widget<QAbstractButton>(c.MultiEnabled[0])->isEnabled());
@@ -125,10 +130,14 @@ TEST_F(StationPages, TheMultiRadioPageNamesItsFieldsAndTheButtonsSwitch) {
     // Pictures for the README, when asked for.
     const QString shots = qEnvironmentVariable("TOLVANE_SCREENSHOTS");
     if (!shots.isEmpty()) {
-        windows->window(QStringLiteral("KavConfig"))->grab().save(shots + QStringLiteral("/config-multiradio.png"));
+        windows->window(QStringLiteral("KavConfig"))
+            ->grab()
+            .save(shots + QStringLiteral("/config-multiradio.png"));
         c.ConfigTab.setTab(2);
         settle();
-        windows->window(QStringLiteral("KavConfig"))->grab().save(shots + QStringLiteral("/config-device.png"));
+        windows->window(QStringLiteral("KavConfig"))
+            ->grab()
+            .save(shots + QStringLiteral("/config-device.png"));
     }
 }
 

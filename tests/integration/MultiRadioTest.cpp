@@ -45,14 +45,14 @@ struct Sim {
 };
 
 class MultiRadio : public ::testing::Test {
-protected:
+  protected:
     void startSim(Sim& s, const char* model, const char* freq) {
         const QString simPath = QStringLiteral(TOLVANE_BINARY_DIR "/tolvane-radiosim");
         ASSERT_TRUE(QFileInfo(simPath).isExecutable()) << "build tolvane-radiosim first";
         ASSERT_TRUE(s.pty.start());
         s.process.start(simPath, {QStringLiteral("--device"), s.pty.ends[1], QStringLiteral("--model"),
-                                  QString::fromLatin1(model), QStringLiteral("--freq"), QString::fromLatin1(freq),
-                                  QStringLiteral("--mode"), QStringLiteral("CW")});
+                                  QString::fromLatin1(model), QStringLiteral("--freq"),
+                                  QString::fromLatin1(freq), QStringLiteral("--mode"), QStringLiteral("CW")});
         ASSERT_TRUE(s.process.waitForStarted(5000));
     }
     void SetUp() override {
@@ -70,7 +70,9 @@ protected:
         const char* models[2] = {"IC-7300", "TS-2000"};
         const char* addresses[2] = {"94", ""};
         for (int n = 0; n < 2; ++n) {
-            auto set = [&](const char* k, const QString& v) { s.SaveSetting(x, QString::fromLatin1(k) + QString::number(n), v); };
+            auto set = [&](const char* k, const QString& v) {
+                s.SaveSetting(x, QString::fromLatin1(k) + QString::number(n), v);
+            };
             set("MultiModel", QString::fromLatin1(models[n]));
             set("MultiAddr", QString::fromLatin1(addresses[n]));
             set("MultiPort", QString::number(n));
@@ -88,7 +90,8 @@ protected:
         ProgramPaths paths;
         paths.configDir = dir.path();
         paths.appDir = QStringLiteral(TOLVANE_SOURCE_DIR "/data");
-        program = std::make_unique<Program>(loop, dialogs, paths, [] { return std::make_unique<QtSerialDevice>(); });
+        program = std::make_unique<Program>(loop, dialogs, paths,
+                                            [] { return std::make_unique<QtSerialDevice>(); });
         ASSERT_TRUE(program->FormLoad());
     }
     void TearDown() override {
@@ -117,17 +120,20 @@ TEST_F(MultiRadio, AQsyToTheSecondRadiosBandSwitchesToItAndTheButtonSwitchesBack
 
     const qsizetype icomMark = icom.mark();
     auto& bus = static_cast<FakeSuiteBus&>(program->suiteBus);
-    ASSERT_EQ(bus.send(QStringLiteral("DDEServer"), QStringLiteral("001qsy21200")), std::optional<bool>(true));
+    ASSERT_EQ(bus.send(QStringLiteral("DDEServer"), QStringLiteral("001qsy21200")),
+              std::optional<bool>(true));
     EXPECT_EQ(program->multiXcvr.SelectedXcvr, 1);
     EXPECT_EQ(m().radio().model(), QStringLiteral("TS-2000"));
     ASSERT_TRUE(program->comm.PortOpened());
     EXPECT_EQ(program->comm.device()->path(), kenwood.pty.ends[0]);
-    ASSERT_TRUE(waitFor([&] { return kenwood.receivedSince(0).contains(QLatin1String("FA00021200000;")); }, 10000))
+    ASSERT_TRUE(
+        waitFor([&] { return kenwood.receivedSince(0).contains(QLatin1String("FA00021200000;")); }, 10000))
         << kenwood.receivedSince(0).toStdString();
     // The Kenwood is polled from here on; the Icom hears nothing more, and never heard the frequency.
     const qsizetype afterSwitch = icom.mark();
     const qsizetype kenwoodMark = kenwood.mark();
-    ASSERT_TRUE(waitFor([&] { return kenwood.receivedSince(kenwoodMark).count(QLatin1Char('\n')) >= 6; }, 10000));
+    ASSERT_TRUE(
+        waitFor([&] { return kenwood.receivedSince(kenwoodMark).count(QLatin1Char('\n')) >= 6; }, 10000));
     EXPECT_EQ(icom.receivedSince(afterSwitch), QString());
     EXPECT_FALSE(icom.receivedSince(icomMark).contains(QLatin1String("FE FE 94 E0 05")));
     EXPECT_TRUE(waitFor([&] { return m().state().RadioFreq == 21200.0; }, 5000)) << m().state().RadioFreq;
@@ -138,7 +144,8 @@ TEST_F(MultiRadio, AQsyToTheSecondRadiosBandSwitchesToItAndTheButtonSwitchesBack
     EXPECT_EQ(program->multiXcvr.SelectedXcvr, 0);
     EXPECT_EQ(m().radio().model(), QStringLiteral("IC-7300"));
     EXPECT_EQ(program->comm.device()->path(), icom.pty.ends[0]);
-    EXPECT_TRUE(waitFor([&] { return icom.receivedSince(icomBack).contains(QLatin1String("FE FE 94 E0 03 FD")); }, 10000));
+    EXPECT_TRUE(waitFor(
+        [&] { return icom.receivedSince(icomBack).contains(QLatin1String("FE FE 94 E0 03 FD")); }, 10000));
     EXPECT_TRUE(waitFor([&] { return m().state().RadioFreq == 7010.0; }, 10000)) << m().state().RadioFreq;
 
     // Nothing else started anew.

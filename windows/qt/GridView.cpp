@@ -17,10 +17,14 @@ namespace tv {
 namespace {
 
 class GridModel : public QAbstractTableModel {
-public:
+  public:
     GridModel(Grid& g, QObject* parent) : QAbstractTableModel(parent), g_(g) {}
-    int rowCount(const QModelIndex& parent = {}) const override { return parent.isValid() ? 0 : g_.rowCount() + 1; }
-    int columnCount(const QModelIndex& parent = {}) const override { return parent.isValid() ? 0 : g_.columnCount(); }
+    int rowCount(const QModelIndex& parent = {}) const override {
+        return parent.isValid() ? 0 : g_.rowCount() + 1;
+    }
+    int columnCount(const QModelIndex& parent = {}) const override {
+        return parent.isValid() ? 0 : g_.columnCount();
+    }
     QVariant data(const QModelIndex& i, int role) const override {
         if (role != Qt::DisplayRole && role != Qt::EditRole) return {};
         return g_.cell(i.row(), i.column());
@@ -46,15 +50,16 @@ public:
         endResetModel();
     }
 
-private:
+  private:
     Grid& g_;
 };
 
 class DeleteKey : public QObject {
-public:
+  public:
     DeleteKey(Grid& g, QTableView* v) : QObject(v), g_(g), v_(v) {}
     bool eventFilter(QObject*, QEvent* e) override {
-        if (e->type() != QEvent::KeyPress || static_cast<QKeyEvent*>(e)->key() != Qt::Key_Delete) return false;
+        if (e->type() != QEvent::KeyPress || static_cast<QKeyEvent*>(e)->key() != Qt::Key_Delete)
+            return false;
         std::set<int, std::greater<int>> rows;
         for (const QModelIndex& i : v_->selectionModel()->selectedIndexes()) rows.insert(i.row());
         if (rows.empty() && v_->currentIndex().isValid()) rows.insert(v_->currentIndex().row());
@@ -62,7 +67,7 @@ public:
         return true;
     }
 
-private:
+  private:
     Grid& g_;
     QTableView* v_;
 };

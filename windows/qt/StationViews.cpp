@@ -45,10 +45,12 @@ void buildDevicePage(KavConfig& c, int d, QWidget* page, const PlaceWidget& plac
     auto* left = new QGridLayout;
     int row = 0;
     left->addWidget(place(c.DeviceEnabled[d], page), row++, 0, 1, 2);
-    const std::pair<Control*, Control*> fields[] = {
-        {&c.DeviceNameLabel[d], &c.DeviceName[d]},         {&c.DeviceToleranceLabel[d], &c.DeviceTolerance[d]},
-        {&c.DeviceControlsLabel[d], &c.DeviceControls[d]}, {&c.DeviceControlLabel1[d], &c.DeviceControl1[d]},
-        {&c.DeviceControlLabel2[d], &c.DeviceControl2[d]}, {&c.DeviceControlLabel3[d], &c.DeviceControl3[d]}};
+    const std::pair<Control*, Control*> fields[] = {{&c.DeviceNameLabel[d], &c.DeviceName[d]},
+                                                    {&c.DeviceToleranceLabel[d], &c.DeviceTolerance[d]},
+                                                    {&c.DeviceControlsLabel[d], &c.DeviceControls[d]},
+                                                    {&c.DeviceControlLabel1[d], &c.DeviceControl1[d]},
+                                                    {&c.DeviceControlLabel2[d], &c.DeviceControl2[d]},
+                                                    {&c.DeviceControlLabel3[d], &c.DeviceControl3[d]}};
     for (const auto& [label, field] : fields) {
         left->addWidget(place(*label, page), row, 0);
         left->addWidget(place(*field, page), row++, 1);
@@ -70,10 +72,12 @@ void buildMultiRadioPage(KavConfig& c, QWidget* page, const PlaceWidget& place) 
     auto* root = new QHBoxLayout(page);
     auto* entries = new QVBoxLayout;
     // One column per transceiver, one row per field; the address carries the radix beside it.
-    auto table = [&](Frame& frame, int firstField, std::initializer_list<std::function<Control&(int)>> columns) {
+    auto table = [&](Frame& frame, int firstField,
+                     std::initializer_list<std::function<Control&(int)>> columns) {
         QWidget* f = place(frame, page);
         auto* g = layoutIn<QGridLayout>(f);
-        for (int n = 0; n < KavConfig::kMultiEntries; ++n) g->addWidget(place(c.MultiRadioLabel[n], f), 0, n + 1);
+        for (int n = 0; n < KavConfig::kMultiEntries; ++n)
+            g->addWidget(place(c.MultiRadioLabel[n], f), 0, n + 1);
         int row = 1;
         for (const auto& field : columns) {
             g->addWidget(place(c.MultiFieldLabel[firstField + row - 1], f), row, 0);
@@ -82,24 +86,22 @@ void buildMultiRadioPage(KavConfig& c, QWidget* page, const PlaceWidget& place) 
         }
         return std::make_pair(f, g);
     };
-    auto [radios, rg] = table(c.Frame8, 0,
-                              {[&](int n) -> Control& { return c.MultiModel[n]; },
-                               [&](int n) -> Control& { return c.MultiAddr[n]; },
-                               [&](int n) -> Control& { return c.MultiPoll[n]; },
-                               [&](int n) -> Control& { return c.MultiInterval[n]; },
-                               [&](int n) -> Control& { return c.MultiName[n]; },
-                               [&](int n) -> Control& { return c.MultiEnabled[n]; }});
+    auto [radios, rg] = table(
+        c.Frame8, 0,
+        {[&](int n) -> Control& { return c.MultiModel[n]; },
+         [&](int n) -> Control& { return c.MultiAddr[n]; }, [&](int n) -> Control& { return c.MultiPoll[n]; },
+         [&](int n) -> Control& { return c.MultiInterval[n]; },
+         [&](int n) -> Control& { return c.MultiName[n]; },
+         [&](int n) -> Control& { return c.MultiEnabled[n]; }});
     rg->addWidget(place(c.MultiHexLabel, radios), 2, 4);
     rg->addWidget(place(c.MultiDecLabel, radios), 2, 4);
     entries->addWidget(radios);
-    auto ports = table(c.Frame9, 6,
-                       {[&](int n) -> Control& { return c.MultiPort[n]; },
-                        [&](int n) -> Control& { return c.MultiBaud[n]; },
-                        [&](int n) -> Control& { return c.MultiParity[n]; },
-                        [&](int n) -> Control& { return c.MultiWord[n]; },
-                        [&](int n) -> Control& { return c.MultiStop[n]; },
-                        [&](int n) -> Control& { return c.MultiDTR[n]; },
-                        [&](int n) -> Control& { return c.MultiRTS[n]; }});
+    auto ports = table(
+        c.Frame9, 6,
+        {[&](int n) -> Control& { return c.MultiPort[n]; }, [&](int n) -> Control& { return c.MultiBaud[n]; },
+         [&](int n) -> Control& { return c.MultiParity[n]; },
+         [&](int n) -> Control& { return c.MultiWord[n]; }, [&](int n) -> Control& { return c.MultiStop[n]; },
+         [&](int n) -> Control& { return c.MultiDTR[n]; }, [&](int n) -> Control& { return c.MultiRTS[n]; }});
     entries->addWidget(ports.first);
     entries->addStretch(1);
     root->addLayout(entries, 2);

@@ -76,8 +76,10 @@ void buildMultiRadioPage(KavConfig& c, QWidget* page, const PlaceWidget& place) 
                      std::initializer_list<std::function<Control&(int)>> columns) {
         QWidget* f = place(frame, page);
         auto* g = layoutIn<QGridLayout>(f);
-        for (int n = 0; n < KavConfig::kMultiEntries; ++n)
-            g->addWidget(place(c.MultiRadioLabel[n], f), 0, n + 1);
+        // The radios' numbers head the first table; the second lines up under it.
+        if (firstField == 0)
+            for (int n = 0; n < KavConfig::kMultiEntries; ++n)
+                g->addWidget(place(c.MultiRadioLabel[n], f), 0, n + 1);
         int row = 1;
         for (const auto& field : columns) {
             g->addWidget(place(c.MultiFieldLabel[firstField + row - 1], f), row, 0);

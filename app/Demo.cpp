@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QSaveFile>
 
 #include <cstdio>
 #include <memory>
@@ -80,6 +81,35 @@ void DemoRadio::presetSettings(const QString& iniPath, const QString& pty) {
     s.SaveSetting(g, QStringLiteral("Interrogate"), QStringLiteral("T"));
     s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
     s.SaveSetting(g, QStringLiteral("MessageCapture"), QStringLiteral("T"));
+    presetStation(s, QFileInfo(iniPath).absolutePath());
+}
+
+void DemoRadio::presetStation(SettingsStore& s, const QString& folder) {
+    // A manual tuner's table, so that the main window shows a device following the dial.
+    const QString table = folder + QStringLiteral("/tuner.txt");
+    QSaveFile f(table);
+    if (f.open(QIODevice::WriteOnly)) {
+        f.write("Band,Tune,Load\n");
+        for (int k = 0; k < 15; ++k) f.write(QByteArray::number(14000 + 25 * k) + ",B," + QByteArray::number(40 + k) + "," +
+                                             QByteArray::number(80 - 2 * k) + "\n");
+        f.commit();
+    }
+    const QString d = QStringLiteral("Devices");
+    s.SaveSetting(d, QStringLiteral("DeviceEnabled0"), QStringLiteral("1"));
+    s.SaveSetting(d, QStringLiteral("DeviceName0"), QStringLiteral("Tuner"));
+    s.SaveSetting(d, QStringLiteral("DeviceFilename0"), table);
+    // The demo radio as the first of the transceivers, on its port.
+    const QString x = QStringLiteral("MultiXCVR");
+    s.SaveSetting(x, QStringLiteral("MultiModel0"), QString::fromLatin1(kModel));
+    s.SaveSetting(x, QStringLiteral("MultiAddr0"), QString::fromLatin1(kAddress));
+    s.SaveSetting(x, QStringLiteral("MultiName0"), QStringLiteral("Demo 7300"));
+    s.SaveSetting(x, QStringLiteral("MultiPort0"), QStringLiteral("0"));
+    s.SaveSetting(x, QStringLiteral("MultiBaud0"), QStringLiteral("19200"));
+    s.SaveSetting(x, QStringLiteral("MultiParity0"), QStringLiteral("N"));
+    s.SaveSetting(x, QStringLiteral("MultiWordlength0"), QStringLiteral("8"));
+    s.SaveSetting(x, QStringLiteral("MultiStop0"), QStringLiteral("1"));
+    s.SaveSetting(x, QStringLiteral("MultiPoll0"), QStringLiteral("1"));
+    s.SaveSetting(x, QStringLiteral("MultiEnabled0"), QStringLiteral("1"));
 }
 
 namespace {

@@ -9,6 +9,7 @@
 namespace tv {
 
 class Program;
+class SettingsStore;
 
 class DemoRadio {
 public:
@@ -22,6 +23,8 @@ public:
     void stop();
     // Settings that select the simulated radio on the pty, written into the given store file.
     static void presetSettings(const QString& iniPath, const QString& pty);
+    // A device table beside the settings and the demo radio as the first transceiver.
+    static void presetStation(SettingsStore& s, const QString& folder);
 
 private:
     QProcess sim_;

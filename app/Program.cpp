@@ -79,6 +79,8 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     tuning.DoRcv = [this] { mainLogic.DoRcv(); };
     tuning.DoXmit = [this] { mainLogic.DoXmit(); };
     tuning.EditSequence = [this](int i) { sequences.EditSequence(i); };
+    devices.connect(freqDisplay);
+    multiXcvr.connect();
     // Last: the sequences take F5 to F12 in front of the frequency box's other keys.
     sequences.connect();
     registerFamilies(module.radio());

@@ -2,6 +2,8 @@
 // One running program: the store, the services, the windows' models, the link and the central module,
 // brought up and taken down in their order.
 
+#include "automation/Devices.h"
+#include "automation/MultiXcvr.h"
 #include "automation/UserSequences.h"
 #include "core/KavComm.h"
 #include "core/KavModule.h"
@@ -81,6 +83,9 @@ public:
     SMeter meter{module};
     PassbandLists passbands{module, modes};
     UserSequences sequences;
+    // The station around the radio: frequency-driven devices, and three transceivers to switch among.
+    Devices devices{module};
+    MultiXcvr multiXcvr{module};
     std::unique_ptr<SuiteBus> ownSuiteBus;  // set only when no bus was given
     SuiteBus& suiteBus;
     DDEServerModule suiteLink;

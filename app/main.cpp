@@ -218,6 +218,13 @@ int main(int argc, char** argv) {
             program.config.ConfigTab.setTab(0);
             QCoreApplication::processEvents();
             if (QWidget* w = windows->window(QStringLiteral("KavConfig"))) w->grab().save(dir + QStringLiteral("/config-general.png"));
+            // The station around the radio: the first device's page and the transceivers.
+            const std::pair<int, const char*> stationTabs[] = {{2, "/config-device.png"}, {7, "/config-multiradio.png"}};
+            for (const auto& [tab, file] : stationTabs) {
+                program.config.ConfigTab.setTab(tab);
+                QCoreApplication::processEvents();
+                if (QWidget* w = windows->window(QStringLiteral("KavConfig"))) w->grab().save(dir + QString::fromLatin1(file));
+            }
             program.FormUnload();
         });
     }

@@ -84,11 +84,11 @@ public:
     Hook<void()> UpdateWindow{all_, "UpdateWindow", true};
     Hook<void(bool)> ShowMemoryBanks{all_, "ShowMemoryBanks", true};
     Hook<void()> UpdateMemoryNotesDisplay{all_, "UpdateMemoryNotesDisplay", false};
-    Hook<void()> InitializeDeviceGrids{all_, "InitializeDeviceGrids", false};
-    Hook<void()> LoadDevices{all_, "LoadDevices", false};
-    Hook<void()> SaveDevices{all_, "SaveDevices", false};
-    Hook<void()> InitializeMultiXcvr{all_, "InitializeMultiXcvr", false};
-    Hook<void()> SaveMultiSettings{all_, "SaveMultiSettings", false};
+    Hook<void()> InitializeDeviceGrids{all_, "InitializeDeviceGrids", true};
+    Hook<void()> LoadDevices{all_, "LoadDevices", true};
+    Hook<void()> SaveDevices{all_, "SaveDevices", true};
+    Hook<void()> InitializeMultiXcvr{all_, "InitializeMultiXcvr", true};
+    Hook<void()> SaveMultiSettings{all_, "SaveMultiSettings", true};
     Hook<void()> SDRInitialize{all_, "SDRInitialize", false};
     Hook<void()> SDRTerminate{all_, "SDRTerminate", false};
     // Unsaved filter group changes at shutdown: asked, and saved on yes.
@@ -108,11 +108,15 @@ public:
 
     // ---- transceivers, addresses ----
     // Chooses a transceiver for the frequency; true when it switched to another one.
-    Hook<bool(double)> SelectMultiXcvr{all_, "SelectMultiXcvr", false};
+    Hook<bool(double)> SelectMultiXcvr{all_, "SelectMultiXcvr", true};
     // The operator chose transceiver 0..2 by its button.
-    Hook<void(int)> SelectMultiXcvrByIndex{all_, "SelectMultiXcvrByIndex", false};
+    Hook<void(int)> SelectMultiXcvrByIndex{all_, "SelectMultiXcvrByIndex", true};
     // Converts the multi-radio address fields to hexadecimal (true) or decimal (false).
-    Hook<void(bool)> ConvertMultiAddresses{all_, "ConvertMultiAddresses", false};
+    Hook<void(bool)> ConvertMultiAddresses{all_, "ConvertMultiAddresses", true};
+    // A radio whose traits hold a switch to another transceiver until it is released from computer
+    // control calls this when it has been: a switch that waited is carried out now (true), and what
+    // is left of the message belongs to the radio just left.
+    Hook<bool()> ResumeDelayedXcvrSwitch{all_, "ResumeDelayedXcvrSwitch", true};
     Hook<void()> ResetControlFolderErrorFlag{all_, "ResetControlFolderErrorFlag", false};
 
     // ---- user command sequences, for the keys and the suite link ----

@@ -61,6 +61,9 @@ struct ProtocolTraits {
     // group list sends the group.
     bool filterGroupsInModeCommands = false;
     InterrogationRule interrogation = InterrogationRule::Forced;
+    // The radio stays locked under computer control unless it is told to leave it: a switch to another
+    // transceiver waits until the family has released it and calls UpperHooks::ResumeDelayedXcvrSwitch.
+    bool releasedBeforeSwitch = false;
 };
 
 // Serial settings a family fixes for a model, as option indexes of the configuration window (0 or -1:

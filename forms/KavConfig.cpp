@@ -100,7 +100,7 @@ KavConfig::KavConfig(EventLoop& loop)
     Describe(RTSButton[3], QStringLiteral("flow control"), QStringLiteral("click for hardware flow control using RTS and CTS"));
     Describe(ConfigComHelpCmd, QStringLiteral("Help"), QStringLiteral("display configuration help"));
 
-    for (int i = 0; i < 3; ++i) Describe(DeviceEnabled[i], QStringLiteral("Enable"));
+    describeStationPages();
     Describe(ModeFiltersEnabledCheck, QStringLiteral("restore Filter Group on mode change"));
 }
 
@@ -127,7 +127,7 @@ int KavConfig::tabOf(const Control& c) const {
         QStringLiteral("RTSFrame"),       QStringLiteral("RTSButton"),     QStringLiteral("ConfigComHelpCmd")};
     if (general.contains(c.name())) return 0;
     if (com.contains(c.name())) return 1;
-    if (c.name() == QStringLiteral("DeviceEnabled")) return 2 + c.index();
+    if (const int station = stationTabOf(c); station >= 0) return station;
     if (c.name() == QStringLiteral("ModeFiltersEnabledCheck")) return 5;
     return -1;
 }

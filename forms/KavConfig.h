@@ -5,6 +5,7 @@
 
 #include "forms/Controls.h"
 #include "forms/Form.h"
+#include "forms/Grid.h"
 
 namespace tv {
 
@@ -92,14 +93,66 @@ public:
     ControlArray<OptionButton> RTSButton{this, QStringLiteral("RTSButton"), 0, 3, &rtsGroup};
     CommandButton ConfigComHelpCmd{this, QStringLiteral("ConfigComHelpCmd")};
 
-    // ---- tabs "Device 0" to "Device 2" (the part the main window reads) ----
+    // ---- tabs "Device 0" to "Device 2": one page per device, its settings and its table ----
     ControlArray<CheckBox> DeviceEnabled{this, QStringLiteral("DeviceEnabled"), 0, 2};
+    ControlArray<Label> DeviceNameLabel{this, QStringLiteral("DeviceNameLabel"), 0, 2};
+    ControlArray<TextBox> DeviceName{this, QStringLiteral("DeviceName"), 0, 2};
+    ControlArray<Label> DeviceControlsLabel{this, QStringLiteral("DeviceControlsLabel"), 0, 2};
+    ControlArray<TextBox> DeviceControls{this, QStringLiteral("DeviceControls"), 0, 2};
+    ControlArray<Label> DeviceToleranceLabel{this, QStringLiteral("DeviceToleranceLabel"), 0, 2};
+    ControlArray<TextBox> DeviceTolerance{this, QStringLiteral("DeviceTolerance"), 0, 2};
+    ControlArray<Label> DeviceControlLabel1{this, QStringLiteral("DeviceControlLabel1"), 0, 2};
+    ControlArray<TextBox> DeviceControl1{this, QStringLiteral("DeviceControl1"), 0, 2};
+    ControlArray<Label> DeviceControlLabel2{this, QStringLiteral("DeviceControlLabel2"), 0, 2};
+    ControlArray<TextBox> DeviceControl2{this, QStringLiteral("DeviceControl2"), 0, 2};
+    ControlArray<Label> DeviceControlLabel3{this, QStringLiteral("DeviceControlLabel3"), 0, 2};
+    ControlArray<TextBox> DeviceControl3{this, QStringLiteral("DeviceControl3"), 0, 2};
+    ControlArray<Frame> DeviceFileFrame{this, QStringLiteral("DeviceFileFrame"), 0, 2};
+    ControlArray<TextBox> DeviceFilename{this, QStringLiteral("DeviceFilename"), 0, 2};
+    ControlArray<CommandButton> SelectDeviceFilenameCmd{this, QStringLiteral("SelectDeviceFilenameCmd"), 0, 2};
+    ControlArray<CommandButton> LoadDeviceCmd{this, QStringLiteral("LoadDeviceCmd"), 0, 2};
+    ControlArray<CommandButton> SaveDeviceCmd{this, QStringLiteral("SaveDeviceCmd"), 0, 2};
+    ControlArray<CommandButton> ConfigDeviceHelpCmd{this, QStringLiteral("ConfigDeviceHelpCmd"), 0, 2};
+    ControlArray<Grid> DeviceGrid{this, QStringLiteral("DeviceGrid"), 0, 2, 4};
 
     // ---- tab "Filter Grps" (the part the core reads) ----
     CheckBox ModeFiltersEnabledCheck{this, QStringLiteral("ModeFiltersEnabledCheck")};
 
+    // ---- tab "Multi Radio": three transceivers, and the choice of one by band ----
+    static constexpr int kMultiEntries = 3;
+    static constexpr int kBandRadioCombos = 10;
+    Frame Frame8{this, QStringLiteral("Frame8")};
+    ControlArray<Label> MultiRadioLabel{this, QStringLiteral("MultiRadioLabel"), 0, 2};
+    ControlArray<Label> MultiFieldLabel{this, QStringLiteral("MultiFieldLabel"), 0, 12};
+    ControlArray<ComboBox> MultiModel{this, QStringLiteral("MultiModel"), 0, 2};
+    ControlArray<TextBox> MultiAddr{this, QStringLiteral("MultiAddr"), 0, 2};
+    Label MultiHexLabel{this, QStringLiteral("MultiHexLabel")};
+    Label MultiDecLabel{this, QStringLiteral("MultiDecLabel")};
+    ControlArray<CheckBox> MultiPoll{this, QStringLiteral("MultiPoll"), 0, 2};
+    ControlArray<TextBox> MultiInterval{this, QStringLiteral("MultiInterval"), 0, 2};
+    ControlArray<TextBox> MultiName{this, QStringLiteral("MultiName"), 0, 2};
+    ControlArray<CheckBox> MultiEnabled{this, QStringLiteral("MultiEnabled"), 0, 2};
+    Frame Frame9{this, QStringLiteral("Frame9")};
+    ControlArray<ComboBox> MultiPort{this, QStringLiteral("MultiPort"), 0, 2};
+    ControlArray<ComboBox> MultiBaud{this, QStringLiteral("MultiBaud"), 0, 2};
+    ControlArray<ComboBox> MultiParity{this, QStringLiteral("MultiParity"), 0, 2};
+    ControlArray<ComboBox> MultiWord{this, QStringLiteral("MultiWord"), 0, 2};
+    ControlArray<ComboBox> MultiStop{this, QStringLiteral("MultiStop"), 0, 2};
+    ControlArray<ComboBox> MultiDTR{this, QStringLiteral("MultiDTR"), 0, 2};
+    ControlArray<ComboBox> MultiRTS{this, QStringLiteral("MultiRTS"), 0, 2};
+    Frame Frame10{this, QStringLiteral("Frame10")};
+    CheckBox MultiAutoSelect{this, QStringLiteral("MultiAutoSelect")};
+    ControlArray<Label> BandRadioLabel{this, QStringLiteral("BandRadioLabel"), 1, kBandRadioCombos};
+    ControlArray<ComboBox> BandRadioCombo{this, QStringLiteral("BandRadioCombo"), 1, kBandRadioCombos};
+
     // The tab each control sits on, for the view: -1 for controls outside the tabs.
     int tabOf(const Control& c) const;
+
+private:
+    // The designed captions and tooltips of the device and multi-radio pages.
+    void describeStationPages();
+    // Their tab, or -1 for a control of another page.
+    static int stationTabOf(const Control& c);
 };
 
 }  // namespace tv

@@ -72,6 +72,11 @@ KavMain::KavMain(EventLoop& loop) : Form(loop, QStringLiteral("KavMain"), QStrin
     for (int i = 0; i < 3; ++i) {
         DeviceFrame[i].setCaption(QStringLiteral("Device"));
         DeviceFrame[i].setVisible(false);
+        DeviceLabel1[i].setCaption(QStringLiteral("Ctrl1"));
+        DeviceLabel2[i].setCaption(QStringLiteral("Ctrl2"));
+        DeviceLabel3[i].setCaption(QStringLiteral("Ctrl3"));
+        // The result of the device table: shown, never typed into.
+        for (TextBox* box : {&DeviceControl1[i], &DeviceControl2[i], &DeviceControl3[i]}) box->setLocked(true);
     }
     Describe(UserCommandFrame, "User-defined Command Sequences");
     for (int i = 0; i < 8; ++i) {

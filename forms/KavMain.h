@@ -97,6 +97,13 @@ public:
     // ---- the shared area: memory bank or filter, device and PTT frames ----
     Frame MemoryBankFrame{this, QStringLiteral("MemoryBankFrame")};
     ControlArray<Frame> DeviceFrame{this, QStringLiteral("DeviceFrame"), 0, 2};
+    // ---- in each device frame: what the device's controls are to be set to at this frequency ----
+    ControlArray<Label> DeviceLabel1{this, QStringLiteral("DeviceLabel1"), 0, 2};
+    ControlArray<TextBox> DeviceControl1{this, QStringLiteral("DeviceControl1"), 0, 2};
+    ControlArray<Label> DeviceLabel2{this, QStringLiteral("DeviceLabel2"), 0, 2};
+    ControlArray<TextBox> DeviceControl2{this, QStringLiteral("DeviceControl2"), 0, 2};
+    ControlArray<Label> DeviceLabel3{this, QStringLiteral("DeviceLabel3"), 0, 2};
+    ControlArray<TextBox> DeviceControl3{this, QStringLiteral("DeviceControl3"), 0, 2};
     Frame UserCommandFrame{this, QStringLiteral("UserCommandFrame")};
 
     // ---- user command sequences ----

@@ -1,5 +1,8 @@
 #include "windows/qt/ControlViews.h"
 
+#include "forms/Grid.h"
+#include "windows/qt/GridView.h"
+
 #include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -356,6 +359,8 @@ QWidget* ViewBinder::make(Control& c, QWidget* parent) {
         };
         syncCommon(*p, w);
         made = w;
+    } else if (auto* grid = dynamic_cast<Grid*>(&c)) {
+        made = makeGridView(*grid, parent);
     } else if (auto* tabs = dynamic_cast<TabStrip*>(&c)) {
         auto* w = new QTabBar(parent);
         for (int i = 0; i < tabs->count(); ++i) w->addTab(tabs->tabCaption(i));

@@ -4,6 +4,7 @@
 #include "forms/KavMain.h"
 #include "forms/KavMessages.h"
 #include "forms/UserCommandSequenceDefinition.h"
+#include "windows/qt/StationViews.h"
 
 #include <QBoxLayout>
 #include <QFontDatabase>
@@ -171,6 +172,11 @@ FormWindow* Windows::buildMain(KavMain& m) {
         ++row;
     }
     shared->addWidget(filters, 1);
+    buildDeviceFrames(m, [win](Control& ctl, QWidget* parent) {
+        QWidget* w = win->w(ctl);
+        if (parent) w->setParent(parent);
+        return w;
+    });
     for (int i = 0; i < 3; ++i) shared->addWidget(W(m.DeviceFrame[i]));
     QWidget* ptt = W(m.PTTFrame);
     ptt->setMaximumWidth(180);
@@ -306,12 +312,11 @@ FormWindow* Windows::buildConfig(KavConfig& c) {
     com->addWidget(options(c.RTSFrame, c.RTSButton, page[1]), 1, 2, 1, 2);
     com->addWidget(place(c.ConfigComHelpCmd, page[1]), 1, 4, Qt::AlignBottom);
 
+    // The devices and the transceivers.
+    const PlaceWidget placeIn = [&](Control& ctl, QWidget* parent) { return place(ctl, parent); };
+    for (int i = 0; i < 3; ++i) buildDevicePage(c, i, page[size_t(2 + i)], placeIn);
+    buildMultiRadioPage(c, page[7], placeIn);
     // The other tabs, with what they hold so far.
-    for (int i = 0; i < 3; ++i) {
-        auto* l = new QVBoxLayout(page[size_t(2 + i)]);
-        l->addWidget(place(c.DeviceEnabled[i], page[size_t(2 + i)]));
-        l->addStretch(1);
-    }
     auto* fg = new QVBoxLayout(page[5]);
     fg->addWidget(place(c.ModeFiltersEnabledCheck, page[5]));
     fg->addStretch(1);

@@ -102,6 +102,7 @@ KavConfig::KavConfig(EventLoop& loop)
 
     for (int i = 0; i < 3; ++i) Describe(DeviceEnabled[i], QStringLiteral("Enable"));
     Describe(ModeFiltersEnabledCheck, QStringLiteral("restore Filter Group on mode change"));
+    describeMemoriesTab();
 }
 
 int KavConfig::tabOf(const Control& c) const {
@@ -129,6 +130,11 @@ int KavConfig::tabOf(const Control& c) const {
     if (com.contains(c.name())) return 1;
     if (c.name() == QStringLiteral("DeviceEnabled")) return 2 + c.index();
     if (c.name() == QStringLiteral("ModeFiltersEnabledCheck")) return 5;
+    static const QStringList memories = {
+        QStringLiteral("Frame7"),          QStringLiteral("BankColumnLabel"),   QStringLiteral("TitleColumnLabel"),
+        QStringLiteral("BankNumberLabel"), QStringLiteral("BankToolTip"),       QStringLiteral("ExportMemoriesCmd"),
+        QStringLiteral("ImportMemoriesCmd"), QStringLiteral("MemoryHelpCmd")};
+    if (memories.contains(c.name())) return 6;
     return -1;
 }
 

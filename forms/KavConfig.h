@@ -98,8 +98,21 @@ public:
     // ---- tab "Filter Grps" (the part the core reads) ----
     CheckBox ModeFiltersEnabledCheck{this, QStringLiteral("ModeFiltersEnabledCheck")};
 
+    // ---- tab "Memories" ----
+    Frame Frame7{this, QStringLiteral("Frame7")};
+    Label BankColumnLabel{this, QStringLiteral("BankColumnLabel")};
+    Label TitleColumnLabel{this, QStringLiteral("TitleColumnLabel")};
+    ControlArray<Label> BankNumberLabel{this, QStringLiteral("BankNumberLabel"), 0, 9};
+    ControlArray<TextBox> BankToolTip{this, QStringLiteral("BankToolTip"), 0, 9};
+    CommandButton ExportMemoriesCmd{this, QStringLiteral("ExportMemoriesCmd")};
+    CommandButton ImportMemoriesCmd{this, QStringLiteral("ImportMemoriesCmd")};
+    CommandButton MemoryHelpCmd{this, QStringLiteral("MemoryHelpCmd")};
+
     // The tab each control sits on, for the view: -1 for controls outside the tabs.
     int tabOf(const Control& c) const;
+
+private:
+    void describeMemoriesTab();
 };
 
 }  // namespace tv

@@ -18,6 +18,13 @@ class Tuning;
 // groups of three, no leading zero.
 QString FormatFrequency(double kHz, int decimals, const QLocale& locale);
 
+class TextBox;
+// The editing keys the frequency boxes share. Insert: the whole text selected, so that the next digit
+// replaces it. Backspace: caret left, then delete (the key's own character is then refused by the
+// box's filter).
+void SelectAllText(TextBox& box);
+void LeftDeleteText(TextBox& box);
+
 class FrequencyDisplay {
 public:
     static constexpr const char* kBadEntryMessage =

@@ -72,6 +72,7 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     modes.connect();
     meter.connect();
     passbands.connect();
+    memories.connect();
     module.hooks.ResetModeTables = [this] {
         passbands.Reset();
         modes.ResetModeTables();
@@ -81,6 +82,8 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     tuning.EditSequence = [this](int i) { sequences.EditSequence(i); };
     devices.connect(freqDisplay);
     multiXcvr.connect();
+    memories.DoRcv = [this] { mainLogic.DoRcv(); };
+    memories.DoXmit = [this] { mainLogic.DoXmit(); };
     // Last: the sequences take F5 to F12 in front of the frequency box's other keys.
     sequences.connect();
     registerFamilies(module.radio());
@@ -96,7 +99,7 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
         reportingError_ = false;
     };
     for (Form* f : std::initializer_list<Form*>{&main, &config, &messages, &messages.note, &messages.overflow,
-                                                &messages.reject, &sequenceEditor})
+                                                &messages.reject, &sequenceEditor, &memoryNotes})
         common.registerForm(f);
     main.ClockTimer.TimerEvent = [this] { module.UpdateCaption(); };
     // Closing the main window ends the program, everything saved on the way.
@@ -118,7 +121,7 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
 }
 
 std::vector<Form*> Program::openWindows() {
-    return {&main, &config, &messages, &messages.note, &messages.overflow, &messages.reject, &sequenceEditor};
+    return {&main, &config, &messages, &messages.note, &messages.overflow, &messages.reject, &memoryNotes, &sequenceEditor};
 }
 
 Program::~Program() {
@@ -204,9 +207,11 @@ void Program::FormUnload() {
         module.Terminate();
         // 5. The windows go; the port is closed with its window.
         common.SaveWindowPosition(sequenceEditor);
+        if (memoryNotes.loaded) Guard("MemoryNotes.Form_Unload", [this] { common.SaveWindowPosition(memoryNotes); });
         common.SaveWindowPosition(config);
         common.SaveWindowPosition(messages);
         sequenceEditor.Hide();
+        memoryNotes.Hide();
         config.Hide();
         messages.Hide();
         comm.ClosePort();

@@ -10,11 +10,13 @@
 #include "forms/KavConfig.h"
 #include "forms/KavMain.h"
 #include "forms/KavMessages.h"
+#include "forms/MemoryNotes.h"
 #include "forms/UserCommandSequenceDefinition.h"
 #include "netserver/NetServer.h"
 #include "netserver/ProgramRig.h"
 #include "operating/Bands.h"
 #include "operating/FrequencyDisplay.h"
+#include "operating/Memories.h"
 #include "operating/PassbandLists.h"
 #include "operating/ModeControl.h"
 #include "operating/SMeter.h"
@@ -82,6 +84,9 @@ public:
     ModeControl modes{module};
     SMeter meter{module};
     PassbandLists passbands{module, modes};
+    // The hundred memories, their bank pane and their notes window.
+    MemoryNotes memoryNotes{loop};
+    Memories memories{module, freqDisplay, modes, memoryNotes};
     UserSequences sequences;
     // The station around the radio: frequency-driven devices, and three transceivers to switch among.
     Devices devices{module};

@@ -2,6 +2,7 @@
 // wires the program to the real loop, serial ports and dialogs, and runs it.
 
 #include "app/Demo.h"
+#include "app/MemoryCommands.h"
 #include "app/Program.h"
 #include "platform/Dialogs.h"
 #include "platform/QtDialogs.h"
@@ -40,6 +41,7 @@ bool wantsNoWindows(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         const QByteArray a(argv[i]);
         if (a == "--headless" || a == "--help" || a == "-h" || a == "--version" || a == "-v") return true;
+        if (a.startsWith("--export-memories") || a.startsWith("--import-memories")) return true;
     }
     return false;
 }
@@ -94,6 +96,13 @@ int main(int argc, char** argv) {
                                   QStringLiteral("PORT"));
     QCommandLineOption noNetOpt(QStringLiteral("no-net"), QStringLiteral("Run no rig server for other programs."));
     parser.addOptions({headlessOpt, demoOpt, configOpt, appOpt, shotsOpt, netPortOpt, noNetOpt});
+    // ---- memories from the shell ----
+    QCommandLineOption exportMemoriesOpt(QStringLiteral("export-memories"),
+                                         QStringLiteral("Write all stored memories to FILE and exit."), QStringLiteral("FILE"));
+    QCommandLineOption importMemoriesOpt(QStringLiteral("import-memories"),
+                                         QStringLiteral("Read memories from FILE into the stored ones and exit."),
+                                         QStringLiteral("FILE"));
+    parser.addOptions({exportMemoriesOpt, importMemoriesOpt});
     parser.process(*app);
     const bool headless = parser.isSet(headlessOpt);
     tv::NetServerOptions netOptions;
@@ -113,6 +122,20 @@ int main(int argc, char** argv) {
     paths.configDir = parser.isSet(configOpt) ? QDir(parser.value(configOpt)).absolutePath() : tv::defaultConfigDir();
     paths.appDir = parser.isSet(appOpt) ? QDir(parser.value(appOpt)).absolutePath() : tv::defaultAppDir(exeDir);
     paths.exeName = QFileInfo(QCoreApplication::applicationFilePath()).fileName();
+
+    // ---- memories from the shell: no window, no port ----
+    if (parser.isSet(exportMemoriesOpt) || parser.isSet(importMemoriesOpt)) {
+        if (parser.isSet(exportMemoriesOpt) && parser.isSet(importMemoriesOpt)) {
+            std::fprintf(stderr, "tolvane: --export-memories and --import-memories go one at a time\n");
+            return 2;
+        }
+        tv::MemoryCommand command;
+        command.kind = parser.isSet(exportMemoriesOpt) ? tv::MemoryCommand::Export : tv::MemoryCommand::Import;
+        command.file = parser.value(parser.isSet(exportMemoriesOpt) ? exportMemoriesOpt : importMemoriesOpt);
+        command.configDir = paths.configDir;
+        command.appDir = paths.appDir;
+        return tv::RunMemoryCommand(command, stdout, stderr);
+    }
 
     // Demo: a simulated radio and settings of its own, thrown away at the end.
     const bool demo = parser.isSet(demoOpt);
@@ -170,6 +193,7 @@ int main(int argc, char** argv) {
         if (QScreen* screen = QGuiApplication::primaryScreen())
             program.common.setScreenSize(screen->geometry().width(), screen->geometry().height());
         windows = std::make_unique<tv::Windows>(program.main, program.config, program.messages, program.sequenceEditor);
+        windows->addMemoryNotes(program.memoryNotes);
     }
 
     // Ctrl-C and SIGTERM shut down in order, with every setting written.
@@ -225,6 +249,24 @@ int main(int argc, char** argv) {
                 QCoreApplication::processEvents();
                 if (QWidget* w = windows->window(QStringLiteral("KavConfig"))) w->grab().save(dir + QString::fromLatin1(file));
             }
+            // ---- the memory bank, with frequencies and then with notes ----
+            if (QWidget* w = windows->window(QStringLiteral("KavMain"))) {
+                auto shoot = [&, w](const char* file) {
+                    QCoreApplication::processEvents();
+                    w->adjustSize();
+                    QCoreApplication::processEvents();
+                    w->grab().save(dir + QLatin1Char('/') + QString::fromLatin1(file));
+                };
+                program.mainLogic.ShowMemoryBanks(true);
+                shoot("main-memories.png");
+                program.memories.ToggleMemoryNotesDisplay();
+                shoot("main-notes.png");
+                program.memories.ToggleMemoryNotesDisplay();
+                program.mainLogic.ShowMemoryBanks(false);
+            }
+            program.config.ConfigTab.setTab(6);
+            QCoreApplication::processEvents();
+            if (QWidget* w = windows->window(QStringLiteral("KavConfig"))) w->grab().save(dir + QStringLiteral("/config-memories.png"));
             program.FormUnload();
         });
     }

@@ -144,7 +144,8 @@ void CommandQueue::SetXcvrMode(int mode) {
 }
 
 void CommandQueue::SetXcvrModeAndFilterGroup(int mode, int group) {
-    if (mode == ModeUnknown) return;
+    // A memory stored before the radio had reported a mode holds -1: no family has a command for it.
+    if (mode < 0 || mode >= ModeUnknown) return;
     EnqueueXcvrCmd(XcvrCmdMode, 0, std::int16_t(mode), std::int16_t(group));
 }
 

@@ -83,7 +83,7 @@ public:
     Hook<void()> DDETerminate{all_, "DDETerminate", true};
     Hook<void()> UpdateWindow{all_, "UpdateWindow", true};
     Hook<void(bool)> ShowMemoryBanks{all_, "ShowMemoryBanks", true};
-    Hook<void()> UpdateMemoryNotesDisplay{all_, "UpdateMemoryNotesDisplay", false};
+    Hook<void()> UpdateMemoryNotesDisplay{all_, "UpdateMemoryNotesDisplay", true};
     Hook<void()> InitializeDeviceGrids{all_, "InitializeDeviceGrids", true};
     Hook<void()> LoadDevices{all_, "LoadDevices", true};
     Hook<void()> SaveDevices{all_, "SaveDevices", true};
@@ -96,11 +96,11 @@ public:
     Hook<void()> SaveFilterGroupData{all_, "SaveFilterGroupData", false};
 
     // ---- bring-up of a radio ----
-    Hook<void()> LoadMemories{all_, "LoadMemories", false};
+    Hook<void()> LoadMemories{all_, "LoadMemories", true};
     Hook<void()> InitializeFilterSettings{all_, "InitializeFilterSettings", true};
     // The Wide/Narrow/Normal groups of the radios whose mode commands carry them.
     Hook<void()> InitializeIcomFilterSettings{all_, "InitializeIcomFilterSettings", true};
-    Hook<void()> SetCurrentMemoryBank{all_, "SetCurrentMemoryBank", false};
+    Hook<void()> SetCurrentMemoryBank{all_, "SetCurrentMemoryBank", true};
     Hook<void()> ResetModeTables{all_, "ResetModeTables", true};
     Hook<void()> LoadSMeterData{all_, "LoadSMeterData", true};
     Hook<void(const QString&)> SetSMeter{all_, "SetSMeter", true};

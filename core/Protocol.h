@@ -60,6 +60,12 @@ struct ProtocolTraits {
     // Mode commands carry the filter group remembered for the mode (Wide, Narrow, Normal), and the
     // group list sends the group.
     bool filterGroupsInModeCommands = false;
+    // The radio's groups are set apart from its mode: a recalled memory's group is chosen once the radio
+    // has reported the new mode, so that the group lands on that mode and not on the one before.
+    bool filterGroupAfterModeReport = false;
+    // The radio needs a pause after a new frequency before it takes the next command (a recalled memory
+    // then ends with a wait, so the split and dual switches that follow aren't lost).
+    bool waitsAfterFrequency = false;
     InterrogationRule interrogation = InterrogationRule::Forced;
     // The radio stays locked under computer control unless it is told to leave it: a switch to another
     // transceiver waits until the family has released it and calls UpperHooks::ResumeDelayedXcvrSwitch.

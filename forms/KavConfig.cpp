@@ -102,6 +102,7 @@ KavConfig::KavConfig(EventLoop& loop)
 
     describeStationPages();
     Describe(ModeFiltersEnabledCheck, QStringLiteral("restore Filter Group on mode change"));
+    describeMemoriesTab();
 }
 
 int KavConfig::tabOf(const Control& c) const {
@@ -129,6 +130,11 @@ int KavConfig::tabOf(const Control& c) const {
     if (com.contains(c.name())) return 1;
     if (const int station = stationTabOf(c); station >= 0) return station;
     if (c.name() == QStringLiteral("ModeFiltersEnabledCheck")) return 5;
+    static const QStringList memories = {
+        QStringLiteral("Frame7"),          QStringLiteral("BankColumnLabel"),   QStringLiteral("TitleColumnLabel"),
+        QStringLiteral("BankNumberLabel"), QStringLiteral("BankToolTip"),       QStringLiteral("ExportMemoriesCmd"),
+        QStringLiteral("ImportMemoriesCmd"), QStringLiteral("MemoryHelpCmd")};
+    if (memories.contains(c.name())) return 6;
     return -1;
 }
 

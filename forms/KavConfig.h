@@ -144,6 +144,15 @@ public:
     CheckBox MultiAutoSelect{this, QStringLiteral("MultiAutoSelect")};
     ControlArray<Label> BandRadioLabel{this, QStringLiteral("BandRadioLabel"), 1, kBandRadioCombos};
     ControlArray<ComboBox> BandRadioCombo{this, QStringLiteral("BandRadioCombo"), 1, kBandRadioCombos};
+    // ---- tab "Memories" ----
+    Frame Frame7{this, QStringLiteral("Frame7")};
+    Label BankColumnLabel{this, QStringLiteral("BankColumnLabel")};
+    Label TitleColumnLabel{this, QStringLiteral("TitleColumnLabel")};
+    ControlArray<Label> BankNumberLabel{this, QStringLiteral("BankNumberLabel"), 0, 9};
+    ControlArray<TextBox> BankToolTip{this, QStringLiteral("BankToolTip"), 0, 9};
+    CommandButton ExportMemoriesCmd{this, QStringLiteral("ExportMemoriesCmd")};
+    CommandButton ImportMemoriesCmd{this, QStringLiteral("ImportMemoriesCmd")};
+    CommandButton MemoryHelpCmd{this, QStringLiteral("MemoryHelpCmd")};
 
     // The tab each control sits on, for the view: -1 for controls outside the tabs.
     int tabOf(const Control& c) const;
@@ -153,6 +162,7 @@ private:
     void describeStationPages();
     // Their tab, or -1 for a control of another page.
     static int stationTabOf(const Control& c);
+    void describeMemoriesTab();
 };
 
 }  // namespace tv

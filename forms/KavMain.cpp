@@ -69,6 +69,7 @@ KavMain::KavMain(EventLoop& loop) : Form(loop, QStringLiteral("KavMain"), QStrin
     WidthCombo.setToolTip(QStringLiteral("select the passband width (hz)"));
     Describe(MemoryBankFrame, "");
     MemoryBankFrame.setVisible(false);
+    describeMemoryBank();
     for (int i = 0; i < 3; ++i) {
         DeviceFrame[i].setCaption(QStringLiteral("Device"));
         DeviceFrame[i].setVisible(false);

@@ -96,6 +96,22 @@ public:
 
     // ---- the shared area: memory bank or filter, device and PTT frames ----
     Frame MemoryBankFrame{this, QStringLiteral("MemoryBankFrame")};
+    // ---- the memory bank: ten rows of the bank on view, its column heads, the ten bank buttons ----
+    static constexpr int kMemoryRows = 10;
+    ControlArray<CommandButton> SelCmd{this, QStringLiteral("SelCmd"), 1, kMemoryRows};
+    ControlArray<TextBox> FreqMemoryTextbox{this, QStringLiteral("FreqMemoryTextbox"), 1, kMemoryRows};
+    ControlArray<ComboBox> ModeMemoryPulldown{this, QStringLiteral("ModeMemoryPulldown"), 1, kMemoryRows};
+    ControlArray<ComboBox> FilterMemoryCombo{this, QStringLiteral("FilterMemoryCombo"), 1, kMemoryRows};
+    ControlArray<TextBox> MemoryNotesDisplay{this, QStringLiteral("MemoryNotesDisplay"), 1, kMemoryRows};
+    ControlArray<CommandButton> StoreCmd{this, QStringLiteral("StoreCmd"), 1, kMemoryRows};
+    Label Label35{this, QStringLiteral("Label35")};
+    Label FreqLabel{this, QStringLiteral("FreqLabel")};
+    Label ModeLabel{this, QStringLiteral("ModeLabel")};
+    Label FilterMemoryLabel{this, QStringLiteral("FilterMemoryLabel")};
+    Label MemoryNotesLabel{this, QStringLiteral("MemoryNotesLabel")};
+    Label Label38{this, QStringLiteral("Label38")};
+    CommandButton ToggleMemoryNotesCmd{this, QStringLiteral("ToggleMemoryNotesCmd")};
+    ControlArray<CommandButton> MemoryBankCmd{this, QStringLiteral("MemoryBankCmd"), 0, 9};
     ControlArray<Frame> DeviceFrame{this, QStringLiteral("DeviceFrame"), 0, 2};
     // ---- in each device frame: what the device's controls are to be set to at this frequency ----
     ControlArray<Label> DeviceLabel1{this, QStringLiteral("DeviceLabel1"), 0, 2};
@@ -123,6 +139,9 @@ public:
     // The mode captions as designed, by mode number.
     static const char* const kModeCaptions[10];
     static const char* const kModeToolTips[10];
+
+private:
+    void describeMemoryBank();
 };
 
 }  // namespace tv

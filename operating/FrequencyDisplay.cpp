@@ -106,24 +106,26 @@ void FrequencyDisplay::FreqDisplay_KeyPress(int& keyAscii) {
         QApplication::beep();
 }
 
-void FrequencyDisplay::SelectAll() {
-    TextBox& f = m_.main().FreqDisplay;
-    f.setSelStart(0);
-    f.setSelLength(int(f.text().size()));
+void SelectAllText(TextBox& box) {
+    box.setSelStart(0);
+    box.setSelLength(int(box.text().size()));
 }
 
-void FrequencyDisplay::LeftDelete() {
-    TextBox& f = m_.main().FreqDisplay;
+void LeftDeleteText(TextBox& box) {
     // {LEFT}: the caret one place left, any selection dropped.
-    const int caret = std::max(0, f.selStart() - 1);
-    f.setSelStart(caret);
+    const int caret = std::max(0, box.selStart() - 1);
+    box.setSelStart(caret);
     // {DELETE}: the character after the caret.
-    if (caret < f.text().size()) {
-        QString t = f.text();
+    if (caret < box.text().size()) {
+        QString t = box.text();
         t.remove(caret, 1);
-        f.setText(t);
-        f.setSelStart(caret);
+        box.setText(t);
+        box.setSelStart(caret);
     }
 }
+
+void FrequencyDisplay::SelectAll() { SelectAllText(m_.main().FreqDisplay); }
+
+void FrequencyDisplay::LeftDelete() { LeftDeleteText(m_.main().FreqDisplay); }
 
 }  // namespace tv

@@ -21,6 +21,13 @@ QString FormatFrequency(double kHz, int decimals, const QLocale& locale);
 // isn't one finite number.
 double ParseFrequency(const QString& text, const QLocale& locale, bool* ok);
 
+class TextBox;
+// The editing keys the frequency boxes share. Insert: the whole text selected, so that the next digit
+// replaces it. Backspace: caret left, then delete (the key's own character is then refused by the
+// box's filter).
+void SelectAllText(TextBox& box);
+void LeftDeleteText(TextBox& box);
+
 class FrequencyDisplay {
 public:
     static constexpr const char* kBadEntryMessage =

@@ -245,6 +245,7 @@ void ModeControl::InitializeIcomFilterSettings() {
         }
         m_.state().ModeFilters[size_t(mode)] = FilterGroupName(group);
     }
+    if (FillMemoryFilterLists) FillMemoryFilterLists();
 }
 
 }  // namespace tv

@@ -68,6 +68,8 @@ class ModeControl {
     // Parts of the clean slate owned elsewhere: the memory bank's filter column, the Yaesu frames of
     // the configuration window.
     std::function<void()> ClearMemoryFilterLists;
+    // After the Wide/Narrow/Normal set-up: the memory bank's filter column gets the same groups.
+    std::function<void()> FillMemoryFilterLists;
     std::function<void()> HideYaesuFrames;
 
   private:

@@ -13,6 +13,8 @@ bool isSmallRadio(const QString& model) {
 YaesuProtocol::YaesuProtocol(ProtocolContext& context, const RadioInfo& radio) : c_(context), radio_(radio) {
     traits_.framing = Framing::ExpectedLength;
     traits_.interrogation = InterrogationRule::Forced;
+    traits_.filterGroupAfterModeReport = !isSmallRadio(radio.model);
+    traits_.waitsAfterFrequency = isSmallRadio(radio.model);
     (void)c_;
 }
 

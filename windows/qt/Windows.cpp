@@ -184,7 +184,7 @@ FormWindow* Windows::buildMain(KavMain& m) {
     pl->addWidget(W(m.PTTonCmd));
     pl->addWidget(W(m.PTTOffCmd));
     shared->addWidget(ptt);
-    shared->addWidget(W(m.MemoryBankFrame), 1);
+    shared->addWidget(layoutMemoryBank(m, win), 1);
     shared->addStretch(0);
     root->addLayout(shared);
     QWidget* seqFrame = W(m.UserCommandFrame);
@@ -320,6 +320,7 @@ FormWindow* Windows::buildConfig(KavConfig& c) {
     auto* fg = new QVBoxLayout(page[5]);
     fg->addWidget(place(c.ModeFiltersEnabledCheck, page[5]));
     fg->addStretch(1);
+    layoutMemoriesTab(c, win, page[6]);
     for (Control* ctl : c.controls())
         if (!binder_.widgetOf(*ctl) && !dynamic_cast<Timer*>(ctl)) {
             W(*ctl)->setProperty("tvUnplaced", true);

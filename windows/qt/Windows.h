@@ -12,6 +12,7 @@ namespace tv {
 class KavConfig;
 class KavMain;
 class KavMessages;
+class MemoryNotes;
 class UserCommandSequenceDefinition;
 
 class Windows {
@@ -21,6 +22,8 @@ public:
     ViewBinder& binder() { return binder_; }
     const std::vector<FormWindow*>& all() const { return windows_; }
     FormWindow* window(const QString& formName) const;
+    // The memory notes editor's window (the program's, built beside the others).
+    FormWindow* addMemoryNotes(MemoryNotes& notes);
 
 private:
     FormWindow* buildMain(KavMain& m);
@@ -28,6 +31,9 @@ private:
     FormWindow* buildMessages(KavMessages& m);
     FormWindow* buildSmall(Form& f, const std::vector<Control*>& rows);
     FormWindow* buildEditor(UserCommandSequenceDefinition& e);
+    // The memory bank's rows and bank buttons in their frame; the frame's widget.
+    QWidget* layoutMemoryBank(KavMain& m, FormWindow* win);
+    void layoutMemoriesTab(KavConfig& c, FormWindow* win, QWidget* page);
 
     ViewBinder binder_;
     std::vector<FormWindow*> windows_;

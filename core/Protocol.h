@@ -60,6 +60,9 @@ struct ProtocolTraits {
     // Mode commands carry the filter group remembered for the mode (Wide, Narrow, Normal), and the
     // group list sends the group.
     bool filterGroupsInModeCommands = false;
+    // The radio is under the program's control while a handshake runs and stays locked unless let go:
+    // a switch to another transceiver waits for RadioState::controlReleased.
+    bool holdsRadioUntilReleased = false;
     InterrogationRule interrogation = InterrogationRule::Forced;
 };
 
@@ -108,6 +111,12 @@ public:
     virtual int SilentPollInterval() const { return 0; }
     // A plain press of the 10 Hz buttons sends the radio's own step command instead of a frequency.
     virtual bool StepsWithOwnCommand() const { return false; }
+    // The tooltip of the 10 Hz up or down button, where the radio's own step makes it say more ("" keeps
+    // the usual one).
+    virtual QString FineStepToolTip(bool up) const {
+        (void)up;
+        return QString();
+    }
     // The radio takes a split frequency without a split switch (a client's "split" then sets it alone).
     virtual bool TakesSplitFrequencyAlone() const { return false; }
 

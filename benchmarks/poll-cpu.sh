@@ -2,13 +2,18 @@
 # The cost of polling: tolvane --headless polls a simulated radio at 50 ms for a while, and this prints
 # the CPU time the program used and how many messages crossed the line each way. With --capture FILE the
 # line is tapped (socat -x -v) and its traffic written to FILE; with --script the radio is also tuned
-# and keyed through the suite link halfway through (needs dbus-run-session).
+# and keyed through the suite link halfway through (needs dbus-run-session). --slow BAUD makes the
+# simulator answer at the pace of a serial line of that speed; with a capture the script then also says
+# how long each request waited for the end of its reply (the Yaesu radios' reply wait, during which the
+# queue and the polling hold).
 #
 #   benchmarks/poll-cpu.sh [--model IC-7300] [--seconds 60] [--interval 50] [--capture FILE] [--script]
+#                          [--slow BAUD]
+#   benchmarks/poll-cpu.sh --model FT817 --slow 4800 --capture /tmp/ft817.cap
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 bin="${TOLVANE_BIN:-$root/build/release}"
-model=IC-7300 seconds=60 interval=50 capture="" script=0
+model=IC-7300 seconds=60 interval=50 capture="" script=0 slow=""
 while [ $# -gt 0 ]; do
     case "$1" in
         --model) model="$2"; shift 2 ;;
@@ -16,12 +21,13 @@ while [ $# -gt 0 ]; do
         --interval) interval="$2"; shift 2 ;;
         --capture) capture="$2"; shift 2 ;;
         --script) script=1; shift ;;
-        *) echo "usage: poll-cpu.sh [--model M] [--seconds S] [--interval MS] [--capture FILE] [--script]" >&2; exit 2 ;;
+        --slow) slow="$2"; shift 2 ;;
+        *) echo "usage: poll-cpu.sh [--model M] [--seconds S] [--interval MS] [--capture FILE] [--script] [--slow BAUD]" >&2; exit 2 ;;
     esac
 done
 if [ "$script" = 1 ] && [ -z "${DBUS_SESSION_BUS_ADDRESS:-}" ]; then
     exec dbus-run-session -- "$0" --model "$model" --seconds "$seconds" --interval "$interval" \
-        ${capture:+--capture "$capture"} --script
+        ${capture:+--capture "$capture"} ${slow:+--slow "$slow"} --script
 fi
 work="$(mktemp -d)"
 trap 'kill $(jobs -p) 2>/dev/null || true; wait 2>/dev/null || true; rm -rf "$work"' EXIT
@@ -35,7 +41,7 @@ else
 fi
 for _ in $(seq 50); do [ -e "$work/a" ] && [ -e "$work/b" ] && break; sleep 0.1; done
 
-"$bin/tolvane-radiosim" --device "$work/b" --model "$model" --freq 14025.5 --mode CW \
+"$bin/tolvane-radiosim" --device "$work/b" --model "$model" --freq 14025.5 --mode CW ${slow:+--slow "$slow"} \
     < <(sleep $((seconds + 5))) >/dev/null 2>"$work/sim.log" &
 case "$model" in IC-*) address="$(grep -i "^RADIO=I$model," "$root/data/Radios.txt" | sed 's/.*ADDRESS=\([0-9A-F]*\).*/\1/')" ;; *) address=0 ;; esac
 mkdir -p "$work/config"
@@ -65,3 +71,17 @@ hz=$(getconf CLK_TCK)
 kill -TERM $pid; wait $pid || true
 echo "model $model, interval $interval ms, $seconds s: tolvane CPU $((ticks * 1000 / hz)) ms;" \
      "messages to the radio $(grep -c '^<- ' "$work/sim.log" || true), from it $(grep -c '^-> ' "$work/sim.log" || true)"
+# Reply waits from the capture: socat marks the radio's bytes "> " and the program's "< ", each with its
+# time. A request's wait runs from its block to the last piece of the radio's answer before the next block.
+if [ -n "$capture" ]; then
+    awk '
+        function t(s,  a) { split(s, a, ":"); return a[1] * 3600 + a[2] * 60 + a[3] }
+        /^[<>] [0-9]+\/[0-9]+\/[0-9]+ / {
+            now = t($3)
+            if ($1 == "<") { if (asked && answered) { w = last - asked; sum += w; n++; if (w > max) max = w }
+                             asked = now; answered = 0 }
+            else if (asked) { last = now; answered = 1 }
+        }
+        END { if (n) printf "reply waits: %d answered, mean %.1f ms, longest %.1f ms\n", n, sum / n * 1000, max * 1000
+              else print "reply waits: none answered" }' "$capture"
+fi

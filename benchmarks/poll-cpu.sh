@@ -35,6 +35,8 @@ trap 'kill $(jobs -p) 2>/dev/null || true; wait 2>/dev/null || true; rm -rf "$wo
 # Two ptys joined: the program on a, the simulator on b; with a capture, socat relays and taps between.
 if [ -n "$capture" ]; then
     socat -d -d pty,raw,echo=0,link="$work/a" pty,raw,echo=0,link="$work/tap" 2>"$work/socat1.log" &
+    # The tap must be there before the second relay opens it.
+    for _ in $(seq 50); do [ -e "$work/tap" ] && break; sleep 0.1; done
     socat -x -v pty,raw,echo=0,link="$work/b" "$work/tap",raw,echo=0 2>"$capture" &
 else
     socat -d -d pty,raw,echo=0,link="$work/a" pty,raw,echo=0,link="$work/b" 2>"$work/socat1.log" &
@@ -73,15 +75,25 @@ echo "model $model, interval $interval ms, $seconds s: tolvane CPU $((ticks * 10
      "messages to the radio $(grep -c '^<- ' "$work/sim.log" || true), from it $(grep -c '^-> ' "$work/sim.log" || true)"
 # Reply waits from the capture: socat marks the radio's bytes "> " and the program's "< ", each with its
 # time. A request's wait runs from its block to the last piece of the radio's answer before the next block.
+# Some socat versions write the microseconds of the time in nine digits: read so when no value says
+# otherwise.
 if [ -n "$capture" ]; then
     awk '
-        function t(s,  a) { split(s, a, ":"); return a[1] * 3600 + a[2] * 60 + a[3] }
         /^[<>] [0-9]+\/[0-9]+\/[0-9]+ / {
-            now = t($3)
-            if ($1 == "<") { if (asked && answered) { w = last - asked; sum += w; n++; if (w > max) max = w }
-                             asked = now; answered = 0 }
-            else if (asked) { last = now; answered = 1 }
+            split($3, hms, ":"); split(hms[3], sf, ".")
+            n++; dir[n] = $1; sec[n] = hms[1] * 3600 + hms[2] * 60 + sf[1]; frac[n] = sf[2] + 0
+            if (frac[n] > maxfrac) maxfrac = frac[n]
+            digits = length(sf[2])
         }
-        END { if (n) printf "reply waits: %d answered, mean %.1f ms, longest %.1f ms\n", n, sum / n * 1000, max * 1000
-              else print "reply waits: none answered" }' "$capture"
+        END {
+            scale = (digits == 9 && maxfrac < 1000000) ? 1e6 : 10 ^ digits
+            for (i = 1; i <= n; i++) {
+                now = sec[i] + frac[i] / scale
+                if (dir[i] == "<") { if (asked && answered) { w = last - asked; sum += w; k++; if (w > max) max = w }
+                                     asked = now; answered = 0 }
+                else if (asked) { last = now; answered = 1 }
+            }
+            if (k) printf "reply waits: %d answered, mean %.1f ms, longest %.1f ms\n", k, sum / k * 1000, max * 1000
+            else print "reply waits: none answered"
+        }' "$capture"
 fi

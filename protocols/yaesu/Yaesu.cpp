@@ -19,12 +19,22 @@ constexpr int k767EchoBytes = 5;
 const QString kGetOpData = QStringLiteral("GetOpData");
 const QString kCommandEcho = QStringLiteral("CommandEcho");
 
-QByteArray catOnBlock() { return YaesuBlock(0, 0, 0, 0, 0x00); }
-QByteArray catOffBlock() { return YaesuBlock(0, 0, 0, 1, 0x00); }
-QByteArray ackBlock() { return YaesuBlock(0, 0, 0, 0, 0x0B); }
+QByteArray catOnBlock() {
+    return YaesuBlock(0, 0, 0, 0, 0x00);
+}
+QByteArray catOffBlock() {
+    return YaesuBlock(0, 0, 0, 1, 0x00);
+}
+QByteArray ackBlock() {
+    return YaesuBlock(0, 0, 0, 0, 0x0B);
+}
 // The small radios' memory read of the byte whose bit 0 tells VFO B.
-QByteArray vfoFlagRead() { return YaesuBlock(0, 0x55, 0, 0, 0xBB); }
-std::uint8_t low(int v) { return std::uint8_t(v); }
+QByteArray vfoFlagRead() {
+    return YaesuBlock(0, 0x55, 0, 0, 0xBB);
+}
+std::uint8_t low(int v) {
+    return std::uint8_t(v);
+}
 }  // namespace
 
 YaesuProtocol::YaesuProtocol(ProtocolContext& context, const RadioInfo& radio)
@@ -34,24 +44,35 @@ YaesuProtocol::YaesuProtocol(ProtocolContext& context, const RadioInfo& radio)
     traits_.holdsRadioUntilReleased = model_ && model_->start == YaesuStart::Handshake;
 }
 
-QString YaesuProtocol::DisplayName(const RadioInfo& radio) const { return QStringLiteral("Yaesu ") + radio.model; }
+QString YaesuProtocol::DisplayName(const RadioInfo& radio) const {
+    return QStringLiteral("Yaesu ") + radio.model;
+}
 
 int YaesuProtocol::SilentPollInterval() const {
     return model_ && model_->slowWhenSilent ? int(kSilentSmallRadioInterval.count()) : 0;
 }
 
-bool YaesuProtocol::StepsWithOwnCommand() const { return model_ && model_->ownStep; }
+bool YaesuProtocol::StepsWithOwnCommand() const {
+    return model_ && model_->ownStep;
+}
 
 QString YaesuProtocol::FineStepToolTip(bool up) const {
     if (!model_ || !model_->ownStep) return QString();
-    return up ? QStringLiteral("QSY up minimum step (10 or 100 Hz)") : QStringLiteral("QSY down minimum step (10 or 100 Hz)");
+    return up ? QStringLiteral("QSY up minimum step (10 or 100 Hz)")
+              : QStringLiteral("QSY down minimum step (10 or 100 Hz)");
 }
 
-QString YaesuProtocol::OfflineCaption(bool responding) const { return responding ? QString() : QStringLiteral(" - offline"); }
+QString YaesuProtocol::OfflineCaption(bool responding) const {
+    return responding ? QString() : QStringLiteral(" - offline");
+}
 
-void YaesuProtocol::send(const QByteArray& block) { c_.link.SendCommand(block); }
+void YaesuProtocol::send(const QByteArray& block) {
+    c_.link.SendCommand(block);
+}
 
-void YaesuProtocol::expect(int bytes, const QString& operation) { c_.link.Expect(operation, bytes); }
+void YaesuProtocol::expect(int bytes, const QString& operation) {
+    c_.link.Expect(operation, bytes);
+}
 
 // ---- bring-up ----
 
@@ -79,7 +100,8 @@ void YaesuProtocol::BringUp() {
                 YaesuReadSelector = 0;
                 break;
             case YaesuStart::OwnStep:  // its tooltips say so; nothing is sent
-            case YaesuStart::None: break;
+            case YaesuStart::None:
+                break;
         }
     }
     InitializeYaesuFilterSettings();
@@ -114,9 +136,12 @@ void YaesuProtocol::Execute(const XcvrCmd& c) {
             if (!m.filters) break;
             const std::uint8_t v = low(c.theArg);
             // The first byte picks the filter: 1 the second IF's, 2 the third IF's, 0 the sub receiver's.
-            if (c.theArg2 == FilterFirstIF) send(YaesuBlock(1, 0, 0, v, 0x8C));
-            else if (c.theArg2 == FilterSecondIF) send(YaesuBlock(2, 0, 0, v, 0x8C));
-            else if (c.theArg2 == FilterSub) send(YaesuBlock(0, 0, 0, v, 0x8C));
+            if (c.theArg2 == FilterFirstIF)
+                send(YaesuBlock(1, 0, 0, v, 0x8C));
+            else if (c.theArg2 == FilterSecondIF)
+                send(YaesuBlock(2, 0, 0, v, 0x8C));
+            else if (c.theArg2 == FilterSub)
+                send(YaesuBlock(0, 0, 0, v, 0x8C));
             break;
         }
         case XcvrCmdDual:
@@ -124,23 +149,29 @@ void YaesuProtocol::Execute(const XcvrCmd& c) {
             break;
         case XcvrCmdSplit:
             switch (m.split) {
-                case YaesuSplitForm::Classic01: send(YaesuBlock(0, 0, 0, on ? 1 : 0, 0x01)); break;
+                case YaesuSplitForm::Classic01:
+                    send(YaesuBlock(0, 0, 0, on ? 1 : 0, 0x01));
+                    break;
                 case YaesuSplitForm::Answered02:
                     expect(1, QStringLiteral("SplitStatus"));
                     send(YaesuBlock(0, 0, 0, 0, on ? 0x02 : 0x82));
                     break;
                 case YaesuSplitForm::Toggle767:
                     // Its one split command toggles: sent only when the radio isn't so already.
-                    if (on != FT767SplitOn) Execute767Command(kGetOpData, 26, YaesuBlock(0, 0, 0, 0x30, 0x0A));
+                    if (on != FT767SplitOn)
+                        Execute767Command(kGetOpData, 26, YaesuBlock(0, 0, 0, 0x30, 0x0A));
                     break;
-                case YaesuSplitForm::None: break;
+                case YaesuSplitForm::None:
+                    break;
             }
             break;
         case XcvrCmdVFOA:
         case XcvrCmdVFOB: {
             const bool b = c.theCmd == XcvrCmdVFOB;
             switch (m.vfo) {
-                case YaesuVfoForm::Classic05: send(YaesuBlock(0, 0, 0, b ? 1 : 0, 0x05)); break;
+                case YaesuVfoForm::Classic05:
+                    send(YaesuBlock(0, 0, 0, b ? 1 : 0, 0x05));
+                    break;
                 case YaesuVfoForm::ReadFlag:
                     // These radios only toggle: read which VFO is on, and toggle if it is the other.
                     expect(2, b ? QStringLiteral("SetVFOB") : QStringLiteral("SetVFOA"));
@@ -149,13 +180,16 @@ void YaesuProtocol::Execute(const XcvrCmd& c) {
                 case YaesuVfoForm::Handshake09:
                     Execute767Command(kGetOpData, 5, YaesuBlock(0, 0, 0, b ? 1 : 0, 0x09));
                     break;
-                case YaesuVfoForm::None: break;
+                case YaesuVfoForm::None:
+                    break;
             }
             break;
         }
         case XcvrCmdVFOEqual:
             switch (m.copy) {
-                case YaesuCopyForm::Op85: send(YaesuBlock(0, 0, 0, 0, 0x85)); break;
+                case YaesuCopyForm::Op85:
+                    send(YaesuBlock(0, 0, 0, 0, 0x85));
+                    break;
                 case YaesuCopyForm::Switching81:
                     // Over to the other VFO, which then takes this one's mode and frequency, and back.
                     send(YaesuBlock(0, 0, 0, 0, 0x81));
@@ -167,30 +201,49 @@ void YaesuProtocol::Execute(const XcvrCmd& c) {
                     q.SetXcvrSwitchVFOs();
                     q.SetXcvrWait();
                     break;
-                case YaesuCopyForm::ByQueue: copyVfoByQueue(); break;
-                case YaesuCopyForm::None: break;
+                case YaesuCopyForm::ByQueue:
+                    copyVfoByQueue();
+                    break;
+                case YaesuCopyForm::None:
+                    break;
             }
             break;
         case XcvrCmdVFOXch:
             switch (m.exchange) {
-                case YaesuExchangeForm::Op05: send(YaesuBlock(0, 0, 0, 1, 0x05)); break;
-                case YaesuExchangeForm::Toggle81: send(YaesuBlock(0, 0, 0, 0, 0x81)); break;
-                case YaesuExchangeForm::ByQueue: exchangeVfosByQueue(); break;
-                case YaesuExchangeForm::None: break;
+                case YaesuExchangeForm::Op05:
+                    send(YaesuBlock(0, 0, 0, 1, 0x05));
+                    break;
+                case YaesuExchangeForm::Toggle81:
+                    send(YaesuBlock(0, 0, 0, 0, 0x81));
+                    break;
+                case YaesuExchangeForm::ByQueue:
+                    exchangeVfosByQueue();
+                    break;
+                case YaesuExchangeForm::None:
+                    break;
             }
             break;
-        case XcvrCmdRequestFreq: RequestFrequency(); break;
-        case XcvrCmdRequestMode: RequestMode(); break;
+        case XcvrCmdRequestFreq:
+            RequestFrequency();
+            break;
+        case XcvrCmdRequestMode:
+            RequestMode();
+            break;
         case XcvrCmdPTT: {
             const bool key = c.theArg == 1;
             switch (m.ptt) {
-                case YaesuPttForm::Classic0F: send(YaesuBlock(0, 0, 0, low(c.theArg), 0x0F)); break;
+                case YaesuPttForm::Classic0F:
+                    send(YaesuBlock(0, 0, 0, low(c.theArg), 0x0F));
+                    break;
                 case YaesuPttForm::Answered08:
                     expect(1, QStringLiteral("PTTStatus"));
                     send(YaesuBlock(0, 0, 0, 0, key ? 0x08 : 0x88));
                     break;
-                case YaesuPttForm::Plain08: send(YaesuBlock(0, 0, 0, 0, key ? 0x08 : 0x88)); break;
-                case YaesuPttForm::None: break;
+                case YaesuPttForm::Plain08:
+                    send(YaesuBlock(0, 0, 0, 0, key ? 0x08 : 0x88));
+                    break;
+                case YaesuPttForm::None:
+                    break;
             }
             break;
         }
@@ -198,8 +251,10 @@ void YaesuProtocol::Execute(const XcvrCmd& c) {
             if (m.smallGroup) send(YaesuBlock(0, 0, 0, 0, 0x81));
             break;
         case XcvrCmdPower:
-            if (m.power == YaesuPowerForm::Small0F) send(YaesuBlock(0, 0, 0, 0, on ? 0x0F : 0x8F));
-            else if (m.power == YaesuPowerForm::CatOn00) send(YaesuBlock(0, 0, 0, 0, on ? 0x00 : 0x80));
+            if (m.power == YaesuPowerForm::Small0F)
+                send(YaesuBlock(0, 0, 0, 0, on ? 0x0F : 0x8F));
+            else if (m.power == YaesuPowerForm::CatOn00)
+                send(YaesuBlock(0, 0, 0, 0, on ? 0x00 : 0x80));
             break;
         case XcvrCmdLock:
             if (m.smallGroup) {
@@ -207,11 +262,14 @@ void YaesuProtocol::Execute(const XcvrCmd& c) {
                 send(YaesuBlock(0, 0, 0, 0, on ? 0x00 : 0x80));
             }
             break;
-        case XcvrCmdSBFreq: setSecondFrequency(c.theFreq); break;
+        case XcvrCmdSBFreq:
+            setSecondFrequency(c.theFreq);
+            break;
         case XcvrCmdStepFreq:
             if (m.ownStep) send(YaesuBlock(0, 0, 0, low(c.theArg), 0x8E));
             break;
-        default: break;  // no Yaesu command for the rest
+        default:
+            break;  // no Yaesu command for the rest
     }
 }
 
@@ -287,7 +345,8 @@ void YaesuProtocol::setSecondFrequency(double kHz) {
             q.SetXcvrFreq(kHz);
             q.SetXcvrVFOXch();
             break;
-        case YaesuSecondForm::None: break;
+        case YaesuSecondForm::None:
+            break;
     }
 }
 
@@ -317,15 +376,20 @@ int YaesuProtocol::InterrogationStep(int phase) {
             else
                 RequestFrequency();
             return phase + 1;
-        case 1: RequestFrequency(); return 2;
-        case 3: RequestMode(); return flags ? 4 : 0;
+        case 1:
+            RequestFrequency();
+            return 2;
+        case 3:
+            RequestMode();
+            return flags ? 4 : 0;
         case 4:
             if (flags)
                 sendFlagsRead();
             else
                 RequestFrequency();
             return 0;
-        default: return 0;
+        default:
+            return 0;
     }
 }
 
@@ -348,7 +412,9 @@ void YaesuProtocol::RequestMode() {
 
 // ---- the FT-767's handshake ----
 
-void YaesuProtocol::Trace767(const QString& text) { c_.common.DebugLog(QStringLiteral("Trace767: ") + text); }
+void YaesuProtocol::Trace767(const QString& text) {
+    c_.common.DebugLog(QStringLiteral("Trace767: ") + text);
+}
 
 void YaesuProtocol::Execute767Command(const QString& operation, int count, const QByteArray& command) {
     FT767ReplyOperation = operation;
@@ -417,7 +483,8 @@ void YaesuProtocol::step767(bool echo) {
                 send(catOffBlock());
             }
             break;
-        case Handshake::Idle: break;
+        case Handshake::Idle:
+            break;
     }
 }
 
@@ -471,9 +538,12 @@ void YaesuProtocol::decodeOpData(const QByteArray& reply) {
     const QString name = radio_.model;
     auto number = [](double v) { return QString::number(v, 'g', 15); };
     if (layout == YaesuLayout::FT990)
-        common.DebugLog(QStringLiteral("FT990 status block ") + QString::fromLatin1(reply.toHex(' ').toUpper()));
+        common.DebugLog(QStringLiteral("FT990 status block ") +
+                        QString::fromLatin1(reply.toHex(' ').toUpper()));
     switch (d.store) {
-        case YaesuOpData::Store::VfoA: s.VFOAFreq = d.kHz; break;
+        case YaesuOpData::Store::VfoA:
+            s.VFOAFreq = d.kHz;
+            break;
         case YaesuOpData::Store::Selected:
             if (s.CurrentVFO != 0) {
                 s.VFOBFreq = d.kHz;
@@ -485,7 +555,8 @@ void YaesuProtocol::decodeOpData(const QByteArray& reply) {
                 common.DebugLog(name + QStringLiteral(" VFO A = ") + number(d.kHz));
             }
             break;
-        case YaesuOpData::Store::None: break;
+        case YaesuOpData::Store::None:
+            break;
     }
     if (d.vfoA) s.VFOAFreq = *d.vfoA;
     if (d.vfoB) s.VFOBFreq = *d.vfoB;
@@ -498,7 +569,8 @@ void YaesuProtocol::decodeOpData(const QByteArray& reply) {
     }
     s.UpdateXcvrMode(d.mode);
     if (layout == YaesuLayout::FT747) {
-        common.DebugLog(QStringLiteral("FT747 mode digit (hex) = ") + QString::number(d.modeDigit, 16).toUpper());
+        common.DebugLog(QStringLiteral("FT747 mode digit (hex) = ") +
+                        QString::number(d.modeDigit, 16).toUpper());
         common.DebugLog(QStringLiteral("FT747 mode index       = ") + QString::number(d.mode));
     }
     // This radio never reports split: a split shown is the program's own and can't be trusted.

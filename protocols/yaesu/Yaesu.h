@@ -13,7 +13,7 @@
 namespace tv {
 
 class YaesuProtocol : public Protocol {
-public:
+  public:
     YaesuProtocol(ProtocolContext& context, const RadioInfo& radio);
 
     const ProtocolTraits& traits() const override { return traits_; }
@@ -35,7 +35,7 @@ public:
     int readSelector() const { return YaesuReadSelector; }
     const YaesuModel* model() const { return model_; }
 
-private:
+  private:
     void send(const QByteArray& block);
     void expect(int bytes, const QString& operation);
     void sendMeterRead();

@@ -25,6 +25,7 @@ using PW = YaesuPowerForm;
 using SB = YaesuSecondForm;
 using ST = YaesuStart;
 
+// clang-format off
 // The columns, in order:
 //  name, mode bytes, reply layout, command set,
 //  read: parameter, opcode, length, shorter by the flags, mode rides on it,
@@ -81,8 +82,10 @@ constexpr YaesuModel kModels[] = {
     {"FT847", S::FT847, L::FT847, F::Modern, 0, 0x03, 5, false, false, MF::None, 0, 0, 0, FL::None, 0, false,
      SP::None, V::None, C::None, X::None, P::Plain08, false, PW::CatOn00, SB::None, false, false, ST::CatOn, false},
 };
+// clang-format on
 static_assert(std::size(kModels) == 16, "one row for each Yaesu model of the catalogue");
 
+// clang-format off
 // The twelve encoders, system modes LSB USB AM CW RTTY FM WBFM CW-R RTTY-R PKT across.
 constexpr std::array<std::array<std::uint8_t, 10>, 12> kModeBytes{{
     {0, 1, 4, 2, 8, 6, 7, 3, 9, 10},         // MP
@@ -98,6 +101,7 @@ constexpr std::array<std::array<std::uint8_t, 10>, 12> kModeBytes{{
     {0, 1, 4, 3, 0, 6, 0, 0, 0, 0},          // FT747
     {16, 17, 19, 18, 21, 20, 0, 0, 0, 0},    // FT767
 }};
+// clang-format on
 
 std::uint8_t at(const QByteArray& r, int position) {
     return position >= 1 && position <= r.size() ? std::uint8_t(r[position - 1]) : 0;
@@ -118,7 +122,9 @@ int clarifier(const QByteArray& r) {
 }
 
 // A mode byte whose top bit is a width flag.
-int lessWidthBit(int byte) { return byte >= 129 ? byte - 128 : byte; }
+int lessWidthBit(int byte) {
+    return byte >= 129 ? byte - 128 : byte;
+}
 
 }  // namespace
 
@@ -137,9 +143,12 @@ QByteArray YaesuFrequencyBlock(YaesuCommandSet set, double kHz) {
     const double tens = std::isfinite(kHz) ? std::round(kHz * 100) : 0;
     const std::uint64_t digits = tens > 0 && tens < 1e18 ? std::uint64_t(tens) : 0;
     switch (set) {
-        case F::Modern: return ToBcd(digits, 4, BcdOrder::MostFirst) + char(0x01);
-        case F::Handshake: return ToBcd(digits, 4, BcdOrder::LeastFirst) + char(0x08);
-        case F::Classic: break;
+        case F::Modern:
+            return ToBcd(digits, 4, BcdOrder::MostFirst) + char(0x01);
+        case F::Handshake:
+            return ToBcd(digits, 4, BcdOrder::LeastFirst) + char(0x08);
+        case F::Classic:
+            break;
     }
     return ToBcd(digits, 4, BcdOrder::LeastFirst) + char(0x0A);
 }
@@ -147,9 +156,12 @@ QByteArray YaesuFrequencyBlock(YaesuCommandSet set, double kHz) {
 QByteArray YaesuModeBlock(YaesuCommandSet set, int modeByte) {
     const auto m = std::uint8_t(modeByte);
     switch (set) {
-        case F::Modern: return YaesuBlock(m, 0, 0, 0, 0x07);
-        case F::Handshake: return YaesuBlock(0, 0, 0, m, 0x0A);
-        case F::Classic: break;
+        case F::Modern:
+            return YaesuBlock(m, 0, 0, 0, 0x07);
+        case F::Handshake:
+            return YaesuBlock(0, 0, 0, m, 0x0A);
+        case F::Classic:
+            break;
     }
     return YaesuBlock(0, 0, 0, m, 0x0C);
 }
@@ -163,49 +175,80 @@ int YaesuModeFromStatus(YaesuLayout layout, int b, bool flag) {
     switch (layout) {
         case L::MP:
             switch (b) {
-                case 0: return ModeLSB;
-                case 1: return ModeUSB;
-                case 2: return flag ? ModeCWR : ModeCW;
-                case 3: return ModeAM;
-                case 4: return ModeFM;
-                case 5: return flag ? ModeRTTYR : ModeRTTY;
-                case 6: return ModePKT;
-                default: return ModeUnknown;
+                case 0:
+                    return ModeLSB;
+                case 1:
+                    return ModeUSB;
+                case 2:
+                    return flag ? ModeCWR : ModeCW;
+                case 3:
+                    return ModeAM;
+                case 4:
+                    return ModeFM;
+                case 5:
+                    return flag ? ModeRTTYR : ModeRTTY;
+                case 6:
+                    return ModePKT;
+                default:
+                    return ModeUnknown;
             }
         case L::FT1000D:
         case L::FT990:
             switch (b) {
-                case 0: return ModeLSB;
-                case 1: return ModeUSB;
-                case 2: return ModeCW;
-                case 3: return ModeAM;
-                case 4: return ModeFM;
-                case 5: return flag && layout == L::FT1000D ? ModeRTTYR : ModeRTTY;
-                case 6: return ModePKT;
-                default: return ModeUnknown;
+                case 0:
+                    return ModeLSB;
+                case 1:
+                    return ModeUSB;
+                case 2:
+                    return ModeCW;
+                case 3:
+                    return ModeAM;
+                case 4:
+                    return ModeFM;
+                case 5:
+                    return flag && layout == L::FT1000D ? ModeRTTYR : ModeRTTY;
+                case 6:
+                    return ModePKT;
+                default:
+                    return ModeUnknown;
             }
         case L::FT920:
             switch (b) {
-                case 0: return flag ? ModeUSB : ModeLSB;
-                case 1: return flag ? ModeCW : ModeCWR;
-                case 2: return ModeAM;
-                case 3: return ModeFM;
-                case 4: return ModeRTTY;
-                case 5: return ModeRTTYR;
-                case 6: return ModePKT;
-                default: return ModeUnknown;
+                case 0:
+                    return flag ? ModeUSB : ModeLSB;
+                case 1:
+                    return flag ? ModeCW : ModeCWR;
+                case 2:
+                    return ModeAM;
+                case 3:
+                    return ModeFM;
+                case 4:
+                    return ModeRTTY;
+                case 5:
+                    return ModeRTTYR;
+                case 6:
+                    return ModePKT;
+                default:
+                    return ModeUnknown;
             }
         case L::FT900:
         case L::FT890:
         case L::FT767:
             switch (b) {
-                case 0: return ModeLSB;
-                case 1: return ModeUSB;
-                case 2: return ModeCW;
-                case 3: return ModeAM;
-                case 4: return ModeFM;
-                case 5: return layout == L::FT767 ? ModeRTTY : ModeUnknown;
-                default: return ModeUnknown;
+                case 0:
+                    return ModeLSB;
+                case 1:
+                    return ModeUSB;
+                case 2:
+                    return ModeCW;
+                case 3:
+                    return ModeAM;
+                case 4:
+                    return ModeFM;
+                case 5:
+                    return layout == L::FT767 ? ModeRTTY : ModeUnknown;
+                default:
+                    return ModeUnknown;
             }
         case L::FT100: {
             constexpr int kModes[] = {ModeLSB, ModeUSB, ModeCW, ModeCWR, ModeAM, ModeRTTY, ModeFM, ModeWBFM};
@@ -213,45 +256,78 @@ int YaesuModeFromStatus(YaesuLayout layout, int b, bool flag) {
         }
         case L::FT817:
             switch (b) {
-                case 0: return ModeLSB;
-                case 1: return ModeUSB;
-                case 2: return ModeCW;
-                case 3: return ModeCWR;
-                case 4: return ModeAM;
-                case 6: return ModeWBFM;
-                case 8: return ModeFM;
-                case 10: return ModeRTTY;
-                case 12: return ModePKT;
-                default: return ModeUnknown;
+                case 0:
+                    return ModeLSB;
+                case 1:
+                    return ModeUSB;
+                case 2:
+                    return ModeCW;
+                case 3:
+                    return ModeCWR;
+                case 4:
+                    return ModeAM;
+                case 6:
+                    return ModeWBFM;
+                case 8:
+                    return ModeFM;
+                case 10:
+                    return ModeRTTY;
+                case 12:
+                    return ModePKT;
+                default:
+                    return ModeUnknown;
             }
         case L::FT847:
             // The top bit is the narrow filter: both forms of a mode read the same.
             switch (b) {
-                case 0: return ModeLSB;
-                case 1: return ModeUSB;
-                case 2: case 130: return ModeCW;
-                case 3: case 131: return ModeCWR;
-                case 4: case 132: return ModeAM;
-                case 8: case 136: return ModeFM;
-                default: return ModeUnknown;
+                case 0:
+                    return ModeLSB;
+                case 1:
+                    return ModeUSB;
+                case 2:
+                case 130:
+                    return ModeCW;
+                case 3:
+                case 131:
+                    return ModeCWR;
+                case 4:
+                case 132:
+                    return ModeAM;
+                case 8:
+                case 136:
+                    return ModeFM;
+                default:
+                    return ModeUnknown;
             }
         case L::FT757:
             switch (b) {
-                case 0: return ModeLSB;
-                case 1: return ModeUSB;
-                case 2: case 3: return ModeCW;
-                case 4: return ModeAM;
-                case 5: return ModeFM;
-                default: return ModeUnknown;
+                case 0:
+                    return ModeLSB;
+                case 1:
+                    return ModeUSB;
+                case 2:
+                case 3:
+                    return ModeCW;
+                case 4:
+                    return ModeAM;
+                case 5:
+                    return ModeFM;
+                default:
+                    return ModeUnknown;
             }
         case L::FT747:
             // One bit per mode; the low bits say other things.
             switch (b & 248) {
-                case 16: return ModeLSB;
-                case 32: return ModeUSB;
-                case 64: return ModeCW;
-                case 128: return ModeAM;
-                default: return ModeUnknown;
+                case 16:
+                    return ModeLSB;
+                case 32:
+                    return ModeUSB;
+                case 64:
+                    return ModeCW;
+                case 128:
+                    return ModeAM;
+                default:
+                    return ModeUnknown;
             }
     }
     return ModeUnknown;
@@ -380,9 +456,12 @@ YaesuFlags DecodeYaesuFlags(YaesuFlagsForm form, const QByteArray& r) {
             f.split = b1 & 0x01;
             f.dual = (b1 & 0x02) != 0;
             f.vfo = (b1 >> 4) & 1;
-            if (b1 & 0x10) f.readSelector = 2;
-            else if (b1 & 0x20) f.readSelector = 0;
-            else if (b1 & 0x40) f.readSelector = 1;
+            if (b1 & 0x10)
+                f.readSelector = 2;
+            else if (b1 & 0x20)
+                f.readSelector = 0;
+            else if (b1 & 0x40)
+                f.readSelector = 1;
             break;
         case FL::FT990:
             f.split = b1 & 0x01;
@@ -396,18 +475,24 @@ YaesuFlags DecodeYaesuFlags(YaesuFlagsForm form, const QByteArray& r) {
             f.split = b1 & 0x01;
             f.vfo = (at(r, 2) >> 2) & 1;
             break;
-        case FL::None: break;
+        case FL::None:
+            break;
     }
     return f;
 }
 
 double DecodeYaesuMeter(YaesuMeterForm form, const QByteArray& r) {
     switch (form) {
-        case MF::Byte1Of255: return double(float(at(r, 1)) / 255.0f);
-        case MF::FT100: return double(float(204 - at(r, 4)) / 120.0f);
-        case MF::Low4Of15: return double(float(at(r, 1) & 15) / 15.0f);
-        case MF::Byte1Of15: return double(float(at(r, 1)) / 15.0f);
-        case MF::None: break;
+        case MF::Byte1Of255:
+            return double(float(at(r, 1)) / 255.0f);
+        case MF::FT100:
+            return double(float(204 - at(r, 4)) / 120.0f);
+        case MF::Low4Of15:
+            return double(float(at(r, 1) & 15) / 15.0f);
+        case MF::Byte1Of15:
+            return double(float(at(r, 1)) / 15.0f);
+        case MF::None:
+            break;
     }
     return 0;
 }
@@ -431,6 +516,8 @@ const YaesuModel* FindYaesuModel(const QString& name) {
     return nullptr;
 }
 
-int YaesuModelCount() { return int(std::size(kModels)); }
+int YaesuModelCount() {
+    return int(std::size(kModels));
+}
 
 }  // namespace tv

@@ -29,14 +29,40 @@ QByteArray YaesuFrequencyBlock(YaesuCommandSet set, double kHz);
 QByteArray YaesuModeBlock(YaesuCommandSet set, int modeByte);
 
 // The twelve mode encoders, one per family of mode bytes. Not the inverses of the status decoders.
-enum class YaesuModeSet : std::uint8_t { MP, FT1000D, FT990, FT920, FT900, FT890, FT100, FT817, FT847, FT757, FT747, FT767 };
+enum class YaesuModeSet : std::uint8_t {
+    MP,
+    FT1000D,
+    FT990,
+    FT920,
+    FT900,
+    FT890,
+    FT100,
+    FT817,
+    FT847,
+    FT757,
+    FT747,
+    FT767
+};
 // The byte a model's encoder gives system mode 0..9; 0 for a mode that it doesn't list.
 int YaesuModeByte(YaesuModeSet set, int mode);
 
 // ---- replies ----
 
 // How a model's frequency read is laid out; it also picks the mode decoder.
-enum class YaesuLayout : std::uint8_t { MP, FT1000D, FT990, FT920, FT900, FT890, FT100, FT817, FT847, FT757, FT747, FT767 };
+enum class YaesuLayout : std::uint8_t {
+    MP,
+    FT1000D,
+    FT990,
+    FT920,
+    FT900,
+    FT890,
+    FT100,
+    FT817,
+    FT847,
+    FT757,
+    FT747,
+    FT767
+};
 // A mode byte (and the model's flag bit, where it has one) to a system mode; 10 for a byte not listed.
 int YaesuModeFromStatus(YaesuLayout layout, int byte, bool flag);
 
@@ -62,8 +88,8 @@ struct Yaesu767Status {
     bool split = false;
     int vfo = 0;  // 16 on VFO B, else 0
     double kHz = 0;
-    std::optional<int> mode;             // from 8 bytes on
-    std::optional<double> vfoA, vfoB;    // from 9 bytes on
+    std::optional<int> mode;           // from 8 bytes on
+    std::optional<double> vfoA, vfoB;  // from 9 bytes on
     int modeDigit = 0;
 };
 Yaesu767Status Decode767Status(const QByteArray& reply);
@@ -96,11 +122,16 @@ std::uint64_t YaesuBcdGroup(const QByteArray& reply, std::initializer_list<int> 
 
 enum class YaesuSplitForm : std::uint8_t { None, Classic01, Answered02, Toggle767 };
 enum class YaesuVfoForm : std::uint8_t { None, Classic05, ReadFlag, Handshake09 };
-enum class YaesuCopyForm : std::uint8_t { None, Op85, Switching81, ByQueue };         // "VFO A <- VFO B"
-enum class YaesuExchangeForm : std::uint8_t { None, Op05, Toggle81, ByQueue };        // "Exchange VFOs"
+enum class YaesuCopyForm : std::uint8_t { None, Op85, Switching81, ByQueue };   // "VFO A <- VFO B"
+enum class YaesuExchangeForm : std::uint8_t { None, Op05, Toggle81, ByQueue };  // "Exchange VFOs"
 enum class YaesuPttForm : std::uint8_t { None, Classic0F, Answered08, Plain08 };
 enum class YaesuPowerForm : std::uint8_t { None, Small0F, CatOn00 };
-enum class YaesuSecondForm : std::uint8_t { None, ExchangeWithWaits, ViaVfoB, ViaExchange };  // VFO B's frequency
+enum class YaesuSecondForm : std::uint8_t {
+    None,
+    ExchangeWithWaits,
+    ViaVfoB,
+    ViaExchange
+};  // VFO B's frequency
 enum class YaesuStart : std::uint8_t { None, Handshake, CatOn, Probe, OwnStep, FilterGroups };
 
 struct YaesuModel {
@@ -128,8 +159,8 @@ struct YaesuModel {
     bool smallGroup;  // VFO switching, lock and power by the small radios' opcodes
     YaesuPowerForm power;
     YaesuSecondForm second;
-    bool ownStep;   // the 10 Hz buttons send the radio's own step
-    bool filters;   // takes the IF filter commands
+    bool ownStep;  // the 10 Hz buttons send the radio's own step
+    bool filters;  // takes the IF filter commands
     YaesuStart start;
     bool slowWhenSilent;  // tried only seldom once it stops answering
 };

@@ -15,7 +15,9 @@
 namespace tv::test {
 namespace {
 
-QByteArray hx(const char* text) { return QByteArray::fromHex(text); }
+QByteArray hx(const char* text) {
+    return QByteArray::fromHex(text);
+}
 
 QString catalogue() {
     QFile f(QStringLiteral(TOLVANE_SOURCE_DIR "/data/Radios.txt"));
@@ -70,14 +72,18 @@ TEST(YaesuBlocks, FrequencyAndModeBytesOfEachCommandSet) {
 
 TEST(YaesuReplies, FrequencyModeAndClarifierOfEachLayout) {
     // FT-847: the high bit of the mode byte is the narrow filter.
-    auto ft847 = [](int mode) { return DecodeYaesuOpData(YaesuLayout::FT847, reply(5, {{1, 0x01}, {2, 0x42}, {3, 0x50}, {5, mode}}), 0); };
+    auto ft847 = [](int mode) {
+        return DecodeYaesuOpData(YaesuLayout::FT847, reply(5, {{1, 0x01}, {2, 0x42}, {3, 0x50}, {5, mode}}),
+                                 0);
+    };
     EXPECT_DOUBLE_EQ(ft847(132).kHz, 14250.0);
     EXPECT_EQ(ft847(132).mode, ModeAM);
     EXPECT_EQ(ft847(136).mode, ModeFM);
     EXPECT_EQ(ft847(5).mode, ModeUnknown);
 
     // FT-1000D: a clarifier of FF FF is -1 (ten hertz), added when its bit is set.
-    const QByteArray d = reply(32, {{2, 0x02}, {3, 0x2C}, {4, 0x1A}, {5, 0x02}, {6, 0xFF}, {7, 0xFF}, {8, 5}, {9, 1}});
+    const QByteArray d =
+        reply(32, {{2, 0x02}, {3, 0x2C}, {4, 0x1A}, {5, 0x02}, {6, 0xFF}, {7, 0xFF}, {8, 5}, {9, 1}});
     const YaesuOpData ft1000 = DecodeYaesuOpData(YaesuLayout::FT1000D, d, 0);
     EXPECT_NEAR(ft1000.kHz, 1423.61, 1e-9);  // 0x022C1A tens of hertz, less ten hertz
     EXPECT_EQ(ft1000.mode, ModeRTTYR);
@@ -86,19 +92,38 @@ TEST(YaesuReplies, FrequencyModeAndClarifierOfEachLayout) {
     EXPECT_DOUBLE_EQ(DecodeYaesuOpData(YaesuLayout::FT1000D, d2, 0).kHz, 327.68);
 
     // FT-100: 11,400,000 counts of 1.25 Hz are 14,250 kHz.
-    const YaesuOpData ft100 = DecodeYaesuOpData(YaesuLayout::FT100, reply(16, {{2, 0x00}, {3, 0xAD}, {4, 0xF3}, {5, 0x40}, {6, 0x13}}), 0);
+    const YaesuOpData ft100 = DecodeYaesuOpData(
+        YaesuLayout::FT100, reply(16, {{2, 0x00}, {3, 0xAD}, {4, 0xF3}, {5, 0x40}, {6, 0x13}}), 0);
     EXPECT_DOUBLE_EQ(ft100.kHz, 14250.0);
     EXPECT_EQ(ft100.mode, ModeCWR);
 
     // FT-900: the clarifier's offset is shown even with the clarifier off; the other VFO comes along.
-    const YaesuOpData ft900 = DecodeYaesuOpData(
-        YaesuLayout::FT900, reply(19, {{3, 0x02}, {4, 0x2C}, {5, 0x1A}, {6, 0x00}, {7, 0x0C}, {8, 0x82}, {12, 0x00}, {13, 0xAB}, {14, 0x22}}), 0);
+    const YaesuOpData ft900 = DecodeYaesuOpData(YaesuLayout::FT900,
+                                                reply(19, {{3, 0x02},
+                                                           {4, 0x2C},
+                                                           {5, 0x1A},
+                                                           {6, 0x00},
+                                                           {7, 0x0C},
+                                                           {8, 0x82},
+                                                           {12, 0x00},
+                                                           {13, 0xAB},
+                                                           {14, 0x22}}),
+                                                0);
     EXPECT_NEAR(ft900.kHz, 1423.74, 1e-9);
     EXPECT_DOUBLE_EQ(*ft900.other, 438.10);
     EXPECT_EQ(ft900.mode, ModeCW);  // the narrow CW of the radio
 
     // MP: sixteenths of ten hertz; the flag above 128 makes CW reverse; VFO B only in the long read.
-    QByteArray mp = reply(32, {{2, 0x00}, {3, 0x22}, {4, 0xC9}, {5, 0x20}, {8, 0x82}, {9, 0x98}, {19, 0x11}, {20, 0x1C}, {21, 0x00}, {25, 0x23}});
+    QByteArray mp = reply(32, {{2, 0x00},
+                               {3, 0x22},
+                               {4, 0xC9},
+                               {5, 0x20},
+                               {8, 0x82},
+                               {9, 0x98},
+                               {19, 0x11},
+                               {20, 0x1C},
+                               {21, 0x00},
+                               {25, 0x23}});
     const YaesuOpData mpLong = DecodeYaesuOpData(YaesuLayout::MP, mp, 0);
     EXPECT_DOUBLE_EQ(mpLong.kHz, 2279712 / 1600.0);
     EXPECT_EQ(mpLong.mode, ModeCWR);
@@ -109,12 +134,24 @@ TEST(YaesuReplies, FrequencyModeAndClarifierOfEachLayout) {
 
     // FT-757: BCD least significant first; FT-747: thousandths, VFO B read one byte into its mode byte.
     const YaesuOpData ft757 = DecodeYaesuOpData(
-        YaesuLayout::FT757, reply(75, {{6, 0x00}, {7, 0x50}, {8, 0x42}, {9, 0x01}, {10, 3}, {11, 0x00}, {12, 0x25}, {13, 0x70}}), 0);
+        YaesuLayout::FT757,
+        reply(75, {{6, 0x00}, {7, 0x50}, {8, 0x42}, {9, 0x01}, {10, 3}, {11, 0x00}, {12, 0x25}, {13, 0x70}}),
+        0);
     EXPECT_DOUBLE_EQ(ft757.kHz, 14250.0);
     EXPECT_DOUBLE_EQ(*ft757.vfoA, 7025.0);
     EXPECT_EQ(ft757.mode, ModeCW);
-    const YaesuOpData ft747 = DecodeYaesuOpData(
-        YaesuLayout::FT747, reply(345, {{3, 0x14}, {4, 0x25}, {5, 0x00}, {6, 0x00}, {7, 0x40}, {17, 0x07}, {18, 0x01}, {19, 0x00}, {20, 0x00}, {21, 0x20}}), 0);
+    const YaesuOpData ft747 = DecodeYaesuOpData(YaesuLayout::FT747,
+                                                reply(345, {{3, 0x14},
+                                                            {4, 0x25},
+                                                            {5, 0x00},
+                                                            {6, 0x00},
+                                                            {7, 0x40},
+                                                            {17, 0x07},
+                                                            {18, 0x01},
+                                                            {19, 0x00},
+                                                            {20, 0x00},
+                                                            {21, 0x20}}),
+                                                0);
     EXPECT_DOUBLE_EQ(ft747.kHz, 14250.0);
     EXPECT_EQ(ft747.mode, ModeCW);
     EXPECT_DOUBLE_EQ(*ft747.vfoB, 701000020 / 1000.0);
@@ -144,7 +181,7 @@ TEST(YaesuReplies, FlagsMeterAndTheFilterStep) {
 }
 
 class Yaesu : public ::testing::Test {
-protected:
+  protected:
     void start(const char* model, bool polling = false) {
         rig.view.interrogation = polling;
         rig.withRadio(QString::fromLatin1(model));
@@ -152,8 +189,9 @@ protected:
         QObject::connect(&rig.state, &RadioState::dualReported, &rig.state, [this](bool on) { dual = on; });
         QObject::connect(&rig.state, &RadioState::meterReported, &rig.state, [this](double v) { meter = v; });
         QObject::connect(&rig.state, &RadioState::controlReleased, &rig.state, [this] { ++released; });
-        QObject::connect(&rig.state, &RadioState::passbandCodeReported, &rig.state,
-                         [this](int list, int code) { codes << QStringLiteral("%1:%2").arg(list).arg(code); });
+        QObject::connect(
+            &rig.state, &RadioState::passbandCodeReported, &rig.state,
+            [this](int list, int code) { codes << QStringLiteral("%1:%2").arg(list).arg(code); });
     }
     YaesuProtocol& y() { return *dynamic_cast<YaesuProtocol*>(rig.radio.protocol()); }
     // What the queue sends on the ticks until it has nothing left or holds for a reply.
@@ -232,7 +270,8 @@ TEST_F(Yaesu, SmallRadiosWaitForTheirAnswerAndToggleToTheVfoAskedFor) {
     rig.queue.SetXcvrVFOA();
     EXPECT_EQ(rig.tick(), hx("00550000BB"));
     rig.wire(hx("0100"));
-    EXPECT_EQ(rig.queued(), (QStringList{"Wait", "Exchange VFOs", "Wait", "Wait", "Request Frequency", "Wait", "Request Mode"}));
+    EXPECT_EQ(rig.queued(), (QStringList{"Wait", "Exchange VFOs", "Wait", "Wait", "Request Frequency", "Wait",
+                                         "Request Mode"}));
     EXPECT_EQ(drain(), hx("0000000081") + hx("0000000003"));
     // Already on A: nothing more.
     rig.queue.InitializeXcvrCmdBuffer();
@@ -251,7 +290,8 @@ TEST_F(Yaesu, MpPollingCyclesMeterFrequencyAndFlagsAndReadsShorterWhenTheFlagsSa
     EXPECT_DOUBLE_EQ(meter, double(128.0f / 255.0f));
     EXPECT_EQ(rig.tick(), hx("0000000310"));
     // A tick while the 32 bytes are still coming sends nothing into them.
-    QByteArray mp = reply(32, {{3, 0x22}, {4, 0xC9}, {5, 0x20}, {8, 0x01}, {9, 0x23}, {20, 0x1C}, {25, 0x12}});
+    QByteArray mp =
+        reply(32, {{3, 0x22}, {4, 0xC9}, {5, 0x20}, {8, 0x01}, {9, 0x23}, {20, 0x1C}, {25, 0x12}});
     rig.wire(mp.left(20));
     EXPECT_EQ(rig.tick(), QByteArray());
     rig.wire(mp.mid(20));
@@ -312,12 +352,13 @@ TEST_F(Yaesu, BringUpSendsWhatEachModelNeedsFirst) {
     EXPECT_EQ(ft990.radio.protocol()->FineStepToolTip(true), QString());
     CoreRig ft1000{catalogue()};
     ft1000.withRadio(QStringLiteral("FT1000D"));
-    EXPECT_EQ(ft1000.radio.protocol()->FineStepToolTip(false), QStringLiteral("QSY down minimum step (10 or 100 Hz)"));
+    EXPECT_EQ(ft1000.radio.protocol()->FineStepToolTip(false),
+              QStringLiteral("QSY down minimum step (10 or 100 Hz)"));
     EXPECT_TRUE(ft1000.radio.protocol()->StepsWithOwnCommand());
 }
 
 class Ft767 : public Yaesu {
-protected:
+  protected:
     void SetUp() override { start("FT767"); }
     // Time passes while a reply is awaited, and nothing is written into it.
     void idle() {
@@ -357,7 +398,8 @@ TEST_F(Ft767, EveryCommandAndPollRunsTheHandshakeToItsEnd) {
     rig.queue.SetXcvrMode(ModeCW);
     rig.loop.advance(rig.queue.XcvrCmdTimer.Interval());
     // The mode waits behind the whole handshake of the frequency, and no poll cuts in.
-    runHandshake(hx("0050420108"), block767(5, 0, "01425000"), block767(86, 0x08, "01425000", 0, "01425000", "00702000"));
+    runHandshake(hx("0050420108"), block767(5, 0, "01425000"),
+                 block767(86, 0x08, "01425000", 0, "01425000", "00702000"));
     EXPECT_EQ(released, 1);
     EXPECT_EQ(split, true);
     EXPECT_DOUBLE_EQ(rig.state.RadioFreq, 14250.0);

@@ -12,11 +12,12 @@ namespace {
 using test::waitFor;
 
 class YaesuLink : public test::SimulatedRadio {
-protected:
+  protected:
     void start(const char* model) {
         startStation(QString::fromLatin1(model));
         if (program)
-            QObject::connect(&m().state(), &RadioState::meterReported, &m().state(), [this](double v) { meter = v; });
+            QObject::connect(&m().state(), &RadioState::meterReported, &m().state(),
+                             [this](double v) { meter = v; });
     }
     // The simulator logged a block it received ("<- 00 ...").
     bool simGot(const char* hex) { return waitSim(QStringLiteral("<- ") + QLatin1String(hex), 5000); }

@@ -23,9 +23,10 @@ QByteArray noise(std::mt19937& gen, int n) {
 
 TEST(YaesuFuzz, PureDecodersTakeAnyLength) {
     std::mt19937 gen(12);
-    const YaesuLayout layouts[] = {YaesuLayout::MP,    YaesuLayout::FT1000D, YaesuLayout::FT990, YaesuLayout::FT920,
-                                   YaesuLayout::FT900, YaesuLayout::FT890,   YaesuLayout::FT100, YaesuLayout::FT817,
-                                   YaesuLayout::FT847, YaesuLayout::FT757,   YaesuLayout::FT747, YaesuLayout::FT767};
+    const YaesuLayout layouts[] = {YaesuLayout::MP,    YaesuLayout::FT1000D, YaesuLayout::FT990,
+                                   YaesuLayout::FT920, YaesuLayout::FT900,   YaesuLayout::FT890,
+                                   YaesuLayout::FT100, YaesuLayout::FT817,   YaesuLayout::FT847,
+                                   YaesuLayout::FT757, YaesuLayout::FT747,   YaesuLayout::FT767};
     for (int round = 0; round < 400; ++round) {
         const QByteArray r = noise(gen, int(gen() % 400));
         for (YaesuLayout l : layouts) {
@@ -33,9 +34,11 @@ TEST(YaesuFuzz, PureDecodersTakeAnyLength) {
             EXPECT_TRUE(d.mode >= 0 && d.mode <= 10);
             EXPECT_TRUE(std::isfinite(d.kHz));
         }
-        for (YaesuFlagsForm f : {YaesuFlagsForm::MP, YaesuFlagsForm::FT990, YaesuFlagsForm::FT890, YaesuFlagsForm::FT100})
+        for (YaesuFlagsForm f :
+             {YaesuFlagsForm::MP, YaesuFlagsForm::FT990, YaesuFlagsForm::FT890, YaesuFlagsForm::FT100})
             DecodeYaesuFlags(f, r);
-        for (YaesuMeterForm f : {YaesuMeterForm::Byte1Of255, YaesuMeterForm::FT100, YaesuMeterForm::Low4Of15, YaesuMeterForm::Byte1Of15})
+        for (YaesuMeterForm f : {YaesuMeterForm::Byte1Of255, YaesuMeterForm::FT100, YaesuMeterForm::Low4Of15,
+                                 YaesuMeterForm::Byte1Of15})
             EXPECT_TRUE(std::isfinite(DecodeYaesuMeter(f, r)));
         Decode767Status(r);
     }
@@ -75,10 +78,18 @@ TEST(YaesuFuzz, EveryModelSurvivesALineOfNoiseThroughTheWholeProgram) {
             const int want = link.ExpectedBytes;
             int n;
             switch (gen() % 4) {
-                case 0: n = want; break;              // the right length, any content
-                case 1: n = std::max(0, want - 1); break;  // short: the wait times out
-                case 2: n = want + 7; break;          // long: the rest is outside any wait
-                default: n = int(gen() % 20); break;  // noise, awaited or not
+                case 0:
+                    n = want;
+                    break;  // the right length, any content
+                case 1:
+                    n = std::max(0, want - 1);
+                    break;  // short: the wait times out
+                case 2:
+                    n = want + 7;
+                    break;  // long: the rest is outside any wait
+                default:
+                    n = int(gen() % 20);
+                    break;  // noise, awaited or not
             }
             if (want > 0 && n >= want) ++decoded;
             st.serial()->feed(noise(gen, n));

@@ -9,6 +9,7 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QStringList>
 
 #include <cstdio>
 #include <memory>
@@ -21,6 +22,34 @@
 
 namespace tv {
 
+namespace {
+// One radio of each family the simulator speaks, and of each kind of Yaesu line: the small radios'
+// own command set, the long reads of the FT-1000MP, and the FT-767's handshake.
+constexpr DemoModel kDemoModels[] = {
+    {"IC-7300", "IC-7300", "94", "19200"},
+    {"TS-2000", "TS-2000", "", "9600"},
+    {"FT-817", "FT817", "", "4800"},
+    {"FT-1000MP", "MP1000", "", "4800"},
+    {"FT-767", "FT767", "", "4800"},
+};
+}  // namespace
+
+const DemoModel* DemoRadio::find(const QString& name) {
+    for (const DemoModel& m : kDemoModels)
+        if (name.compare(QLatin1String(m.name), Qt::CaseInsensitive) == 0 ||
+            name.compare(QLatin1String(m.catalogue), Qt::CaseInsensitive) == 0)
+            return &m;
+    return nullptr;
+}
+
+const DemoModel& DemoRadio::defaultModel() { return kDemoModels[0]; }
+
+QString DemoRadio::names() {
+    QStringList out;
+    for (const DemoModel& m : kDemoModels) out << QString::fromLatin1(m.name);
+    return out.join(QStringLiteral(", "));
+}
+
 DemoRadio::~DemoRadio() { stop(); }
 
 QString DemoRadio::start(const QString& exeDir, QString* error) {
@@ -31,7 +60,7 @@ QString DemoRadio::start(const QString& exeDir, QString* error) {
     }
     // The dial turns by itself, so that the demo shows the program following the radio.
     sim_.setProgram(program);
-    sim_.setArguments({QStringLiteral("--model"), QString::fromLatin1(kModel), QStringLiteral("--freq"),
+    sim_.setArguments({QStringLiteral("--model"), QString::fromLatin1(model_->name), QStringLiteral("--freq"),
                        QStringLiteral("14025.5"), QStringLiteral("--mode"), QStringLiteral("CW"),
                        QStringLiteral("--dial-step"), QStringLiteral("100"), QStringLiteral("--dial-every"),
                        QStringLiteral("1000")});
@@ -69,22 +98,22 @@ void DemoRadio::stop() {
     }
 }
 
-void DemoRadio::presetSettings(const QString& iniPath, const QString& pty) {
+void DemoRadio::presetSettings(const QString& iniPath, const QString& pty) const {
     SettingsStore s(iniPath, nullptr);
     const QString g = QStringLiteral("General");
-    s.SaveSetting(g, QStringLiteral("Radio"), QString::fromLatin1(kModel));
-    s.SaveSetting(g, QStringLiteral("RadioId"), QString::fromLatin1(kAddress));
+    s.SaveSetting(g, QStringLiteral("Radio"), QString::fromLatin1(model_->catalogue));
+    s.SaveSetting(g, QStringLiteral("RadioId"), QString::fromLatin1(model_->address));
     s.SaveSetting(g, QStringLiteral("Radix"), QStringLiteral("Hexadecimal"));
     s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
     s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty);
-    s.SaveSetting(g, QStringLiteral("CommSpeed"), QStringLiteral("19200"));
+    s.SaveSetting(g, QStringLiteral("CommSpeed"), QString::fromLatin1(model_->speed));
     s.SaveSetting(g, QStringLiteral("Interrogate"), QStringLiteral("T"));
     s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
     s.SaveSetting(g, QStringLiteral("MessageCapture"), QStringLiteral("T"));
     presetStation(s, QFileInfo(iniPath).absolutePath());
 }
 
-void DemoRadio::presetStation(SettingsStore& s, const QString& folder) {
+void DemoRadio::presetStation(SettingsStore& s, const QString& folder) const {
     // A manual tuner's table, so that the main window shows a device following the dial.
     const QString table = folder + QStringLiteral("/tuner.txt");
     QSaveFile f(table);
@@ -100,11 +129,11 @@ void DemoRadio::presetStation(SettingsStore& s, const QString& folder) {
     s.SaveSetting(d, QStringLiteral("DeviceFilename0"), table);
     // The demo radio as the first of the transceivers, on its port.
     const QString x = QStringLiteral("MultiXCVR");
-    s.SaveSetting(x, QStringLiteral("MultiModel0"), QString::fromLatin1(kModel));
-    s.SaveSetting(x, QStringLiteral("MultiAddr0"), QString::fromLatin1(kAddress));
-    s.SaveSetting(x, QStringLiteral("MultiName0"), QStringLiteral("Demo 7300"));
+    s.SaveSetting(x, QStringLiteral("MultiModel0"), QString::fromLatin1(model_->catalogue));
+    s.SaveSetting(x, QStringLiteral("MultiAddr0"), QString::fromLatin1(model_->address));
+    s.SaveSetting(x, QStringLiteral("MultiName0"), QStringLiteral("Demo ") + QString::fromLatin1(model_->name));
     s.SaveSetting(x, QStringLiteral("MultiPort0"), QStringLiteral("0"));
-    s.SaveSetting(x, QStringLiteral("MultiBaud0"), QStringLiteral("19200"));
+    s.SaveSetting(x, QStringLiteral("MultiBaud0"), QString::fromLatin1(model_->speed));
     s.SaveSetting(x, QStringLiteral("MultiParity0"), QStringLiteral("N"));
     s.SaveSetting(x, QStringLiteral("MultiWordlength0"), QStringLiteral("8"));
     s.SaveSetting(x, QStringLiteral("MultiStop0"), QStringLiteral("1"));

@@ -11,22 +11,37 @@ namespace tv {
 class Program;
 class SettingsStore;
 
+// A radio the demo can simulate: its name as makers write it, its catalogue name, and what the
+// settings need for it.
+struct DemoModel {
+    const char* name;
+    const char* catalogue;
+    const char* address;  // "" for radios without a bus address
+    const char* speed;
+};
+
 class DemoRadio {
 public:
-    // The simulated model: in the catalogue, and known to the simulator.
-    static constexpr const char* kModel = "IC-7300";
-    static constexpr const char* kAddress = "94";
+    // The model by either of its names (any case); nullptr for one the demo doesn't offer.
+    static const DemoModel* find(const QString& name);
+    static const DemoModel& defaultModel();
+    // The names the demo offers, for the help text and the error message.
+    static QString names();
 
+    explicit DemoRadio(const DemoModel& model = defaultModel()) : model_(&model) {}
     ~DemoRadio();
+    void setModel(const DemoModel& model) { model_ = &model; }
+    const DemoModel& model() const { return *model_; }
     // Starts the simulator found beside this program; returns the pty it serves, or "" with a reason.
     QString start(const QString& exeDir, QString* error);
     void stop();
     // Settings that select the simulated radio on the pty, written into the given store file.
-    static void presetSettings(const QString& iniPath, const QString& pty);
+    void presetSettings(const QString& iniPath, const QString& pty) const;
     // A device table beside the settings and the demo radio as the first transceiver.
-    static void presetStation(SettingsStore& s, const QString& folder);
+    void presetStation(SettingsStore& s, const QString& folder) const;
 
 private:
+    const DemoModel* model_;
     QProcess sim_;
 };
 

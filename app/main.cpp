@@ -95,7 +95,12 @@ int main(int argc, char** argv) {
                                   QStringLiteral("Serve rigctld clients on TCP port PORT (over the setting NetServerPort)."),
                                   QStringLiteral("PORT"));
     QCommandLineOption noNetOpt(QStringLiteral("no-net"), QStringLiteral("Run no rig server for other programs."));
-    parser.addOptions({headlessOpt, demoOpt, configOpt, appOpt, shotsOpt, netPortOpt, noNetOpt});
+    QCommandLineOption modelOpt(QStringLiteral("model"),
+                                QStringLiteral("The demo's simulated radio: ") + tv::DemoRadio::names() +
+                                    QStringLiteral(" (default ") + QLatin1String(tv::DemoRadio::defaultModel().name) +
+                                    QStringLiteral(")."),
+                                QStringLiteral("NAME"));
+    parser.addOptions({headlessOpt, demoOpt, configOpt, appOpt, shotsOpt, netPortOpt, noNetOpt, modelOpt});
     // ---- memories from the shell ----
     QCommandLineOption exportMemoriesOpt(QStringLiteral("export-memories"),
                                          QStringLiteral("Write all stored memories to FILE and exit."), QStringLiteral("FILE"));
@@ -141,6 +146,15 @@ int main(int argc, char** argv) {
     const bool demo = parser.isSet(demoOpt);
     tv::DemoRadio demoRadio;
     std::optional<tv::DemoFolder> demoDir;
+    if (parser.isSet(modelOpt)) {
+        const tv::DemoModel* chosen = tv::DemoRadio::find(parser.value(modelOpt));
+        if (!demo || !chosen) {
+            std::fprintf(stderr, "tolvane: --model goes with --demo and names one of %s\n",
+                         tv::DemoRadio::names().toLocal8Bit().constData());
+            return 2;
+        }
+        demoRadio.setModel(*chosen);
+    }
     if (demo) {
         if (!parser.isSet(configOpt)) {
             demoDir.emplace();
@@ -157,8 +171,8 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "tolvane: %s\n", error.toLocal8Bit().constData());
             return 1;
         }
-        tv::DemoRadio::presetSettings(paths.configDir + QStringLiteral("/Tolvane.ini"), pty);
-        std::fprintf(stdout, "Demo: a simulated %s answers on %s; its dial turns by itself.\n", tv::DemoRadio::kModel,
+        demoRadio.presetSettings(paths.configDir + QStringLiteral("/Tolvane.ini"), pty);
+        std::fprintf(stdout, "Demo: a simulated %s answers on %s; its dial turns by itself.\n", demoRadio.model().name,
                      pty.toLocal8Bit().constData());
         std::fflush(stdout);
     }

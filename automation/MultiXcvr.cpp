@@ -31,7 +31,9 @@ void MultiXcvr::connect() {
     h.SelectMultiXcvr = [this](double kHz) { return SelectMultiXcvrForFrequency(kHz); };
     h.SelectMultiXcvrByIndex = [this](int index) { SelectMultiXcvr(index); };
     h.ConvertMultiAddresses = [this](bool toHex) { ConvertMultiAddresses(toHex); };
-    h.ResumeDelayedXcvrSwitch = [this] { return ResumeDelayedXcvrSwitch(); };
+    // A radio held under the program's control lets go at the end of its handshake: a switch that
+    // waited for that goes ahead.
+    QObject::connect(&m_.state(), &RadioState::controlReleased, &m_.state(), [this] { ResumeDelayedXcvrSwitch(); });
 
     KavConfig& c = m_.config();
     auto handler = [](const char* label, auto body) { return [label, body] { Guard(label, body); }; };
@@ -241,7 +243,7 @@ void MultiXcvr::SelectMultiXcvr(int index) {
             common.LogLine(QStringLiteral(
                 "KavModule.SelectMultiXcvr: cleared DelayedXcvrSwitchFlag, beginning delayed switch"));
         } else if (m_.radio().RadioIndex >= 0 && m_.radio().protocol() &&
-                   m_.radio().traits().releasedBeforeSwitch) {
+                   m_.radio().traits().holdsRadioUntilReleased) {
             DelayedXcvrSwitchIndex = index;
             DelayedXcvrSwitchFlag = true;
             common.LogLine(

@@ -116,7 +116,6 @@ public:
     // A radio whose traits hold a switch to another transceiver until it is released from computer
     // control calls this when it has been: a switch that waited is carried out now (true), and what
     // is left of the message belongs to the radio just left.
-    Hook<bool()> ResumeDelayedXcvrSwitch{all_, "ResumeDelayedXcvrSwitch", true};
     Hook<void()> ResetControlFolderErrorFlag{all_, "ResetControlFolderErrorFlag", false};
 
     // ---- user command sequences, for the keys and the suite link ----

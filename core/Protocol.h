@@ -66,10 +66,10 @@ struct ProtocolTraits {
     // The radio needs a pause after a new frequency before it takes the next command (a recalled memory
     // then ends with a wait, so the split and dual switches that follow aren't lost).
     bool waitsAfterFrequency = false;
+    // The radio is under the program's control while a handshake runs and stays locked unless let go:
+    // a switch to another transceiver waits for RadioState::controlReleased.
+    bool holdsRadioUntilReleased = false;
     InterrogationRule interrogation = InterrogationRule::Forced;
-    // The radio stays locked under computer control unless it is told to leave it: a switch to another
-    // transceiver waits until the family has released it and calls UpperHooks::ResumeDelayedXcvrSwitch.
-    bool releasedBeforeSwitch = false;
 };
 
 // Serial settings a family fixes for a model, as option indexes of the configuration window (0 or -1:
@@ -117,6 +117,12 @@ public:
     virtual int SilentPollInterval() const { return 0; }
     // A plain press of the 10 Hz buttons sends the radio's own step command instead of a frequency.
     virtual bool StepsWithOwnCommand() const { return false; }
+    // The tooltip of the 10 Hz up or down button, where the radio's own step makes it say more ("" keeps
+    // the usual one).
+    virtual QString FineStepToolTip(bool up) const {
+        (void)up;
+        return QString();
+    }
     // The radio takes a split frequency without a split switch (a client's "split" then sets it alone).
     virtual bool TakesSplitFrequencyAlone() const { return false; }
 

@@ -182,6 +182,9 @@ void KavModule::bringUpFamily(const RadioInfo& r) {
         if (f->dtr >= 0) config_.DTRButton[f->dtr].setValue(true);
         if (f->rts >= 0) config_.RTSButton[f->rts].setValue(true);
     }
+    const QString upTip = p->FineStepToolTip(true), downTip = p->FineStepToolTip(false);
+    if (!upTip.isEmpty()) main_.HzUpCmd.setToolTip(upTip);
+    if (!downTip.isEmpty()) main_.HzDownCmd.setToolTip(downTip);
     p->BringUp();
 }
 

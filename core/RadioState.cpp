@@ -50,6 +50,8 @@ void RadioState::UpdateVFO() {
 void RadioState::UpdateVFOCaption() { emit vfoChanged(CurrentVFO); }
 
 void RadioState::ReportSplit(bool on) { emit splitReported(on); }
+void RadioState::ReportDual(bool on) { emit dualReported(on); }
+void RadioState::ReportControlReleased() { emit controlReleased(); }
 void RadioState::ReportMeter(double fraction) { emit meterReported(fraction); }
 void RadioState::ReportFilterGroup(int group) { emit filterGroupReported(group); }
 void RadioState::ReportRefusal() { emit commandRefused(); }

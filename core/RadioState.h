@@ -61,6 +61,7 @@ public:
     void UpdateVFO();
     void UpdateVFOCaption();
     void ReportSplit(bool on);
+    void ReportDual(bool on);
     void ReportMeter(double fraction);
     void ReportFilterGroup(int group);
     void ReportRefusal();
@@ -72,6 +73,9 @@ public:
     void ReportSilent();
     // One more poll went out; true when this many polls in a row have had no answer.
     bool ReportPolled(int silentAfter) { return ++pollsUnanswered_ == silentAfter; }
+    // A radio that the program holds under its control (a handshake) has been let go: what waited for
+    // that, a switch to another transceiver, may go ahead.
+    void ReportControlReleased();
     // Passband lists: the model's lists, a mode report to lay them out by, and values read back.
     void ReportPassbandModel(const PassbandModel* model);
     void ReportPassbandMode();
@@ -86,12 +90,14 @@ signals:
     void modeChanged(int mode);   // the shown mode changed
     void vfoChanged(int vfo);
     void splitReported(bool on);
+    void dualReported(bool on);
     void meterReported(double fraction);
     void filterGroupReported(int group);
     void commandRefused();
     void identified(const tv::RadioIdentity& identity);
     void frequencyFocusWanted();
     void respondingChanged(bool responding);
+    void controlReleased();
     void transmittingChanged(bool on);
     void passbandModelChosen(const tv::PassbandModel* model);
     void passbandLayoutDue();

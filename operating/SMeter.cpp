@@ -68,6 +68,7 @@ std::uint32_t SMeter::ParseColor(const QString& field) {
 }
 
 int SMeter::StepOf(double fraction) {
+    // A radio may read below its own zero (the FT-100 counts down from a top value): still the first step.
     return std::clamp(int(std::floor(fraction * 15 + 0.5)) + 1, 1, kSteps);
 }
 

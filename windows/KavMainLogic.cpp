@@ -119,6 +119,12 @@ void KavMainLogic::connect() {
         m_.SetControlFlag(FlagSplitBox, true);
         box.setChecked(on);
     });
+    QObject::connect(&s, &RadioState::dualReported, &s, [this](bool on) {
+        CheckBox& box = m_.main().DualBox;
+        if (on == box.checked()) return;
+        m_.SetControlFlag(FlagDualBox, true);
+        box.setChecked(on);
+    });
     QObject::connect(&s, &RadioState::vfoChanged, &s, [this](int vfo) {
         if (vfo == 0) m_.main().VFOFrame.setCaption(QStringLiteral("VFO A"));
         if (vfo == 1) m_.main().VFOFrame.setCaption(QStringLiteral("VFO B"));

@@ -119,7 +119,7 @@ TEST_F(Transceivers, TwoEntriesOfOneModelSwitchOnlyTheLinkAndKeepTheSpeedWhereNo
 // A family whose radio stays locked unless released, and which says when it has been.
 class LockingProtocol : public Protocol {
   public:
-    LockingProtocol() { traits_.releasedBeforeSwitch = true; }
+    LockingProtocol() { traits_.holdsRadioUntilReleased = true; }
     const ProtocolTraits& traits() const override { return traits_; }
     QString DisplayName(const RadioInfo&) const override { return QStringLiteral("Locking"); }
     void Execute(const XcvrCmd&) override {}
@@ -141,14 +141,15 @@ TEST_F(Transceivers, ASwitchAwayFromARadioThatMustBeReleasedWaitsForIt) {
         });
     };
     start("FT817");
-    EXPECT_FALSE(m().hooks.ResumeDelayedXcvrSwitch());  // nothing waits
+    m().state().ReportControlReleased();  // nothing waits: nothing switches
+    EXPECT_EQ(multi().SelectedXcvr, 0);
     st.p().main.XcvrSelButton[1].userClick();
     EXPECT_TRUE(multi().DelayedXcvrSwitchFlag);
     EXPECT_EQ(multi().SelectedXcvr, 0);
     EXPECT_EQ(m().radio().model(), QStringLiteral("FT817"));
     EXPECT_EQ(st.serial()->path(), QStringLiteral("/dev/fake1"));
     // The family has released its radio: the switch goes through.
-    EXPECT_TRUE(m().hooks.ResumeDelayedXcvrSwitch());
+    m().state().ReportControlReleased();
     EXPECT_FALSE(multi().DelayedXcvrSwitchFlag);
     EXPECT_EQ(multi().SelectedXcvr, 1);
     EXPECT_EQ(m().radio().model(), QStringLiteral("IC-756PRO"));

@@ -29,6 +29,7 @@ public:
     QString OfflineCaption(bool r) const override { return real_ ? real_->OfflineCaption(r) : QString(); }
     bool TakesSplitFrequencyAlone() const override { return real_ && real_->TakesSplitFrequencyAlone(); }
     bool StepsWithOwnCommand() const override { return real_ && real_->StepsWithOwnCommand(); }
+    QString FineStepToolTip(bool up) const override { return real_ ? real_->FineStepToolTip(up) : QString(); }
     bool AcceptsModes() const override { return !real_ || real_->AcceptsModes(); }
     bool UsesControlFolder() const override { return real_ && real_->UsesControlFolder(); }
     std::optional<FixedPortSettings> FixedPort() const override { return real_ ? real_->FixedPort() : std::nullopt; }

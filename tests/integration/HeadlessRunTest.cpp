@@ -122,6 +122,32 @@ TEST(HeadlessRunOptions, ACrashedDemoLeavesNothingBehindOnceTheNextDemoStarts) {
     EXPECT_EQ(leftovers(), QStringList());
 }
 
+TEST(HeadlessRunOptions, TheDemoRunsAYaesuRadioWhenAskedAndRefusesAModelItDoesntOffer) {
+    QTemporaryDir runtime;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime.path());
+    QProcess demo;
+    demo.setProcessEnvironment(env);
+    QByteArray out;
+    ASSERT_TRUE(startRunning(demo, {QStringLiteral("--demo"), QStringLiteral("--model"), QStringLiteral("FT-817")}, &out))
+        << demo.readAll().toStdString();
+    EXPECT_TRUE(out.contains("Demo: a simulated FT-817 answers on"));
+    // The simulator's dial turns 100 Hz a second from 14,025.5 kHz: the program follows it in CW.
+    EXPECT_TRUE(tv::test::waitFor([&] {
+        out += demo.readAll();
+        return out.contains("Radio: mode CW") && out.contains("Radio: 14025.600 kHz");
+    }, 15000)) << out.toStdString();
+    ::kill(pid_t(demo.processId()), SIGTERM);
+    ASSERT_TRUE(demo.waitForFinished(20000));
+    EXPECT_EQ(demo.exitCode(), 0);
+
+    QProcess wrong;
+    wrong.start(programPath(), {QStringLiteral("--demo"), QStringLiteral("--model"), QStringLiteral("FT-991")});
+    ASSERT_TRUE(wrong.waitForFinished(20000));
+    EXPECT_EQ(wrong.exitCode(), 2);
+    EXPECT_TRUE(wrong.readAllStandardError().contains("--model goes with --demo and names one of IC-7300"));
+}
+
 TEST(HeadlessRunOptions, AConfigFolderThatCantBeWrittenIsSaidOnceAndTheProgramStillStopsCleanly) {
     // A plain file where the folder should be: nothing can be written under it, not even by root.
     QTemporaryDir dir;

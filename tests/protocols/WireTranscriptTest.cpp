@@ -4,6 +4,7 @@
 // wire, or of when it leaves, fails here. Set TOLVANE_UPDATE_WIRE=1 to write them anew after a change
 // that is meant.
 
+#include "core/RadioLink.h"
 #include "platform/FakeSuiteBus.h"
 #include "support/TestStation.h"
 
@@ -44,6 +45,7 @@ public:
         if (!st.serial()->written.isEmpty()) log += QStringLiteral("  > %1\n").arg(hex(st.serial()->written));
         st.serial()->onWrite = [this](const QByteArray& b) {
             log += QStringLiteral("%1 > %2\n").arg(qint64(st.loop.monotonicMs()), 6).arg(hex(b));
+            lastWrite = b;
         };
     }
     // Text as text (Kenwood), anything else in hexadecimal.
@@ -53,7 +55,20 @@ public:
         return printable ? QLatin1Char('"') + QString::fromLatin1(b) + QLatin1Char('"')
                          : QString::fromLatin1(b.toHex(' ').toUpper());
     }
-    void advance(int ms) { st.loop.advance(ms); }
+    // With a radio that answers (a Yaesu, whose replies are awaited by length), every awaited reply is
+    // given within ten milliseconds, as a radio at speed would.
+    void advance(int ms) {
+        if (!answer) {
+            st.loop.advance(ms);
+            return;
+        }
+        for (int t = 0; t < ms; t += kAnswerStep) {
+            st.loop.advance(std::min(kAnswerStep, ms - t));
+            RadioLink& link = st.m().link();
+            if (link.replyOutstanding() && link.RcvCount == 0)
+                feed(answer(link.ExpectOperation, link.ExpectedBytes, lastWrite));
+        }
+    }
     void feed(const QByteArray& b) {
         log += QStringLiteral("%1 < %2\n").arg(qint64(st.loop.monotonicMs()), 6).arg(hex(b));
         st.serial()->feed(b);
@@ -101,9 +116,13 @@ public:
         ASSERT_EQ(got.size(), want.size()) << name.toStdString();
     }
 
+    static constexpr int kAnswerStep = 10;
     TestStation st;
     FakeSuiteBus* bus = nullptr;
     QString log;
+    QByteArray lastWrite;
+    // The radio's answer to an awaited reply: the operation, its length, and the block that asked.
+    std::function<QByteArray(const QString&, int, const QByteArray&)> answer;
 
 private:
     QString radio_;
@@ -249,6 +268,56 @@ TEST(WireTranscript, KenwoodRadios) {
     kenwoodSession(QStringLiteral("TS-870"), "ID015;", QStringLiteral("TS-870S"));
     kenwoodSession(QStringLiteral("TS-450"), "ID010;", QStringLiteral("TS-450S"));
     kenwoodSession(QStringLiteral("TS-2000"), "ID004;", QStringLiteral("TS-440S"));
+}
+
+// Yaesu replies, at 1-based positions, zero elsewhere.
+QByteArray yaesuReply(int length, std::initializer_list<std::pair<int, int>> bytes) {
+    QByteArray r(length, '\0');
+    for (auto [at, v] : bytes)
+        if (at <= length) r[at - 1] = char(v);
+    return r;
+}
+
+void yaesuSession(const QString& radio, const QString& name,
+                  std::function<QByteArray(const QString&, int, const QByteArray&)> answer) {
+    Session s(radio);
+    s.answer = std::move(answer);
+    s.start();
+    s.advance(1050);
+    operate(s);
+    s.advance(650);
+    s.stop();
+    s.check(name);
+}
+
+TEST(WireTranscript, YaesuRadios) {
+    // 14,025.50 kHz in CW on VFO A, meter at a third, nothing else set.
+    yaesuSession(QStringLiteral("FT817"), QStringLiteral("FT-817"), [](const QString& op, int n, const QByteArray&) {
+        if (op == QLatin1String("GetOpData")) return QByteArray::fromHex("0140255002");
+        if (op == QLatin1String("YaesuMeter")) return QByteArray::fromHex("05");
+        return QByteArray(n, '\0');  // split, PTT and lock done; the VFO flag says A
+    });
+    yaesuSession(QStringLiteral("MP1000"), QStringLiteral("FT-1000MP"), [](const QString& op, int n, const QByteArray&) {
+        if (op == QLatin1String("GetOpData"))  // 14025.5 kHz in sixteenths of ten hertz, CW, filters 2.4k
+            return yaesuReply(n, {{2, 0x01}, {3, 0x56}, {4, 0x6B}, {5, 0x60}, {8, 2}, {9, 0x11}, {18, 0x01}, {19, 0x56}, {20, 0x6B}, {21, 0x60}});
+        if (op == QLatin1String("YaesuMeter")) return QByteArray::fromHex("55555555F7");
+        if (op == QLatin1String("YaesuStatus")) return yaesuReply(n, {{1, 0x20}});  // on a VFO: the long read
+        return QByteArray(n, '\0');
+    });
+    // The FT-767 echoes each block and answers each acknowledge with its state, newest byte last.
+    yaesuSession(QStringLiteral("FT767"), QStringLiteral("FT-767"), [](const QString& op, int n, const QByteArray& asked) {
+        if (op == QLatin1String("CommandEcho")) return asked;
+        QByteArray r(n, '\0');
+        auto p = [&](int k, int v) {
+            if (n + 1 - k >= 1) r[n - k] = char(v);
+        };
+        p(1, 0x00);  // status: no split, VFO A
+        p(2, 0x01), p(3, 0x40), p(4, 0x25), p(5, 0x50);  // 14,025.50 kHz
+        p(7, 2);  // CW
+        p(15, 0x01), p(16, 0x40), p(17, 0x25), p(18, 0x50);
+        p(21, 0x00), p(22, 0x70), p(23, 0x10), p(24, 0x00);
+        return r;
+    });
 }
 
 }  // namespace

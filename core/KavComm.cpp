@@ -44,10 +44,18 @@ void KavComm::ensureDevice() {
             case SerialFault::TxFull: CommError(QStringLiteral("TX buffer full")); break;
             case SerialFault::Other: CommError(text); break;
             case SerialFault::DeviceRemoved:
-                // The adapter is gone: stop using it, and let the operator see why nothing moves.
+                // The adapter is gone: stop using it, let the operator see why nothing moves, and look
+                // for it until it is back.
                 CommError(text);
                 PortIsOpen = false;
                 if (dev_) dev_->close();
+                common_.LogLine(QStringLiteral("KavComm: Com%1 is gone; it is opened again when it comes back").arg(commPort_));
+                if (!reopen_) {
+                    reopen_ = common_.loop().createTimer();
+                    reopen_->onTick = [this] { tryReopen(); };
+                }
+                reopen_->setInterval(kReopenEveryMs);
+                reopen_->setEnabled(true);
                 if (onLost) onLost(text);
                 break;
         }
@@ -119,6 +127,7 @@ void KavComm::applyModemLines() {
 void KavComm::OpenPort(int port, qint32 speed, const QString& parity, const QString& wordLength,
                        const QString& stopBits, int dtrMode, int rtsMode) {
     if (port == 0) return;
+    if (reopen_) reopen_->setEnabled(false);
     ensureDevice();
     if (PortIsOpen && dev_) dev_->close();
     PortIsOpen = false;
@@ -148,7 +157,24 @@ void KavComm::OpenPort(int port, qint32 speed, const QString& parity, const QStr
     if (onOpened) onOpened();
 }
 
+void KavComm::tryReopen() {
+    if (PortIsOpen || !dev_) {
+        reopen_->setEnabled(false);
+        return;
+    }
+    int number = 0;
+    QString text;
+    if (!dev_->open(dev_->path(), serialSettings_, &number, &text)) return;  // not back yet
+    reopen_->setEnabled(false);
+    applyModemLines();
+    PortIsOpen = true;
+    dataPending_ = false;
+    common_.LogLine(QStringLiteral("KavComm: Com%1 is back (%2); the port is open again").arg(commPort_).arg(dev_->path()));
+    if (onOpened) onOpened();
+}
+
 void KavComm::ClosePort() {
+    if (reopen_) reopen_->setEnabled(false);
     if (!PortIsOpen) return;
     if (dev_) dev_->close();
     PortIsOpen = false;

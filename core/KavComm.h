@@ -2,6 +2,7 @@
 // The one serial port of the program. Nothing else touches it. A closed port swallows writes and
 // reads nothing, so the rest of the program runs on harmlessly while no radio hears it.
 
+#include "platform/EventLoop.h"
 #include "platform/SerialDevice.h"
 
 #include <QString>
@@ -54,12 +55,16 @@ public:
     std::function<void(const QString&)> onLost;
 
     SerialDevice* device() const { return dev_.get(); }
+    // A device that vanished is looked for this often, and opened again when it is back.
+    static constexpr int kReopenEveryMs = 2000;
+    bool waitingForDevice() const { return reopen_ && reopen_->enabled(); }
     int portNumber() const { return commPort_; }
     QString settingsText() const { return settings_; }
 
 private:
     void ensureDevice();
     void applyModemLines();
+    void tryReopen();
 
     Common& common_;
     SerialFactory factory_;
@@ -74,6 +79,7 @@ private:
     SerialSettings serialSettings_;
     // Work posted on the loop checks this first: the link may be gone when it runs.
     std::shared_ptr<int> alive_ = std::make_shared<int>(0);
+    std::unique_ptr<LoopTimer> reopen_;
 };
 
 }  // namespace tv

@@ -9,6 +9,7 @@
 #include "core/SelectedRadio.h"
 #include "forms/KavConfig.h"
 #include "platform/Dialogs.h"
+#include "platform/SerialDevice.h"
 #include "platform/SettingsStore.h"
 #include "services/Common.h"
 #include "services/Errors.h"
@@ -25,6 +26,26 @@ QString firstChar(const QString& s) { return s.trimmed().left(1); }
 PortSettings::PortSettings(Common& common, KavConfig& config, KavComm& comm, SelectedRadio& radio, RadioLink& link,
                            CommandQueue& queue)
     : common_(common), config_(config), comm_(comm), radio_(radio), link_(link), queue_(queue) {}
+
+void PortSettings::FillDeviceLists() {
+    const QStringList present = presentSerialDevices();
+    for (int i = config_.CommPortDevice.lbound(); i <= config_.CommPortDevice.ubound(); ++i) {
+        ComboBox& list = config_.CommPortDevice[i];
+        list.Clear();
+        for (const QString& path : present) list.AddItem(path);
+        list.setText(CommPortDevicePath(i));
+    }
+}
+
+void PortSettings::SelectCommPortDevice(int port, bool reopen) {
+    Guard("KavConfig.CommPortDevice_Click", [&] {
+        const QString path = config_.CommPortDevice[port].text().trimmed();
+        if (path.isEmpty() || path == CommPortDevicePath(port)) return;
+        common_.settings().SaveSetting(kGeneral, QStringLiteral("CommPortDevice%1").arg(port), path);
+        common_.LogLine(QStringLiteral("Com%1 is now %2").arg(port).arg(path));
+        if (reopen && port == CommPortNumber) SelectCommPort(port);
+    });
+}
 
 QString PortSettings::CommPortDevicePath(int port) const {
     return common_.settings().GetSetting(kGeneral, QStringLiteral("CommPortDevice%1").arg(port),
@@ -55,7 +76,7 @@ void PortSettings::InitializeCommPort() {
         bool speedOk = false;
         const long speed = speedText.trimmed().toLong(&speedOk);
         bool found = false;
-        for (int i = 1; i <= 8; ++i) {
+        for (int i = config_.Speed.lbound(); i <= config_.Speed.ubound(); ++i) {
             const bool match = speedOk && captionNumber(config_.Speed[i].caption()) == speed;
             config_.Speed[i].setValue(match && !found);
             found = found || match;
@@ -84,6 +105,7 @@ void PortSettings::InitializeCommPort() {
         config_.StopBits[CommStopBits].setValue(true);
         config_.Parity[CommParity.toInt()].setValue(true);
 
+        FillDeviceLists();
         DTRControl = readIndex("DTR", 0, 0, 2);
         RTSControl = readIndex("RTS", 0, 0, 3);
         config_.DTRButton[DTRControl].setValue(true);

@@ -29,6 +29,11 @@ public:
     void SelectPortWordLength(int index);
     void SelectPortParity(int index);
     void SelectPortStopBits(int index);
+    // The devices present, offered for each port number, with its own device shown.
+    void FillDeviceLists();
+    // The operator chose or typed the device of a port number: kept, and, when reopen is asked and it is
+    // the port in use, opened.
+    void SelectCommPortDevice(int port, bool reopen);
     // The device path of a port number: setting CommPortDevice<n> of section General, /dev/ttyUSB<n-1> else.
     QString CommPortDevicePath(int port) const;
 

@@ -74,8 +74,11 @@ KavConfig::KavConfig(EventLoop& loop)
     Describe(StopBitsFrame, QStringLiteral("Stop Bits"), QStringLiteral("external RTTY modem stop bits"));
     Describe(DTRFrame, QStringLiteral("DTR"), QStringLiteral("control behavior of the Data Terminal Ready (DTR) signal"));
     Describe(RTSFrame, QStringLiteral("RTS"), QStringLiteral("control behavior of the Request To Send (RTS) signal"));
-    for (int i = 1; i <= 8; ++i)
+    for (int i = 1; i <= 8; ++i) {
         Describe(CommPort[i], QStringLiteral("Com%1").arg(i), QStringLiteral("Select Com%1").arg(i));
+        Describe(CommPortDevice[i], QString(),
+                 QStringLiteral("the serial device of Com%1: choose one present, or type its path").arg(i));
+    }
     // The two fastest speeds carry the 19200 tip as designed.
     const char* speeds[8][2] = {{"19200", "Select 19200 Baud"}, {"  9600", "Select 9600 Baud"},
                                 {"  4800", "Select 4800 Baud"}, {"  2400", "Select 2400 Baud"},
@@ -83,6 +86,8 @@ KavConfig::KavConfig(EventLoop& loop)
                                 {"38400", "Select 19200 Baud"}, {"57600", "Select 19200 Baud"}};
     for (int i = 1; i <= 8; ++i)
         Describe(Speed[i], QString::fromLatin1(speeds[i - 1][0]), QString::fromLatin1(speeds[i - 1][1]));
+    // Where modern radios with a USB port start: after the eight, so that a stored choice keeps its place.
+    Describe(Speed[9], QStringLiteral("115200"), QStringLiteral("Select 115200 Baud"));
     const char* parities[5] = {"none", "odd", "even", "mark", "space"};
     for (int i = 1; i <= 5; ++i) Describe(Parity[i], QString::fromLatin1(parities[i - 1]));
     const char* lengths[3] = {"8", "7", "6"};

@@ -73,9 +73,11 @@ public:
     Frame PortFrame{this, QStringLiteral("PortFrame")};
     OptionGroup portGroup;
     ControlArray<OptionButton> CommPort{this, QStringLiteral("CommPort"), 1, 8, &portGroup};
+    // The device each port number stands for: one of those present, or any path typed in.
+    ControlArray<ComboBox> CommPortDevice{this, QStringLiteral("CommPortDevice"), 1, 8, true};
     Frame SpeedFrame{this, QStringLiteral("SpeedFrame")};
     OptionGroup speedGroup;
-    ControlArray<OptionButton> Speed{this, QStringLiteral("Speed"), 1, 8, &speedGroup};
+    ControlArray<OptionButton> Speed{this, QStringLiteral("Speed"), 1, 9, &speedGroup};
     Frame ParityFrame{this, QStringLiteral("ParityFrame")};
     OptionGroup parityGroup;
     ControlArray<OptionButton> Parity{this, QStringLiteral("Parity"), 1, 5, &parityGroup};

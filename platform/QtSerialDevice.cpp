@@ -170,7 +170,11 @@ void QtSerialDevice::onError(int error) {
         case QSerialPort::PermissionError: return;  // told by open()
         default: break;  // Qt 6 no longer tells parity, framing and break apart: the text says what it was
     }
-    const QString text = port_->errorString();
+    // For a vanished device the library's text is whatever errno held last ("File exists" after a pty's
+    // far end closed): the operator is told what happened instead.
+    const QString text = fault == SerialFault::DeviceRemoved
+                             ? QStringLiteral("%1 was unplugged or hung up").arg(path_)
+                             : port_->errorString();
     port_->clearError();
     // Closed before anyone hears of it, so that a handler sees the state it must deal with and the
     // dead descriptor can't raise the same error again.

@@ -1,6 +1,8 @@
 #include "platform/SerialDevice.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSerialPortInfo>
 
 #include <algorithm>
@@ -40,7 +42,12 @@ QStringList presentSerialDevices() {
         if (!out.contains(info.systemLocation())) out << info.systemLocation();
     std::sort(out.begin(), out.end(),
               [](const QString& a, const QString& b) { return splitNumber(a) < splitNumber(b); });
-    return out;
+    // The names that stay with an adapter whatever order it was plugged in come first.
+    QStringList stable;
+    const QFileInfoList links = QDir(QStringLiteral("/dev/serial/by-id"))
+                                    .entryInfoList(QDir::Files | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QFileInfo& link : links) stable << link.absoluteFilePath();
+    return stable + out;
 }
 
 QString describeOpenFailure(const SerialDevice& device, const QString& text) {

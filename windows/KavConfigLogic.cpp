@@ -97,8 +97,22 @@ void KavConfigLogic::connect() {
         c.CommPort[i].Click = handler("KavConfig.CommPort_Click", [this, i] {
             if (m_.config().visible()) m_.port().SelectCommPort(i);
         });
-        c.Speed[i].Click = handler("KavConfig.Speed_Click", [this, i] { m_.port().SelectPortSpeed(i); });
+        // A device chosen from the list is used at once; one typed is kept as it is typed, and used at
+        // Enter or when its port is chosen.
+        c.CommPortDevice[i].Click = handler("KavConfig.CommPortDevice_Click", [this, i] {
+            if (m_.config().visible()) m_.port().SelectCommPortDevice(i, true);
+        });
+        c.CommPortDevice[i].Change = handler("KavConfig.CommPortDevice_Change", [this, i] {
+            if (m_.config().visible()) m_.port().SelectCommPortDevice(i, false);
+        });
+        c.CommPortDevice[i].KeyPress = [this, i](int& key) {
+            if (key != 13) return;
+            key = 0;
+            Guard("KavConfig.CommPortDevice_KeyPress", [&] { m_.port().SelectCommPort(i); });
+        };
     }
+    for (int i = c.Speed.lbound(); i <= c.Speed.ubound(); ++i)
+        c.Speed[i].Click = handler("KavConfig.Speed_Click", [this, i] { m_.port().SelectPortSpeed(i); });
     for (int i = 1; i <= 5; ++i) c.Parity[i].Click = handler("KavConfig.Parity_Click", [this, i] { m_.port().SelectPortParity(i); });
     for (int i = 1; i <= 3; ++i) {
         c.WordLength[i].Click = handler("KavConfig.WordLength_Click", [this, i] { m_.port().SelectPortWordLength(i); });

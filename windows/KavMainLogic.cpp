@@ -68,6 +68,8 @@ void KavMainLogic::connect() {
         });
     w.ConfigCmd.Click = handler("KavMain.ConfigCmd_Click", [this] {
         FocusRule();
+        // The devices present now: an adapter may have been plugged in since.
+        m_.port().FillDeviceLists();
         m_.config().Show();
         m_.config().setWindowState(Form::Normal);
         if (m_.config().raiseRequested) m_.config().raiseRequested();

@@ -30,8 +30,12 @@ using test::PtyPair;
 
 struct Faults {
     std::vector<SerialFault> kinds;
+    QStringList texts;
     void attach(SerialDevice& d) {
-        d.onFault = [this](SerialFault f, const QString&) { kinds.push_back(f); };
+        d.onFault = [this](SerialFault f, const QString& t) {
+            kinds.push_back(f);
+            texts << t;
+        };
     }
 };
 
@@ -147,6 +151,8 @@ TEST_F(SerialPty, TheFarSideVanishingIsARemovedDevice) {
     EXPECT_LT(t.elapsed(), 4000);  // no write blocks on a dead line
     ASSERT_EQ(faults.kinds.size(), 1u);  // told once, and the port is shut so it can't repeat
     EXPECT_EQ(faults.kinds[0], SerialFault::DeviceRemoved);
+    // Said in words, not in whatever error number the library last saw.
+    EXPECT_EQ(faults.texts[0], pty.ends[0] + QStringLiteral(" was unplugged or hung up"));
     EXPECT_FALSE(program.isOpen());
     program.write("FA;");
     QCoreApplication::processEvents();

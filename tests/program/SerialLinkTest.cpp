@@ -206,14 +206,25 @@ TEST(SerialLink, UnpluggedAdapterIsReportedAndLaterWritesVanish) {
     EXPECT_FALSE(st.p().comm.PortOpened());
     EXPECT_TRUE(st.p().main.caption().contains(QStringLiteral("Com port was lost")));
     EXPECT_TRUE(st.log().contains(QStringLiteral("KavComm.CommError: ")));
+    EXPECT_TRUE(st.log().contains(QStringLiteral("KavComm: Com1 is gone; it is opened again when it comes back")));
+    // While it stays away, writes vanish and it is looked for again and again.
+    dev->failOpenWith = kSerialPortNotFound;
     const auto before = dev->written.size();
-    st.loop.advance(3000);  // polling goes on against a closed port
+    st.loop.advance(5000);
     st.m().link().SendCommand(QByteArray("FA;"));
     EXPECT_EQ(dev->written.size(), before);
-    // Choosing the port again brings the link back.
+    EXPECT_FALSE(st.p().comm.PortOpened());
+    EXPECT_TRUE(st.p().comm.waitingForDevice());
+    // Back: opened on its own within the interval, said in the log and gone from the caption.
+    dev->failOpenWith = 0;
+    st.loop.advance(KavComm::kReopenEveryMs);
+    EXPECT_TRUE(st.p().comm.PortOpened());
+    EXPECT_TRUE(st.log().contains(QStringLiteral("KavComm: Com1 is back (")));
+    EXPECT_FALSE(st.p().main.caption().contains(QStringLiteral("was lost")));
+    EXPECT_FALSE(st.p().comm.waitingForDevice());
+    // Choosing the port again works as ever.
     st.m().port().SelectCommPort(1);
     EXPECT_TRUE(st.p().comm.PortOpened());
-    EXPECT_FALSE(st.p().main.caption().contains(QStringLiteral("was lost")));
 }
 
 TEST(SerialLink, FlushOnAClosedPortIsAnErrorForTheCaller) {

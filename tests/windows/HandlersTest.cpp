@@ -155,6 +155,32 @@ TEST_F(Handlers, PortOptionsActOnlyWhileTheWindowIsShownAndLinesFollowTheirButto
     EXPECT_TRUE(c().Speed[3].value());
 }
 
+// Each port number shows its device; another device chosen from the list is kept and opened at once,
+// a typed path is kept and opened at Enter; the ninth speed is 115200 and is stored as such.
+TEST_F(Handlers, ThePortsDevicesAreChosenOrTypedAndTheFastSpeedIsOffered) {
+    EXPECT_EQ(c().CommPortDevice[1].text(), QStringLiteral("/dev/ttyUSB0"));
+    EXPECT_EQ(c().CommPortDevice[8].text(), QStringLiteral("/dev/ttyUSB7"));
+    c().Show();
+    ComboBox& dev1 = c().CommPortDevice[1];
+    dev1.AddItem(QStringLiteral("/dev/serial/by-id/usb-radio-if00"));
+    dev1.setListIndex(dev1.ListCount() - 1);
+    EXPECT_EQ(st.serial()->path(), QStringLiteral("/dev/serial/by-id/usb-radio-if00"));
+    st.loop.runPosted();  // the store writes within a turn of the loop
+    EXPECT_EQ(st.stored(QStringLiteral("General"), QStringLiteral("CommPortDevice1")),
+              QStringLiteral("/dev/serial/by-id/usb-radio-if00"));
+    const int opens = st.serial()->openCount;
+    dev1.setText(QStringLiteral("/dev/ttyACM0"));
+    EXPECT_EQ(st.serial()->openCount, opens);  // typing doesn't reopen at each key
+    int enter = 13;
+    dev1.keyPress(enter);
+    EXPECT_EQ(st.serial()->path(), QStringLiteral("/dev/ttyACM0"));
+    c().Speed[9].userClick();
+    EXPECT_EQ(c().Speed[9].caption(), QStringLiteral("115200"));
+    EXPECT_EQ(st.serial()->lastSettings.baud, 115200);
+    st.loop.runPosted();
+    EXPECT_EQ(st.stored(QStringLiteral("General"), QStringLiteral("CommSpeed")), QStringLiteral("115200"));
+}
+
 TEST_F(Handlers, TheMonitorAsksBeforeLosingUnsavedLinesAndSavesTheViewOnScreen) {
     mon().AppendToMessageDisplay(QStringLiteral("0001@1200.00: 254 254 \r\n"), 0);
     mon().SetUnsavedData(true);

@@ -303,7 +303,21 @@ FormWindow* Windows::buildConfig(KavConfig& c) {
         l->addStretch(1);
         return fw;
     };
-    com->addWidget(options(c.PortFrame, c.CommPort, page[1]), 0, 0);
+    {
+        // Each port number with the device it stands for beside it.
+        QWidget* fw = place(c.PortFrame, page[1]);
+        auto* l = layoutOf<QVBoxLayout>(fw);
+        auto* rows = new QGridLayout;
+        for (int i = c.CommPort.lbound(); i <= c.CommPort.ubound(); ++i) {
+            rows->addWidget(place(c.CommPort[i], fw), i, 0);
+            QWidget* device = place(c.CommPortDevice[i], fw);
+            device->setMinimumWidth(260);
+            rows->addWidget(device, i, 1);
+        }
+        l->addLayout(rows);
+        l->addStretch(1);
+        com->addWidget(fw, 0, 0);
+    }
     com->addWidget(options(c.SpeedFrame, c.Speed, page[1]), 0, 1);
     com->addWidget(options(c.ParityFrame, c.Parity, page[1]), 0, 2);
     com->addWidget(options(c.WordLengthFrame, c.WordLength, page[1]), 0, 3);

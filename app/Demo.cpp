@@ -109,7 +109,9 @@ void DemoRadio::presetSettings(const QString& iniPath, const QString& pty) const
     s.SaveSetting(g, QStringLiteral("CommSpeed"), QString::fromLatin1(model_->speed));
     s.SaveSetting(g, QStringLiteral("Interrogate"), QStringLiteral("T"));
     s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
-    s.SaveSetting(g, QStringLiteral("MessageCapture"), QStringLiteral("T"));
+    // Captured from the moment the operator first looks (captureFromFirstLook): a monitor filling
+    // unseen would be full by the time anyone opened it.
+    s.SaveSetting(g, QStringLiteral("MessageCapture"), QStringLiteral("F"));
     presetStation(s, QFileInfo(iniPath).absolutePath());
 }
 
@@ -193,6 +195,18 @@ DemoFolder::~DemoFolder() {
     // The folder goes first (QTemporaryDir's own end), then the lock: no one takes it for stale meanwhile.
     dir_.remove();
     if (lockFd_ >= 0) ::close(lockFd_);
+}
+
+void captureFromFirstLook(Program& program) {
+    auto open = program.main.MessagesCmd.Click;
+    auto first = std::make_shared<bool>(true);
+    program.main.MessagesCmd.Click = [&program, open, first] {
+        if (*first) {
+            *first = false;
+            program.messages.CaptureEnabled.setChecked(true);
+        }
+        if (open) open();
+    };
 }
 
 void reportStateOnStdout(Program& program) {

@@ -68,5 +68,7 @@ private:
 
 // Prints the radio's state to standard output as it changes (headless runs have no window to show it).
 void reportStateOnStdout(Program& program);
+// The demo's monitor starts capturing when the operator first opens it.
+void captureFromFirstLook(Program& program);
 
 }  // namespace tv

@@ -193,6 +193,7 @@ int main(int argc, char** argv) {
                         suiteBus.get());
     program.netOptions = netOptions;
     if (headlessDialogs) headlessDialogs->setSink([&program](const QString& line) { program.common.LogLine(line); });
+    if (demo) tv::captureFromFirstLook(program);
     if (headless) {
         program.common.echo = [](const QString& line) {
             std::fprintf(stdout, "%s\n", line.toLocal8Bit().constData());
@@ -243,6 +244,7 @@ int main(int argc, char** argv) {
         program.config.setLeft(program.main.left() + program.main.width() + 20);
         program.config.Show();
         program.messages.setTop(program.main.top() + program.main.height() + 40);
+        program.messages.CaptureEnabled.setChecked(true);
         program.messages.Show();
         QTimer::singleShot(2500, [&] { program.config.ConfigTab.setTab(1); });
         QTimer::singleShot(5000, [&, dir] {

@@ -20,6 +20,8 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 namespace tv {
 namespace {
 
@@ -84,6 +86,17 @@ TEST_F(RadioSimLink, ARefusalShowsTheNoticeAndARadioFallingSilentHangsNothing) {
     EXPECT_LT(t.elapsed(), 5000);
     EXPECT_EQ(m().queue().XcvrCmdCount, 0);  // the command went out; nobody waits for an answer
     EXPECT_DOUBLE_EQ(m().state().RadioFreq, 21074);
+}
+
+// The demo's radio, its dial turning by itself: the meter the program shows rises and falls with it.
+class WanderingRadio : public test::SimulatedRadio {};
+
+TEST_F(WanderingRadio, TheWanderingDialBringsAMeterThatMoves) {
+    startStation(QStringLiteral("IC-7300"), QStringLiteral("94"),
+                 {QStringLiteral("--dial-step"), QStringLiteral("100"), QStringLiteral("--dial-every"), QStringLiteral("300")});
+    std::set<double> readings;
+    QObject::connect(&m().state(), &RadioState::meterReported, &m().state(), [&](double v) { readings.insert(v); });
+    EXPECT_TRUE(waitFor([&] { return readings.size() >= 3; }, 15000)) << readings.size();
 }
 
 }  // namespace

@@ -20,14 +20,16 @@ namespace tv::test {
 class SimulatedRadio : public ::testing::Test {
 protected:
     // Starts the simulator as the model (at 7010 kHz, CW) and the program with that radio on port 1.
-    void startStation(const QString& model, const QString& address = QString()) {
+    void startStation(const QString& model, const QString& address = QString(), const QStringList& simArgs = {}) {
         const QString simPath = QStringLiteral(TOLVANE_BINARY_DIR "/tolvane-radiosim");
         TV_REQUIRE_TOOL("socat");
         ASSERT_TRUE(QFileInfo(simPath).isExecutable()) << "build tolvane-radiosim first";
         ASSERT_TRUE(pty.start());
         sim.setProcessChannelMode(QProcess::SeparateChannels);
-        sim.start(simPath, {QStringLiteral("--device"), pty.ends[1], QStringLiteral("--model"), model,
-                            QStringLiteral("--freq"), QStringLiteral("7010"), QStringLiteral("--mode"), QStringLiteral("CW")});
+        sim.start(simPath, QStringList{QStringLiteral("--device"), pty.ends[1], QStringLiteral("--model"), model,
+                                       QStringLiteral("--freq"), QStringLiteral("7010"), QStringLiteral("--mode"),
+                                       QStringLiteral("CW")} +
+                               simArgs);
         ASSERT_TRUE(sim.waitForStarted(5000));
 
         ProgramPaths paths;

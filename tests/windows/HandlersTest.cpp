@@ -1,6 +1,7 @@
 // The windows' handlers on their models, with no toolkit: what the operator's gestures do, what the
 // program's own changes must not do, and what each window keeps or stores.
 
+#include "app/Demo.h"
 #include "support/TestStation.h"
 
 #include <QFile>
@@ -179,6 +180,21 @@ TEST_F(Handlers, ThePortsDevicesAreChosenOrTypedAndTheFastSpeedIsOffered) {
     EXPECT_EQ(st.serial()->lastSettings.baud, 115200);
     st.loop.runPosted();
     EXPECT_EQ(st.stored(QStringLiteral("General"), QStringLiteral("CommSpeed")), QStringLiteral("115200"));
+}
+
+// The demo doesn't fill a monitor nobody looks at: it captures from the first time the operator opens it.
+TEST_F(Handlers, TheDemoCapturesFromTheFirstLookAtTheMonitor) {
+    mon().CaptureEnabled.setChecked(false);
+    captureFromFirstLook(st.p());
+    st.loop.advance(5000);
+    EXPECT_TRUE(mon().DecimalDisplay.isEmpty());
+    st.p().main.MessagesCmd.click();
+    EXPECT_TRUE(mon().visible());
+    EXPECT_TRUE(mon().CaptureEnabled.checked());
+    // A later choice of the operator stands: the second look changes nothing.
+    mon().CaptureEnabled.setChecked(false);
+    st.p().main.MessagesCmd.click();
+    EXPECT_FALSE(mon().CaptureEnabled.checked());
 }
 
 TEST_F(Handlers, TheMonitorAsksBeforeLosingUnsavedLinesAndSavesTheViewOnScreen) {

@@ -73,6 +73,10 @@ QByteArray setMode(CivRadio& radio, int mode, const QStringList& w) {
     return radio.setMode(mode, w.size() > 2 ? w[2].toInt() : radio.filter());
 }
 QByteArray setMode(KenwoodRadio& radio, int mode, const QStringList&) { return radio.setMode(mode); }
+// The top of each family's meter, in the radio's own units.
+int meterTop(const CivRadio&) { return 255; }
+int meterTop(const KenwoodRadio& r) { return r.config().meterFullScale; }
+int meterTop(const YaesuRadio& r) { return r.meterFullScale(); }
 QByteArray setMode(YaesuRadio& radio, int mode, const QStringList&) { return radio.setMode(mode); }
 int modeIndex(const CivRadio&, const QString& name) { return CivRadio::modeIndex(name); }
 int modeIndex(const KenwoodRadio&, const QString& name) { return CivRadio::modeIndex(name); }
@@ -396,6 +400,9 @@ int serve(QCoreApplication& app, Radio& radio, const QString& device, const QStr
             ++steps;
             const qint64 direction = ((steps - 1) / 20) % 2 == 0 ? 1 : -1;
             bus.send(radio.turnDial(direction * dialStep));
+            // Signals come and go as the dial moves: the meter rises and falls over the band.
+            static constexpr int kMeterShape[] = {2, 4, 6, 5, 3, 7, 9, 6, 4, 3};
+            radio.setMeter(meterTop(radio) * kMeterShape[steps % 10] / 10);
             if (steps % 10 == 0)
                 bus.send(setMode(radio, radio.mode() == CivRadio::USB ? CivRadio::CW : CivRadio::USB, {}));
         });

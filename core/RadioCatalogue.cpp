@@ -38,7 +38,7 @@ void applyTag(RadioInfo& radio, const QString& tag, const QString& value) {
     for (const CatalogueTag& t : kCatalogueFlags) {
         if (tag == QLatin1String(t.tag)) {
             // Only the first letter counts, so "Y" or "yes" means false.
-            radio.*t.flag = value.startsWith(QLatin1Char('T'));
+            radio.*t.flag = value.startsWith(QLatin1String("T"));
             return;
         }
     }

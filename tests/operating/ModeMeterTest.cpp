@@ -196,7 +196,7 @@ TEST_F(ModeMeter, ReadingsFallOnTheScaleLabels) {
     meter->UpdateSMeter(0.5);  // 0.5 * 15 + 0.5 = 8, the ninth step
     EXPECT_EQ(w().SMeterValue.caption(), QStringLiteral("+10"));
     // Below zero (a radio's "SM-001;") is the bottom of the scale, not a step before the first.
-    meter->UpdateSMeter(-1 / 30.0);
+    meter->UpdateSMeter(-1 / 15.0);  // a TS-570, full scale 15
     EXPECT_EQ(w().SMeterValue.caption(), QStringLiteral("S0"));
     EXPECT_EQ(items[QStringLiteral("RadioSMeterString")], QStringLiteral("S0"));
 

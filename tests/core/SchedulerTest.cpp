@@ -209,16 +209,6 @@ TEST_F(Scheduler, YaesuRecordsWaitWhileAReplyIsOutstanding) {
     EXPECT_EQ(yaesu.executed.size(), 2u);
 }
 
-TEST_F(Scheduler, ChangingRadioDropsQueuedRecords) {
-    rig.withRadio(QStringLiteral("IC-756PRO"));
-    q().SetXcvrFreq(7050);
-    q().SetXcvrMode(ModeLSB);
-    rig.withRadio(QStringLiteral("TS-2000"));
-    rig.loop.advance(1000);
-    EXPECT_TRUE(icom.executed.empty());
-    for (const auto& c : kenwood.executed) EXPECT_NE(c.theCmd, XcvrCmdFreq);
-}
-
 TEST_F(Scheduler, PttNeedsTheRadiosFlagAndSubReceiverComesBeforeVfos) {
     rig.withRadio(QStringLiteral("IC-735"));
     q().SetXcvrTransmit();

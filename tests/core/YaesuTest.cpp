@@ -24,10 +24,10 @@ QString catalogue() {
     return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
 }
 
-// A reply with the given bytes at 1-based positions, zero elsewhere.
-QByteArray reply(int length, std::initializer_list<std::pair<int, int>> bytes) {
+// A reply of the given length, zero but for runs of bytes (in hexadecimal) from 1-based positions.
+QByteArray reply(int length, std::initializer_list<std::pair<int, const char*>> runs) {
     QByteArray r(length, '\0');
-    for (auto [at, v] : bytes) r[at - 1] = char(v);
+    for (auto [at, run] : runs) r.replace(at - 1, int(qstrlen(run)) / 2, QByteArray::fromHex(run));
     return r;
 }
 
@@ -72,58 +72,37 @@ TEST(YaesuBlocks, FrequencyAndModeBytesOfEachCommandSet) {
 
 TEST(YaesuReplies, FrequencyModeAndClarifierOfEachLayout) {
     // FT-847: the high bit of the mode byte is the narrow filter.
-    auto ft847 = [](int mode) {
-        return DecodeYaesuOpData(YaesuLayout::FT847, reply(5, {{1, 0x01}, {2, 0x42}, {3, 0x50}, {5, mode}}),
-                                 0);
+    auto ft847 = [](const char* mode) {
+        return DecodeYaesuOpData(YaesuLayout::FT847, reply(5, {{1, "014250"}, {5, mode}}), 0);
     };
-    EXPECT_DOUBLE_EQ(ft847(132).kHz, 14250.0);
-    EXPECT_EQ(ft847(132).mode, ModeAM);
-    EXPECT_EQ(ft847(136).mode, ModeFM);
-    EXPECT_EQ(ft847(5).mode, ModeUnknown);
+    EXPECT_DOUBLE_EQ(ft847("84").kHz, 14250.0);
+    EXPECT_EQ(ft847("84").mode, ModeAM);
+    EXPECT_EQ(ft847("88").mode, ModeFM);
+    EXPECT_EQ(ft847("05").mode, ModeUnknown);
 
     // FT-1000D: a clarifier of FF FF is -1 (ten hertz), added when its bit is set.
-    const QByteArray d =
-        reply(32, {{2, 0x02}, {3, 0x2C}, {4, 0x1A}, {5, 0x02}, {6, 0xFF}, {7, 0xFF}, {8, 5}, {9, 1}});
+    const QByteArray d = reply(32, {{2, "022C1A02FFFF0501"}});
     const YaesuOpData ft1000 = DecodeYaesuOpData(YaesuLayout::FT1000D, d, 0);
     EXPECT_NEAR(ft1000.kHz, 1423.61, 1e-9);  // 0x022C1A tens of hertz, less ten hertz
     EXPECT_EQ(ft1000.mode, ModeRTTYR);
     // Exactly 32768 stays positive.
-    const QByteArray d2 = reply(32, {{5, 0x02}, {6, 0x80}, {7, 0x00}});
+    const QByteArray d2 = reply(32, {{5, "028000"}});
     EXPECT_DOUBLE_EQ(DecodeYaesuOpData(YaesuLayout::FT1000D, d2, 0).kHz, 327.68);
 
     // FT-100: 11,400,000 counts of 1.25 Hz are 14,250 kHz.
-    const YaesuOpData ft100 = DecodeYaesuOpData(
-        YaesuLayout::FT100, reply(16, {{2, 0x00}, {3, 0xAD}, {4, 0xF3}, {5, 0x40}, {6, 0x13}}), 0);
+    const YaesuOpData ft100 = DecodeYaesuOpData(YaesuLayout::FT100, reply(16, {{2, "00ADF34013"}}), 0);
     EXPECT_DOUBLE_EQ(ft100.kHz, 14250.0);
     EXPECT_EQ(ft100.mode, ModeCWR);
 
     // FT-900: the clarifier's offset is shown even with the clarifier off; the other VFO comes along.
-    const YaesuOpData ft900 = DecodeYaesuOpData(YaesuLayout::FT900,
-                                                reply(19, {{3, 0x02},
-                                                           {4, 0x2C},
-                                                           {5, 0x1A},
-                                                           {6, 0x00},
-                                                           {7, 0x0C},
-                                                           {8, 0x82},
-                                                           {12, 0x00},
-                                                           {13, 0xAB},
-                                                           {14, 0x22}}),
-                                                0);
+    const YaesuOpData ft900 =
+        DecodeYaesuOpData(YaesuLayout::FT900, reply(19, {{3, "022C1A000C82"}, {12, "00AB22"}}), 0);
     EXPECT_NEAR(ft900.kHz, 1423.74, 1e-9);
     EXPECT_DOUBLE_EQ(*ft900.other, 438.10);
     EXPECT_EQ(ft900.mode, ModeCW);  // the narrow CW of the radio
 
     // MP: sixteenths of ten hertz; the flag above 128 makes CW reverse; VFO B only in the long read.
-    QByteArray mp = reply(32, {{2, 0x00},
-                               {3, 0x22},
-                               {4, 0xC9},
-                               {5, 0x20},
-                               {8, 0x82},
-                               {9, 0x98},
-                               {19, 0x11},
-                               {20, 0x1C},
-                               {21, 0x00},
-                               {25, 0x23}});
+    QByteArray mp = reply(32, {{2, "0022C920"}, {8, "8298"}, {19, "111C00"}, {25, "23"}});
     const YaesuOpData mpLong = DecodeYaesuOpData(YaesuLayout::MP, mp, 0);
     EXPECT_DOUBLE_EQ(mpLong.kHz, 2279712 / 1600.0);
     EXPECT_EQ(mpLong.mode, ModeCWR);
@@ -133,25 +112,12 @@ TEST(YaesuReplies, FrequencyModeAndClarifierOfEachLayout) {
     EXPECT_FALSE(DecodeYaesuOpData(YaesuLayout::MP, mp.left(16), 1).vfoB);
 
     // FT-757: BCD least significant first; FT-747: thousandths, VFO B read one byte into its mode byte.
-    const YaesuOpData ft757 = DecodeYaesuOpData(
-        YaesuLayout::FT757,
-        reply(75, {{6, 0x00}, {7, 0x50}, {8, 0x42}, {9, 0x01}, {10, 3}, {11, 0x00}, {12, 0x25}, {13, 0x70}}),
-        0);
+    const YaesuOpData ft757 = DecodeYaesuOpData(YaesuLayout::FT757, reply(75, {{6, "0050420103002570"}}), 0);
     EXPECT_DOUBLE_EQ(ft757.kHz, 14250.0);
     EXPECT_DOUBLE_EQ(*ft757.vfoA, 7025.0);
     EXPECT_EQ(ft757.mode, ModeCW);
-    const YaesuOpData ft747 = DecodeYaesuOpData(YaesuLayout::FT747,
-                                                reply(345, {{3, 0x14},
-                                                            {4, 0x25},
-                                                            {5, 0x00},
-                                                            {6, 0x00},
-                                                            {7, 0x40},
-                                                            {17, 0x07},
-                                                            {18, 0x01},
-                                                            {19, 0x00},
-                                                            {20, 0x00},
-                                                            {21, 0x20}}),
-                                                0);
+    const YaesuOpData ft747 =
+        DecodeYaesuOpData(YaesuLayout::FT747, reply(345, {{3, "1425000040"}, {17, "0701000020"}}), 0);
     EXPECT_DOUBLE_EQ(ft747.kHz, 14250.0);
     EXPECT_EQ(ft747.mode, ModeCW);
     EXPECT_DOUBLE_EQ(*ft747.vfoB, 701000020 / 1000.0);
@@ -159,18 +125,18 @@ TEST(YaesuReplies, FrequencyModeAndClarifierOfEachLayout) {
 }
 
 TEST(YaesuReplies, FlagsMeterAndTheFilterStep) {
-    const YaesuFlags mp = DecodeYaesuFlags(YaesuFlagsForm::MP, reply(6, {{1, 0x53}}));
+    const YaesuFlags mp = DecodeYaesuFlags(YaesuFlagsForm::MP, reply(6, {{1, "53"}}));
     EXPECT_TRUE(mp.split);
     EXPECT_TRUE(*mp.dual);
     EXPECT_EQ(mp.vfo, 1);
     EXPECT_EQ(*mp.readSelector, 2);  // bit 4 wins over bits 5 and 6
-    EXPECT_EQ(*DecodeYaesuFlags(YaesuFlagsForm::MP, reply(6, {{1, 0x60}})).readSelector, 0);
-    EXPECT_EQ(*DecodeYaesuFlags(YaesuFlagsForm::MP, reply(6, {{1, 0x40}})).readSelector, 1);
-    EXPECT_FALSE(DecodeYaesuFlags(YaesuFlagsForm::MP, reply(6, {{1, 0x00}})).readSelector);
+    EXPECT_EQ(*DecodeYaesuFlags(YaesuFlagsForm::MP, reply(6, {{1, "60"}})).readSelector, 0);
+    EXPECT_EQ(*DecodeYaesuFlags(YaesuFlagsForm::MP, reply(6, {{1, "40"}})).readSelector, 1);
+    EXPECT_FALSE(DecodeYaesuFlags(YaesuFlagsForm::MP, reply(6, {{1, "00"}})).readSelector);
 
     EXPECT_DOUBLE_EQ(DecodeYaesuMeter(YaesuMeterForm::Low4Of15, hx("F5")), double(5.0f / 15.0f));
-    EXPECT_DOUBLE_EQ(DecodeYaesuMeter(YaesuMeterForm::FT100, reply(9, {{4, 84}})), 1.0);
-    EXPECT_LT(DecodeYaesuMeter(YaesuMeterForm::FT100, reply(9, {{4, 255}})), 0.0);
+    EXPECT_DOUBLE_EQ(DecodeYaesuMeter(YaesuMeterForm::FT100, reply(9, {{4, "54"}})), 1.0);
+    EXPECT_LT(DecodeYaesuMeter(YaesuMeterForm::FT100, reply(9, {{4, "FF"}})), 0.0);
 
     // 0x18 / 16 is 1.5: to the even 2, leaving -8, which no list has.
     EXPECT_EQ(SplitYaesuFilterByte(0x18).q, 2);
@@ -290,8 +256,7 @@ TEST_F(Yaesu, MpPollingCyclesMeterFrequencyAndFlagsAndReadsShorterWhenTheFlagsSa
     EXPECT_DOUBLE_EQ(meter, double(128.0f / 255.0f));
     EXPECT_EQ(rig.tick(), hx("0000000310"));
     // A tick while the 32 bytes are still coming sends nothing into them.
-    QByteArray mp =
-        reply(32, {{3, 0x22}, {4, 0xC9}, {5, 0x20}, {8, 0x01}, {9, 0x23}, {20, 0x1C}, {25, 0x12}});
+    QByteArray mp = reply(32, {{3, "22C920"}, {8, "0123"}, {20, "1C"}, {25, "12"}});
     rig.wire(mp.left(20));
     EXPECT_EQ(rig.tick(), QByteArray());
     rig.wire(mp.mid(20));
@@ -307,7 +272,7 @@ TEST_F(Yaesu, MpPollingCyclesMeterFrequencyAndFlagsAndReadsShorterWhenTheFlagsSa
     EXPECT_EQ(codes, (QStringList{"0:2", "1:3", "2:2"}));
     // Phase 4: the flags. Split, dual watch and VFO B; bit 6 alone asks for the short read.
     EXPECT_EQ(rig.tick(), hx("00000001FA"));
-    rig.wire(reply(6, {{1, 0x43}}));
+    rig.wire(reply(6, {{1, "43"}}));
     EXPECT_EQ(split, true);
     EXPECT_EQ(dual, true);
     EXPECT_EQ(y().readSelector(), 1);
@@ -329,7 +294,7 @@ TEST_F(Yaesu, ALostReplyEndsAfterFiveSecondsAndTheNextPollGoesOut) {
     rig.loop.advance(200);
     EXPECT_EQ(rig.sent(), hx("0000000310"));
     // The FT-1000D's mode rides on its frequency read: phase 3 sends nothing.
-    rig.wire(reply(32, {{2, 0x02}, {3, 0x2C}, {4, 0x1A}, {8, 2}}));
+    rig.wire(reply(32, {{2, "022C1A"}, {8, "02"}}));
     EXPECT_TRUE(rig.state.Responding);
     EXPECT_DOUBLE_EQ(rig.state.RadioFreq, 1423.62);
     EXPECT_EQ(rig.state.RadioMode, ModeCW);

@@ -8,12 +8,8 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
-
-#include "support/PtyPair.h"
-#include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
 
@@ -31,13 +27,16 @@ QString readAll(const QString& path) {
     return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
 }
 
-// Starts tolvane --headless with the options and waits until it reports that it runs; what it said
-// so far is in *out.
-bool startRunning(QProcess& p, QStringList options, QByteArray* out = nullptr) {
-    p.setProgram(programPath());
-    p.setArguments(QStringList{QStringLiteral("--headless"), QStringLiteral("--app-dir"),
-                               QStringLiteral(TOLVANE_SOURCE_DIR "/data")} +
-                   options);
+// Starts tolvane --headless with the options (through the launcher's command, if one is given) and waits
+// until it reports that it runs; what it said so far is in *out.
+bool startRunning(QProcess& p, QStringList options, QByteArray* out = nullptr, QStringList launcher = {}) {
+    const QStringList args = QStringList{QStringLiteral("--headless"), QStringLiteral("--app-dir"),
+                                         QStringLiteral(TOLVANE_SOURCE_DIR "/data")} +
+                             options;
+    if (launcher.isEmpty()) launcher = QStringList{programPath()};
+    else launcher << programPath();
+    p.setProgram(launcher.takeFirst());
+    p.setArguments(launcher + args);
     p.setProcessChannelMode(QProcess::MergedChannels);
     p.start();
     if (!p.waitForStarted(10000)) return false;
@@ -228,32 +227,18 @@ TEST(HeadlessRunOptions, AtStartUpAPortTheUserMayNotOpenNamesTheGroupAndTheFix) 
     if (root) {
         ASSERT_EQ(::chmod(QFile::encodeName(dir.filePath(QStringLiteral("Tolvane.ini"))).constData(), 0666), 0);
     }
-    QStringList args = {QStringLiteral("--headless"), QStringLiteral("--config-dir"), dir.path(),
-                        QStringLiteral("--app-dir"), QStringLiteral(TOLVANE_SOURCE_DIR "/data")};
     QProcess p;
-    if (root) {
-        args.prepend(programPath());
-        args = QStringList{QStringLiteral("-u"), QStringLiteral("nobody"), QStringLiteral("--")} + args;
-        p.setProgram(runuser);
-    } else {
-        p.setProgram(programPath());
-    }
-    p.setArguments(args);
     // Not root's session bus: nobody may not use it, and the suite link is beside the point here.
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
     p.setProcessEnvironment(env);
-    p.setProcessChannelMode(QProcess::MergedChannels);
-    p.start();
-    ASSERT_TRUE(p.waitForStarted(10000));
-    QString out;
-    while (!out.contains(QStringLiteral("running headless"))) {
-        if (!p.waitForReadyRead(20000)) break;
-        out += QString::fromLocal8Bit(p.readAll());
-    }
+    QByteArray said;
+    const QStringList asNobody{runuser, QStringLiteral("-u"), QStringLiteral("nobody"), QStringLiteral("--")};
+    ASSERT_TRUE(startRunning(p, {QStringLiteral("--config-dir"), dir.path()}, &said, root ? asNobody : QStringList()))
+        << p.readAll().toStdString();
     ::kill(pid_t(p.processId()), SIGTERM);
     p.waitForFinished(20000);
-    out += QString::fromLocal8Bit(p.readAll());
+    const QString out = QString::fromLocal8Bit(said + p.readAll());
     // The usual box, and the reason with its fix in the log (which a headless program prints).
     EXPECT_TRUE(out.contains(QStringLiteral("[Tolvane] Unable to open Com1"))) << out.toStdString();
     EXPECT_TRUE(out.contains(QStringLiteral("Com1: "))) << out.toStdString();

@@ -1,19 +1,6 @@
 // The program's real logic on the real Qt loop and serial layer, against the simulator as a TS-2000 on
-// a socat pty pair: the radio is identified, polled, commanded, and its meter followed.
-
-#include "app/Program.h"
-#include "platform/Dialogs.h"
-#include "platform/QtEventLoop.h"
-#include "platform/QtSerialDevice.h"
-
-#include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QFileInfo>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QStandardPaths>
-#include <QTemporaryDir>
+// a socat pty pair: the radio is identified, polled, commanded, its meter followed, and a memory
+// recalled mode first.
 
 #include "support/SimulatedRadio.h"
 
@@ -23,7 +10,6 @@ namespace tv {
 namespace {
 
 using test::waitFor;
-using test::PtyPair;
 
 class KenwoodLink : public test::SimulatedRadio {
 protected:
@@ -36,12 +22,18 @@ protected:
     double meter = -1;
 };
 
-TEST_F(KenwoodLink, IdentifiesPollsCommandsAndFollowsTheMeter) {
+TEST_F(KenwoodLink, IdentifiesPollsCommandsFollowsTheMeterAndRecallsAMemoryModeFirst) {
     ASSERT_TRUE(waitFor([&] { return m().state().RadioDisplayName == QLatin1String("Kenwood TS-2000"); }, 10000));
     // Polling brings frequency and mode in through the status reply.
-    ASSERT_TRUE(waitFor([&] { return m().state().RadioFreq == 7010.0 && m().state().RadioMode == 3; }, 10000))
+    ASSERT_TRUE(waitFor([&] { return m().state().RadioFreq == 7010.0 && m().state().RadioMode == ModeCW; }, 10000))
         << m().state().RadioFreq << " " << m().state().RadioMode;
     EXPECT_TRUE(waitFor([&] { return simReceived(QStringLiteral("AI1;")) && simReceived(QStringLiteral("SM0;")); }, 5000));
+    KavMain& w = program->main;
+    w.MBCmd.click();
+    w.MemoryBankCmd[3].click();
+    w.StoreCmd[2].click();
+    EXPECT_EQ(program->memories.memory(32).freq, QStringLiteral("7,010.00"));
+    EXPECT_EQ(program->memories.memory(32).mode, int(ModeCW));
 
     m().queue().SetXcvrFreq(14025.5);
     ASSERT_TRUE(waitFor([&] { return simReceived(QStringLiteral("FA00014025500;")); }, 5000));
@@ -49,18 +41,29 @@ TEST_F(KenwoodLink, IdentifiesPollsCommandsAndFollowsTheMeter) {
     simCommand("dial +100");
     EXPECT_TRUE(waitFor([&] { return m().state().RadioFreq == 14025.6; }, 5000)) << m().state().RadioFreq;
 
-    m().queue().SetXcvrMode(1);
+    m().queue().SetXcvrMode(ModeUSB);
     EXPECT_TRUE(waitFor([&] { return simReceived(QStringLiteral("MD2;")); }, 5000));
-    EXPECT_TRUE(waitFor([&] { return m().state().RadioMode == 1; }, 5000));
+    EXPECT_TRUE(waitFor([&] { return m().state().RadioMode == ModeUSB; }, 5000));
 
     simCommand("meter 15");
     EXPECT_TRUE(waitFor([&] { return meter == 0.5; }, 5000)) << meter;
 
+    // The recall commands the mode before the frequency.
+    waitSim(QString(), 0);
+    const qsizetype from = simLog.size();
+    w.SelCmd[2].click();
+    const QString freqFrame = QStringLiteral("FA00007010000;");
+    ASSERT_TRUE(waitFor([&] { return waitSim(QString(), 0) && simLog.indexOf(freqFrame, from) >= 0; }, 5000))
+        << simLog.mid(from).toStdString();
+    const qsizetype mode = simLog.indexOf(QStringLiteral("MD3;"), from);
+    EXPECT_GE(mode, 0) << simLog.mid(from).toStdString();
+    EXPECT_LT(mode, simLog.indexOf(freqFrame, from));
     // In CW the width list is offered and shows the width the radio reports through the filter chain.
-    m().queue().SetXcvrMode(3);
-    EXPECT_TRUE(waitFor([&] { return m().state().RadioMode == 3 && program->main.WidthCombo.visible(); }, 5000));
-    EXPECT_TRUE(waitFor([&] { return simReceived(QStringLiteral("FW;")); }, 5000));
-    EXPECT_TRUE(waitFor([&] { return !program->main.WidthCombo.text().isEmpty(); }, 5000));
+    EXPECT_TRUE(waitFor([&] { return m().state().RadioFreq == 7010.0 && m().state().RadioMode == ModeCW; }, 10000))
+        << m().state().RadioFreq << " " << m().state().RadioMode;
+    EXPECT_TRUE(waitFor([&] { return w.WidthCombo.visible(); }, 5000));
+    EXPECT_TRUE(waitFor([&] { return waitSim(QString(), 0) && simLog.indexOf(QStringLiteral("FW;"), from) >= 0; }, 5000));
+    EXPECT_TRUE(waitFor([&] { return !w.WidthCombo.text().isEmpty(); }, 5000));
 }
 
 }  // namespace

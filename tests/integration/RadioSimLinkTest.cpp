@@ -1,20 +1,9 @@
-// The program's real logic on the real Qt loop and serial layer, against the radio simulator on a
-// socat pty pair: the program follows the radio, commands it, paces itself on acknowledgements,
-// reacts to a refusal, and stays responsive when the radio falls silent.
+// The program's real logic on the real Qt loop and serial layer, against the radio simulator as an
+// IC-7300 on a socat pty pair: the program follows the radio, commands it, recalls a memory mode first,
+// and stays responsive when the radio falls silent.
 
-#include "app/Program.h"
-#include "platform/Dialogs.h"
-#include "platform/QtEventLoop.h"
-#include "platform/QtSerialDevice.h"
-
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QFileInfo>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 
 #include "support/SimulatedRadio.h"
 
@@ -26,61 +15,62 @@ namespace tv {
 namespace {
 
 using test::waitFor;
-using test::PtyPair;
 
 class RadioSimLink : public test::SimulatedRadio {
 protected:
     void SetUp() override { startStation(QStringLiteral("IC-7300"), QStringLiteral("94")); }
 };
 
-TEST_F(RadioSimLink, FollowsTheRadioAndCommandsIt) {
+TEST_F(RadioSimLink, FollowsTheRadioCommandsItRecallsAMemoryAndASilentRadioHangsNothing) {
     // Polling brings the radio's frequency and mode in.
-    ASSERT_TRUE(waitFor([&] { return m().state().RadioFreq == 7010.0 && m().state().RadioMode == 3; }, 10000))
+    ASSERT_TRUE(waitFor([&] { return m().state().RadioFreq == 7010.0 && m().state().RadioMode == ModeCW; }, 10000))
         << m().state().RadioFreq << " " << m().state().RadioMode;
+    KavMain& w = program->main;
+    w.MBCmd.click();
+    ASSERT_TRUE(w.MemoryBankFrame.visible());
+    w.StoreCmd[1].click();
+    EXPECT_EQ(w.FreqMemoryTextbox[1].text(), QStringLiteral("7,010.00"));
+    // The operator picks the narrow group for this memory.
+    w.FilterMemoryCombo[1].setListIndex(1);
+    ASSERT_EQ(program->memories.memory(1).filter, QStringLiteral("Narrow"));
+
     // A command reaches the radio: its own dial then moves on from the new frequency.
     m().queue().SetXcvrFreq(14025.5);
     ASSERT_TRUE(waitSim(QStringLiteral("<- FE FE 94 E0 05 00 55 02 14 00 FD")));
     simCommand("dial +100");
     EXPECT_TRUE(waitFor([&] { return m().state().RadioFreq == 14025.6; }, 5000)) << m().state().RadioFreq;
     simCommand("mode USB");
-    EXPECT_TRUE(waitFor([&] { return m().state().RadioMode == 1; }, 5000));
+    EXPECT_TRUE(waitFor([&] { return m().state().RadioMode == ModeUSB; }, 5000));
+
+    // The recall commands mode CW with group 2 (narrow) before 7010.000 kHz; the group lands with the report.
+    waitSim(QString(), 0);
+    const qsizetype from = simLog.size();
+    w.SelCmd[1].click();
+    const QString freqFrame = QStringLiteral("<- FE FE 94 E0 05 00 00 01 07 00 FD");
+    ASSERT_TRUE(waitFor([&] { return waitSim(QString(), 0) && simLog.indexOf(freqFrame, from) >= 0; }, 5000))
+        << simLog.mid(from).toStdString();
+    const qsizetype mode = simLog.indexOf(QStringLiteral("<- FE FE 94 E0 06 03 02 FD"), from);
+    EXPECT_GE(mode, 0) << simLog.mid(from).toStdString();
+    EXPECT_LT(mode, simLog.indexOf(freqFrame, from));
+    EXPECT_TRUE(waitFor([&] { return m().state().RadioFreq == 7010.0 && m().state().RadioMode == ModeCW; }, 10000))
+        << m().state().RadioFreq << " " << m().state().RadioMode;
+    EXPECT_TRUE(waitFor([&] { return w.FilterGroupCombo.text() == QLatin1String("Narrow"); }, 5000))
+        << w.FilterGroupCombo.text().toStdString();
+
     // A pty has no modem lines: said once in the log, and the link works regardless.
     QFile log(dir.filePath(QStringLiteral("ErrorLog.txt")));
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
     EXPECT_EQ(QString::fromUtf8(log.readAll()).count(QStringLiteral("has no modem lines")), 1);
-}
 
-TEST_F(RadioSimLink, ABurstIsPacedByAcknowledgementsNotByThePollInterval) {
-    program->config.PollInterval.setText(QStringLiteral("1000"));
-    ASSERT_TRUE(waitFor([&] { return m().state().RadioFreq == 7010.0; }, 10000));
-    ASSERT_TRUE(waitFor([&] { return m().queue().XcvrCmdCount == 0; }, 5000));
-    // Ten commands at one per second would take ten seconds; answered with OK they take a few ticks.
-    QElapsedTimer t;
-    t.start();
-    for (int i = 1; i <= 10; ++i) m().queue().SetXcvrFreq(7000 + i);
-    ASSERT_TRUE(waitFor([&] { return m().queue().XcvrCmdCount == 0; }, 15000));
-    EXPECT_LT(t.elapsed(), 3000);
-}
-
-TEST_F(RadioSimLink, ARefusalShowsTheNoticeAndARadioFallingSilentHangsNothing) {
-    ASSERT_TRUE(waitFor([&] { return m().state().RadioFreq == 7010.0; }, 10000));
-    // No polls in between, so the refusal meets the command: a poll already on its way is answered first.
+    // No polls from here on: the command alone goes to the silent radio.
     program->config.Interrogation.setChecked(false);
     ASSERT_TRUE(waitFor([&] { return m().queue().XcvrCmdCount == 0; }, 5000));
-    waitFor([] { return false; }, 500);
-    simCommand("reject");
-    m().queue().SetXcvrFreq(3550);
-    ASSERT_TRUE(waitFor([&] { return program->messages.reject.visible(); }, 5000));
-    EXPECT_EQ(program->messages.reject.Command.caption(), QStringLiteral("Set Frequency"));
-    // The fresh interrogation reads the radio's real frequency back.
-    EXPECT_TRUE(waitFor([&] { return m().state().RadioFreq == 7010.0; }, 5000)) << m().state().RadioFreq;
-
     simCommand("silent on");
     QElapsedTimer t;
     t.start();
     m().queue().SetXcvrFreq(21074);
     int ticks = 0;
-    program->main.ClockTimer.TimerEvent = [&] { ++ticks; };
+    w.ClockTimer.TimerEvent = [&] { ++ticks; };
     waitFor([&] { return ticks >= 2; }, 5000);
     EXPECT_GE(ticks, 2);  // the loop keeps running
     EXPECT_LT(t.elapsed(), 5000);

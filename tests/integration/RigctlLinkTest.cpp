@@ -136,7 +136,9 @@ class RigctlStation : public ::testing::Test {
 
 class RigctlLink : public RigctlStation, public ::testing::WithParamInterface<const Model*> {};
 
-TEST_P(RigctlLink, RigctlOpensTheProgramAndTunesKeysAndSplitsTheRadio) {
+// rigctl opens the program, tunes, keys and splits the radio. Then SIGTERM while a client has the radio
+// keyed: before the port closes, the radio hears its receive command.
+TEST_P(RigctlLink, RigctlTunesKeysAndSplitsTheRadioAndASignalWhileKeyedUnkeysIt) {
     const Model& model = *GetParam();
     startStation(model);
     auto run = [&](const char* commands) {
@@ -161,20 +163,18 @@ TEST_P(RigctlLink, RigctlOpensTheProgramAndTunesKeysAndSplitsTheRadio) {
     // The radio's own dial moves on, and a client reads where it went.
     sim.write("dial +100\n");
     EXPECT_TRUE(waitFor([&] { return run("f").second == QLatin1String("14025600"); }, 15000));
-}
 
-// SIGTERM while a client has the radio keyed: before the port closes, the radio hears its receive command.
-TEST_P(RigctlLink, ASignalWhileKeyedUnkeysTheRadioBeforeThePortCloses) {
-    const Model& model = *GetParam();
-    startStation(model);
-    ASSERT_EQ(rigctl({QStringLiteral("T"), QStringLiteral("1")}).first, 0);
-    ASSERT_TRUE(simReceived(QString::fromLatin1(model.transmit))) << simLog.right(800).toStdString();
-    const int keyedAt = int(readSim().lastIndexOf(QString::fromLatin1(model.transmit)));
+    const QString transmit = QString::fromLatin1(model.transmit), receive = QString::fromLatin1(model.receive);
+    const qsizetype keyedFrom = readSim().size();
+    ASSERT_EQ(run("T 1").first, 0);
+    ASSERT_TRUE(waitFor([&] { return readSim().indexOf(transmit, keyedFrom) >= 0; }, 5000))
+        << simLog.right(800).toStdString();
+    const qsizetype keyedAt = simLog.indexOf(transmit, keyedFrom);
     program.terminate();
     ASSERT_TRUE(program.waitForFinished(10000));
     EXPECT_EQ(program.exitCode(), 0);
-    ASSERT_TRUE(simReceived(QString::fromLatin1(model.receive))) << simLog.right(800).toStdString();
-    EXPECT_GT(readSim().lastIndexOf(QString::fromLatin1(model.receive)), keyedAt);
+    EXPECT_TRUE(waitFor([&] { return readSim().indexOf(receive, keyedAt) >= 0; }, 5000))
+        << simLog.right(800).toStdString();
     output += program.readAll();
     EXPECT_TRUE(output.contains("the transmitter was keyed at shutdown; unkeyed")) << output.right(600).toStdString();
 }

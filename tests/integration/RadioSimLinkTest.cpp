@@ -43,15 +43,10 @@ TEST_F(RadioSimLink, FollowsTheRadioCommandsItRecallsAMemoryAndASilentRadioHangs
     EXPECT_TRUE(waitFor([&] { return m().state().RadioMode == ModeUSB; }, 5000));
 
     // The recall commands mode CW with group 2 (narrow) before 7010.000 kHz; the group lands with the report.
-    waitSim(QString(), 0);
-    const qsizetype from = simLog.size();
+    const qsizetype from = logMark();
     w.SelCmd[1].click();
-    const QString freqFrame = QStringLiteral("<- FE FE 94 E0 05 00 00 01 07 00 FD");
-    ASSERT_TRUE(waitFor([&] { return waitSim(QString(), 0) && simLog.indexOf(freqFrame, from) >= 0; }, 5000))
-        << simLog.mid(from).toStdString();
-    const qsizetype mode = simLog.indexOf(QStringLiteral("<- FE FE 94 E0 06 03 02 FD"), from);
-    EXPECT_GE(mode, 0) << simLog.mid(from).toStdString();
-    EXPECT_LT(mode, simLog.indexOf(freqFrame, from));
+    EXPECT_TRUE(receivedInOrder(QStringLiteral("<- FE FE 94 E0 06 03 02 FD"),
+                                QStringLiteral("<- FE FE 94 E0 05 00 00 01 07 00 FD"), from));
     EXPECT_TRUE(waitFor([&] { return m().state().RadioFreq == 7010.0 && m().state().RadioMode == ModeCW; }, 10000))
         << m().state().RadioFreq << " " << m().state().RadioMode;
     EXPECT_TRUE(waitFor([&] { return w.FilterGroupCombo.text() == QLatin1String("Narrow"); }, 5000))

@@ -37,8 +37,8 @@ struct RadioInfo {
     bool ptt = false;
     bool sMeter = false;  // the Kenwood decoder rewrites this once the radio has told its model
     bool serialPort = true;
-    // PKT is a data mode of the radio that its family's commands set and read (Icom's data sub-command,
-    // Yaesu's packet mode); without it a client's data mode is refused and nothing is sent.
+    // PKT is the radio's data mode on USB, which its family's commands set and read (CI-V's data
+    // sub-command); without it a client's data mode is refused and nothing is sent.
     bool dataMode = false;
 };
 

@@ -1,7 +1,9 @@
 // The rig server's answer time. The real program (tolvane --headless beside this benchmark) drives the
 // radio simulator on a socat pty pair; one client asks "f" as fast as it is answered, alone and while
 // nine others poll "f" and "m" every 100 ms. Prints requests per second and the median and
-// 99th-percentile answer time. A third figure is the protocol's own cost per line, without sockets.
+// 99th-percentile answer time; then ten clients polling "v s f m t" ten times a second, with the
+// serial line's frames per second beside them. A last figure is the protocol's own cost per line,
+// without sockets.
 //
 //   build/<flavour>/benchmarks/bench_rigctl
 
@@ -147,6 +149,61 @@ void BM_OneClientAmongTen(benchmark::State& state) {
 BENCHMARK(BM_OneClientAlone)->UseRealTime()->MinTime(5.0);
 BENCHMARK(BM_OneClientAmongTen)->UseRealTime()->MinTime(5.0);
 
+// Ten clients each asking "v s f m t" on one line ten times a second, as loggers and digital-mode
+// programs poll: the frames on the serial line per second, without them and with them, and the time
+// each whole answer takes.
+void BM_TenClientsPollingVsfmt(benchmark::State& state) {
+    if (!station) {
+        state.SkipWithError("the station did not start");
+        return;
+    }
+    QByteArray simLog;
+    auto frames = [&] {
+        simLog += station->sim.readAllStandardError();
+        return simLog.count("\n<- ");
+    };
+    constexpr int kWindowMs = 10000;
+    for (auto _ : state) {
+        const int start = frames();
+        tv::test::waitFor([] { return false; }, kWindowMs);
+        const int alone = frames() - start;
+        std::atomic<bool> stop{false};
+        std::vector<std::vector<double>> times(10);
+        std::vector<std::thread> clients;
+        for (auto& mine : times)
+            clients.emplace_back([&stop, &mine] {
+                QTcpSocket s;
+                s.connectToHost(QHostAddress::LocalHost, station->port);
+                if (!s.waitForConnected(5000)) return;
+                while (!stop) {
+                    QElapsedTimer t;
+                    t.start();
+                    if (!ask(s, "v s f m t\n", 7)) return;  // v, s (two), f, m (two), t
+                    mine.push_back(double(t.nsecsElapsed()) / 1000.0);
+                    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+                }
+            });
+        const int before = frames();
+        tv::test::waitFor([] { return false; }, kWindowMs);
+        const int loaded = frames() - before;
+        stop = true;
+        for (auto& t : clients) t.join();
+        std::vector<double> all;
+        for (const auto& v : times) all.insert(all.end(), v.begin(), v.end());
+        if (all.empty()) {
+            state.SkipWithError("no answers");
+            return;
+        }
+        std::sort(all.begin(), all.end());
+        state.counters["frames_per_s_alone"] = alone * 1000.0 / kWindowMs;
+        state.counters["frames_per_s_with_clients"] = loaded * 1000.0 / kWindowMs;
+        state.counters["answers"] = double(all.size());
+        state.counters["median_us"] = all[all.size() / 2];
+        state.counters["p99_us"] = all[std::min(all.size() - 1, all.size() * 99 / 100)];
+    }
+}
+BENCHMARK(BM_TenClientsPollingVsfmt)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
+
 // The protocol alone: one line in, its answer out, on a radio that answers at once.
 class StillRig : public tv::RigBackend {
   public:
@@ -165,18 +222,23 @@ class StillRig : public tv::RigBackend {
     bool ptt() const override { return false; }
     double meter() const override { return 0.4; }
     QString meterLabel() const override { return QStringLiteral("S7"); }
+    int passbandHz() const override { return 0; }
+    bool responding() const override { return true; }
+    bool frequencySettled() const override { return true; }
     bool setFrequency(double) override { return true; }
     bool setMode(int, int) override { return true; }
     bool setVfo(tv::RigVfo) override { return true; }
     bool setSplit(bool) override { return true; }
     bool setTxFrequency(double) override { return true; }
     bool setPtt(bool) override { return true; }
+    bool sendRaw(const QByteArray&) override { return true; }
 };
 
 void BM_ProtocolLine(benchmark::State& state) {
     StillRig rig;
     tv::RigctlSession session(rig, QStringLiteral("Tolvane"));
-    const QByteArray lines[] = {"f", "m", "+\\get_mode", "F 14025500.000000", "l STRENGTH"};
+    const QByteArray lines[] = {"f",          "m",        "+\\get_mode", "F 14025500.000000",
+                                "l STRENGTH", "+f +m +v", "v s f m t"};
     size_t i = 0;
     for (auto _ : state) benchmark::DoNotOptimize(session.answer(lines[i++ % std::size(lines)]));
     state.SetItemsProcessed(state.iterations());

@@ -37,6 +37,9 @@ struct RadioInfo {
     bool ptt = false;
     bool sMeter = false;  // the Kenwood decoder rewrites this once the radio has told its model
     bool serialPort = true;
+    // PKT is the radio's data mode on USB, which its family's commands set and read (CI-V's data
+    // sub-command); without it a client's data mode is refused and nothing is sent.
+    bool dataMode = false;
 };
 
 // A flag tag of the file and the member it sets, in the order the tags are tested.
@@ -65,6 +68,7 @@ inline constexpr CatalogueTag kCatalogueFlags[] = {
     {"PTT", &RadioInfo::ptt},
     {"SMETER", &RadioInfo::sMeter},
     {"SERIALPORT", &RadioInfo::serialPort},
+    {"DATAMODE", &RadioInfo::dataMode},
 };
 
 class RadioCatalogue {

@@ -86,6 +86,7 @@ public:
 
 signals:
     void frequencyChanged(double kHz);
+    void frequencyReported(double kHz);  // every report of a frequency, changed or not
     void modeReported(int mode);  // every report of a mode 0..9, changed or not
     void modeChanged(int mode);   // the shown mode changed
     void vfoChanged(int vfo);

@@ -11,6 +11,7 @@ const QString kGeneral = QStringLiteral("General");
 const QString kEnabledKey = QStringLiteral("NetServerEnabled");
 const QString kPortKey = QStringLiteral("NetServerPort");
 const QString kAddressKey = QStringLiteral("NetServerAddress");
+const QString kRawKey = QStringLiteral("NetServerRawCommands");
 
 bool isTrue(const QString& value) {
     const QString v = value.trimmed();
@@ -57,6 +58,9 @@ void NetServer::Initialize(const NetServerOptions& options) {
     settings_.SaveSetting(kGeneral, kEnabledKey, enabledText);
     settings_.SaveSetting(kGeneral, kPortKey, portText);
     settings_.SaveSetting(kGeneral, kAddressKey, addressText);
+    const QString rawText = settings_.GetSetting(kGeneral, kRawKey, QStringLiteral("False"));
+    settings_.SaveSetting(kGeneral, kRawKey, rawText);
+    server_.setRawCommands(isTrue(rawText));
 
     enabled_ = options.allowed && isTrue(enabledText);
     failure_.clear();
@@ -82,6 +86,10 @@ void NetServer::Initialize(const NetServerOptions& options) {
             QStringLiteral("NetServer: warning: listening on %1, not on loopback: any computer that "
                            "reaches it can tune and key the radio")
                 .arg(address_.toString()));
+    if (isTrue(rawText))
+        common_.LogLine(
+            QStringLiteral("NetServer: warning: clients may send raw commands to the radio "
+                           "(setting NetServerRawCommands)"));
     if (server_.listen(address_, port_)) {
         port_ = server_.serverPort();
         common_.LogLine(

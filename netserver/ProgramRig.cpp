@@ -1,7 +1,12 @@
 #include "netserver/ProgramRig.h"
 
 #include "core/KavModule.h"
+#include "core/RadioLink.h"
 #include "forms/KavMain.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
 
 namespace tv {
 
@@ -9,22 +14,30 @@ namespace {
 // The longest change asked for here (a split frequency on a CI-V radio) queues eight records. A client
 // is refused before the queue could overflow: an overflow puts a box on the operator's screen.
 constexpr int kQueueHeadroom = 16;
+// The polling steps between two frequency reports, at most.
+constexpr int kPollingSteps = 4;
 }  // namespace
 
 ProgramRig::ProgramRig(KavModule& module) : m_(module) {}
 
 void ProgramRig::connect() {
-    QObject::connect(&m_.state(), &RadioState::itemChanged, &m_.state(), [this](const QString& item, const QString& text) {
-        if (item == QLatin1String("RadioSMeter"))
-            meter_ = text.toDouble();
-        else if (item == QLatin1String("RadioSMeterString"))
-            meterLabel_ = text;
+    QObject::connect(&m_.state(), &RadioState::itemChanged, &m_.state(),
+                     [this](const QString& item, const QString& text) {
+                         if (item == QLatin1String("RadioSMeter"))
+                             meter_ = text.toDouble();
+                         else if (item == QLatin1String("RadioSMeterString"))
+                             meterLabel_ = text;
+                     });
+    QObject::connect(&m_.state(), &RadioState::frequencyReported, &m_.state(), [this](double) {
+        // A report while the change still waits in the queue is from before it.
+        if (m_.queue().XcvrCmdCount == 0) awaitingReport_ = false;
     });
 }
 
 template <class F>
 bool ProgramRig::queued(F gesture) {
-    if (m_.radio().RadioIndex < 0 || m_.queue().XcvrCmdCount > CommandQueue::kBufferSlots - kQueueHeadroom) return false;
+    if (m_.radio().RadioIndex < 0 || m_.queue().XcvrCmdCount > CommandQueue::kBufferSlots - kQueueHeadroom)
+        return false;
     const int tail = m_.queue().XcvrCmdTail, count = m_.queue().XcvrCmdCount;
     gesture();
     return m_.queue().XcvrCmdTail != tail || m_.queue().XcvrCmdCount != count;
@@ -36,8 +49,10 @@ RigCaps ProgramRig::caps() const {
     if (!r) return c;
     c.radio = true;
     c.name = m_.state().RadioDisplayName.isEmpty() ? r->comboName : m_.state().RadioDisplayName;
-    // The modes the main window offers for this radio; PKT it offers to every radio.
-    for (int mode : {RigLSB, RigUSB, RigAM, RigCW, RigFM, RigPKT}) c.modes[size_t(mode)] = true;
+    // The modes the main window offers for this radio; PKT only where it is the radio's data mode.
+    for (int mode : {RigLSB, RigUSB, RigAM, RigCW, RigFM}) c.modes[size_t(mode)] = true;
+    c.modes[RigPKT] = r->dataMode;
+    c.dataMode = r->dataMode;
     c.modes[RigRTTY] = r->rtty;
     c.modes[RigWBFM] = r->wbfm;
     c.modes[RigCWR] = r->cwR;
@@ -48,6 +63,13 @@ RigCaps ProgramRig::caps() const {
     // Keyed by command, or by a port line when the configuration says so.
     c.ptt = r->ptt || m_.port().DTRControl == 2 || m_.port().RTSControl == 2;
     c.meter = r->sMeter;
+    // A client waits at most for the changes it may have queued ahead of its own and a round of polls,
+    // each a tick apart, and for a family that waits for its replies, that wait once more.
+    // (Right after an acknowledgement the tick is a millisecond; the usual poll is the floor.)
+    const int tick = std::max(m_.queue().XcvrCmdTimer.Interval(), CommandQueue::kDefaultPollInterval);
+    const bool waitsForReplies = m_.radio().traits().framing == Framing::ExpectedLength;
+    c.answerTimeoutMs = tick * (kQueueHeadroom + kPollingSteps) +
+                        (waitsForReplies ? int(RadioLink::kExpectTimeout.count()) : 0);
     return c;
 }
 
@@ -68,6 +90,10 @@ RigVfo ProgramRig::vfo() const {
     const bool mainSubOnly = r && r->mainSubSel && !r->vfoSel;
     if (m_.state().CurrentVFO == 1) return mainSubOnly ? RigVfo::Sub : RigVfo::B;
     return mainSubOnly ? RigVfo::Main : RigVfo::A;
+}
+
+bool ProgramRig::responding() const {
+    return m_.radio().RadioIndex >= 0 && m_.state().Responding;
 }
 
 bool ProgramRig::split() const {
@@ -95,7 +121,14 @@ bool ProgramRig::ptt() const {
 }
 
 bool ProgramRig::setFrequency(double hz) {
-    return queued([&] { m_.queue().SetXcvrFreq(hz / 1000.0); });
+    const bool ok = queued([&] { m_.queue().SetXcvrFreq(hz / 1000.0); });
+    if (ok) awaitingReport_ = true;
+    return ok;
+}
+
+bool ProgramRig::frequencySettled() const {
+    // Without polls, or from a radio that doesn't answer, no report is coming.
+    return !awaitingReport_ || !m_.interrogationEnabled() || !responding();
 }
 
 bool ProgramRig::setMode(int mode, int) {
@@ -172,6 +205,19 @@ bool ProgramRig::setPtt(bool on) {
         return true;
     }
     return queued([&] { button.click(); });
+}
+
+bool ProgramRig::sendRaw(const QByteArray& command) {
+    // rigctld's clients write a byte as \0xFE; the queue takes such bytes as hexadecimal pairs, and
+    // anything else as text for the radio's own language.
+    static const QRegularExpression byte(QStringLiteral("^(\\\\0x[0-9A-Fa-f]{1,2})+$"));
+    const QString text = QString::fromLatin1(command.trimmed());
+    if (text.isEmpty()) return false;
+    if (!byte.match(text).hasMatch()) return queued([&] { m_.queue().SetXcvrstring(text); });
+    QString hex;
+    for (const QString& b : text.split(QStringLiteral("\\0x"), Qt::SkipEmptyParts))
+        hex += b.rightJustified(2, QLatin1Char('0')).toUpper();
+    return queued([&] { m_.queue().SetXcvrRaw(hex); });
 }
 
 }  // namespace tv

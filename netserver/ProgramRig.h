@@ -27,6 +27,9 @@ class ProgramRig : public RigBackend {
     bool ptt() const override;
     double meter() const override { return meter_; }
     QString meterLabel() const override { return meterLabel_; }
+    int passbandHz() const override { return 0; }
+    bool responding() const override;
+    bool frequencySettled() const override;
 
     bool setFrequency(double hz) override;
     bool setMode(int mode, int passbandHz) override;
@@ -34,6 +37,7 @@ class ProgramRig : public RigBackend {
     bool setSplit(bool on) override;
     bool setTxFrequency(double hz) override;
     bool setPtt(bool on) override;
+    bool sendRaw(const QByteArray& command) override;
 
   private:
     template <class F>
@@ -42,6 +46,7 @@ class ProgramRig : public RigBackend {
 
     KavModule& m_;
     double meter_ = 0;
+    bool awaitingReport_ = false;  // a frequency was set; the radio hasn't reported since it left
     QString meterLabel_;
     // The split frequency set here, shown until the radio reports another for that VFO.
     bool txSet_ = false;

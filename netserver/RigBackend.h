@@ -37,6 +37,10 @@ struct RigCaps {
     bool split = false;
     bool ptt = false;  // keyed by command or by a port line
     bool meter = false;
+    // PKTUSB is the radio's data mode on the upper sideband: set by its own command and read back.
+    bool dataMode = false;
+    // The longest a client should wait for an answer: the radio's reply wait and the queue ahead.
+    int answerTimeoutMs = 0;
 };
 
 class RigBackend {
@@ -55,6 +59,13 @@ class RigBackend {
     // "+20"); the label is empty when the radio has no scale file.
     virtual double meter() const = 0;
     virtual QString meterLabel() const = 0;
+    // The passband in force in Hz, 0 when the program doesn't know it.
+    virtual int passbandHz() const = 0;
+    // The radio answers the program's polls.
+    virtual bool responding() const = 0;
+    // No frequency set from here still waits for the radio to report where it went: a frequency read
+    // now is the radio's own, with its resolution, not the number that was asked for.
+    virtual bool frequencySettled() const = 0;
 
     // Each returns whether the change was queued for the radio.
     virtual bool setFrequency(double hz) = 0;
@@ -64,6 +75,9 @@ class RigBackend {
     virtual bool setSplit(bool on) = 0;
     virtual bool setTxFrequency(double hz) = 0;
     virtual bool setPtt(bool on) = 0;
+    // A client's own command for the radio, as the user command sequences write it: text behind an
+    // apostrophe, else hexadecimal bytes.
+    virtual bool sendRaw(const QByteArray& command) = 0;
 };
 
 }  // namespace tv

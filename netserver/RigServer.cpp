@@ -1,5 +1,6 @@
 #include "netserver/RigServer.h"
 
+#include <QElapsedTimer>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -8,9 +9,9 @@
 namespace tv {
 
 struct RigServer::Client {
-    Client(RigBackend& backend, const QString& serverName, QTcpSocket* s)
+    Client(RigBackend& backend, const QString& serverName, bool rawCommands, QTcpSocket* s)
         : socket(s),
-          session(backend, serverName),
+          session(backend, serverName, rawCommands),
           peer(s->peerAddress().toString() + QLatin1Char(':') + QString::number(s->peerPort())) {}
     QPointer<QTcpSocket> socket;
     RigctlSession session;
@@ -19,6 +20,7 @@ struct RigServer::Client {
     bool gone = false;
     bool busy = false;       // answering: a handler that lets events through must not start another pass
     bool scheduled = false;  // a pass for the lines left over is posted
+    QElapsedTimer held;      // since when an answer waits for the radio
 };
 
 RigServer::RigServer(RigBackend& backend, QString serverName, QObject* parent)
@@ -59,7 +61,7 @@ void RigServer::accept() {
             continue;
         }
         s->setReadBufferSize(kReadAhead);
-        auto c = std::make_shared<Client>(backend_, serverName_, s);
+        auto c = std::make_shared<Client>(backend_, serverName_, rawCommands_, s);
         clients_.push_back(c);
         std::weak_ptr<Client> weak = c;
         QObject::connect(s, &QTcpSocket::readyRead, this, [this, weak] {
@@ -94,11 +96,11 @@ void RigServer::drop(const std::shared_ptr<Client>& c, const QString& why, bool 
     if (onClientsChanged) onClientsChanged();
 }
 
-void RigServer::schedule(const std::shared_ptr<Client>& c) {
+void RigServer::schedule(const std::shared_ptr<Client>& c, std::chrono::milliseconds after) {
     if (c->scheduled) return;
     c->scheduled = true;
     std::weak_ptr<Client> weak = c;
-    QTimer::singleShot(0, this, [this, weak] {
+    QTimer::singleShot(after, this, [this, weak] {
         if (auto c = weak.lock()) {
             c->scheduled = false;
             serve(c);
@@ -115,8 +117,19 @@ void RigServer::serve(const std::shared_ptr<Client>& c) {
     } release{*c};
 
     for (int lines = 0; lines < kLinesPerTurn;) {
+        if (c->gone || !c->socket) return;
+        if (c->session.holding()) {
+            // Its next answer waits for the radio's report; its later lines wait behind it.
+            if (!c->held.isValid()) c->held.start();
+            const bool overdue = c->held.elapsed() >= settleWait().count();
+            if (!deliver(c, c->session.resume(overdue))) return;
+            if (c->session.holding()) {
+                schedule(c, kSettlePoll);
+                return;
+            }
+            c->held.invalidate();
+        }
         QTcpSocket* s = c->socket;
-        if (c->gone || !s) return;
         qsizetype end = c->pending.indexOf('\n');
         if (end < 0) {
             if (c->pending.size() > kMaxLine) {
@@ -132,26 +145,35 @@ void RigServer::serve(const std::shared_ptr<Client>& c) {
         const QByteArray line = c->pending.left(end);
         c->pending.remove(0, end + 1);
         ++lines;
-        const QByteArray reply = c->session.answer(line);
-        // Answering may run the program's handlers, and they may let events through: the client may
-        // have gone meanwhile.
-        if (c->gone || !c->socket) return;
-        s = c->socket;
-        if (!reply.isEmpty()) s->write(reply);
-        if (s->bytesToWrite() > kMaxUnread) {
-            s->flush();
-            if (s->bytesToWrite() > kMaxUnread) {
-                drop(c, QStringLiteral("dropped: it leaves its answers unread"));
-                return;
-            }
-        }
-        if (c->session.closing()) {
-            drop(c, QStringLiteral("quit"), true);
-            return;
-        }
+        if (!deliver(c, c->session.answer(line))) return;
     }
     // Its turn is over; what it has sent already is answered on the next turn of the loop.
     schedule(c);
+}
+
+bool RigServer::deliver(const std::shared_ptr<Client>& c, const QByteArray& reply) {
+    // Answering may run the program's handlers, and they may let events through: the client may have
+    // gone meanwhile.
+    if (c->gone || !c->socket) return false;
+    QTcpSocket* s = c->socket;
+    if (!reply.isEmpty()) s->write(reply);
+    if (s->bytesToWrite() > kMaxUnread) {
+        s->flush();
+        if (s->bytesToWrite() > kMaxUnread) {
+            drop(c, QStringLiteral("dropped: it leaves its answers unread"));
+            return false;
+        }
+    }
+    if (c->session.closing()) {
+        drop(c, QStringLiteral("quit"), true);
+        return false;
+    }
+    return true;
+}
+
+std::chrono::milliseconds RigServer::settleWait() const {
+    const int timeout = backend_.caps().answerTimeoutMs;
+    return std::chrono::milliseconds(std::clamp(timeout / 2, 200, 2000));
 }
 
 }  // namespace tv

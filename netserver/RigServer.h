@@ -37,6 +37,8 @@ class RigServer : public QObject {
     static constexpr int kLinesPerTurn = 64;
     // How long a closing client has to take its last answer.
     static constexpr std::chrono::milliseconds kCloseGrace{5000};
+    // How often a client that waits for the radio's report is looked at again.
+    static constexpr std::chrono::milliseconds kSettlePoll{10};
 
     RigServer(RigBackend& backend, QString serverName, QObject* parent = nullptr);
     ~RigServer() override;
@@ -48,6 +50,9 @@ class RigServer : public QObject {
     quint16 serverPort() const { return server_.serverPort(); }
     QString errorString() const { return server_.errorString(); }
     int clientCount() const { return int(clients_.size()); }
+    // Whether clients may put raw commands on the radio's line ("w", "\send_cmd"); for clients that
+    // connect from now on.
+    void setRawCommands(bool allowed) { rawCommands_ = allowed; }
 
     std::function<void(const QString&)> onLog;
     std::function<void()> onClientsChanged;
@@ -56,13 +61,18 @@ class RigServer : public QObject {
     struct Client;
     void accept();
     void serve(const std::shared_ptr<Client>& c);
-    void schedule(const std::shared_ptr<Client>& c);
+    void schedule(const std::shared_ptr<Client>& c, std::chrono::milliseconds after = {});
+    // Writes an answer; false when the client is gone or had to be dropped.
+    bool deliver(const std::shared_ptr<Client>& c, const QByteArray& reply);
+    // The longest a frequency read waits for the radio: well inside the client's own timeout.
+    std::chrono::milliseconds settleWait() const;
     // graceful: what is written still goes out before the connection closes.
     void drop(const std::shared_ptr<Client>& c, const QString& why, bool graceful = false);
     void log(const QString& text) const;
 
     RigBackend& backend_;
     QString serverName_;
+    bool rawCommands_ = false;
     QTcpServer server_;
     std::vector<std::shared_ptr<Client>> clients_;
 };

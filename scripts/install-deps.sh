@@ -11,7 +11,7 @@ pkgs=(build-essential cmake ninja-build pkg-config
       libgtest-dev libgmock-dev libbenchmark-dev
       socat dbus dbus-x11 xvfb xauth clang-format
       desktop-file-utils appstream man-db lintian file
-      libhamlib-utils)
+      libhamlib-utils python3-hamlib)
 
 # A name is there when an installed package has it, or provides it (some -dev names are only
 # provided: libqt6serialport6-dev by qt6-serialport-dev).

@@ -11,6 +11,7 @@
 #include "services/Common.h"
 #include "services/Errors.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tv {
@@ -18,6 +19,8 @@ namespace tv {
 namespace {
 constexpr std::uint8_t kPreamble = 0xFE, kEnd = 0xFD, kController = 0xE0, kOK = 0xFB, kNG = 0xFA;
 constexpr double kLargestFrequency = 10000000.0;  // kHz: 10 GHz needs an eleventh digit
+// The data mode sub-command: 1A 06, then data off/on and the filter it goes with (00 when off).
+constexpr std::uint8_t kMemoryControl = 0x1A, kDataMode = 0x06;
 
 QByteArray bytes(std::initializer_list<int> list) {
     QByteArray b;
@@ -102,15 +105,11 @@ void IcomProtocol::Execute(const XcvrCmd& c) {
         }
         case XcvrCmdMode:
             c_.state.ReportFilterGroup(c.theArg);
-            if (c.theMode >= 0) {
-                QByteArray body = bytes({0x06, c.theMode});
-                if (radio_.filterByte) body.append(char(std::uint8_t(c.theArg)));
-                send(to, body);
-            }
+            if (c.theMode >= 0) sendMode(to, c.theMode, c.theArg);
             break;
         case XcvrCmdFilterGroup:
             c_.state.ReportFilterGroup(c.theArg);
-            if (radio_.filterByte && c.theMode >= 0) send(to, bytes({0x06, c.theMode, c.theArg}));
+            if (radio_.filterByte && c.theMode >= 0) sendMode(to, c.theMode, c.theArg);
             break;
         case XcvrCmdDual: send(to, bytes({0x07, c.theArg ? 0xC1 : 0xC0})); break;
         case XcvrCmdSplit: send(to, bytes({0x0F, c.theArg ? 0x01 : 0x00})); break;
@@ -138,6 +137,22 @@ void IcomProtocol::Execute(const XcvrCmd& c) {
         }
         default: break;  // filters, ID, power, lock, step: nothing on this bus
     }
+}
+
+void IcomProtocol::sendMode(std::uint8_t to, int mode, int filter) {
+    const bool data = radio_.dataMode && mode == ModePKT;
+    QByteArray body = bytes({0x06, data ? ModeUSB : mode});
+    if (radio_.filterByte) body.append(char(std::uint8_t(filter)));
+    send(to, body);
+    if (data || (radio_.dataMode && dataOn_)) {
+        // With data on the filter is one of the three, never "none".
+        send(to, bytes({kMemoryControl, kDataMode, data ? 1 : 0, data ? std::clamp(filter, 1, 3) : 0}));
+        dataOn_ = data;
+    }
+}
+
+int IcomProtocol::modeWithData(int reported) const {
+    return radio_.dataMode && dataOn_ && reported == ModeUSB ? int(ModePKT) : reported;
 }
 
 void IcomProtocol::RequestFrequency() {
@@ -192,12 +207,20 @@ void IcomProtocol::Decode(const QByteArray& m) {
             c_.queue.SetXcvrFreq(kHz);
         }
     } else if ((cmd == 0x01 || cmd == 0x04) && (n == 7 || n == 8)) {
-        c_.state.UpdateXcvrMode(b(6));
+        if (radio_.dataMode && b(6) != reportedMode_) {
+            // A new mode may come with data on or off: asked once, not on every poll.
+            send(c_.radio.address(), bytes({kMemoryControl, kDataMode}));
+        }
+        reportedMode_ = b(6);
+        c_.state.UpdateXcvrMode(modeWithData(b(6)));
         c_.state.ReportFilterGroup(n == 8 && radio_.filterByte ? b(7) : 0);
         c_.queue.SetXcvrCmdTimerInterval();
     } else if (cmd == 0x15 && b(6) == 0x02 && n == 9) {
         const int value = b(7) * 100 + (b(8) / 16) * 10 + (b(8) % 16);
         c_.state.ReportMeter(value / 255.0);
+    } else if (cmd == kMemoryControl && b(6) == kDataMode && n == 9 && radio_.dataMode) {
+        dataOn_ = b(7) != 0;
+        if (reportedMode_ >= 0) c_.state.UpdateXcvrMode(modeWithData(reportedMode_));
     } else if (cmd == kOK && n == 6) {
         c_.queue.AccelerateNextXcvrCmd();
     } else if (cmd == kNG && n == 6) {

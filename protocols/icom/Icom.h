@@ -50,11 +50,18 @@ public:
 
 private:
     void send(std::uint8_t address, const QByteArray& body);
+    // The mode frame, and on a radio with a data mode the data sub-command when PKT asks for it or
+    // when it has to be switched off again.
+    void sendMode(std::uint8_t address, int mode, int filter);
+    // The mode the radio reported, read with its data flag: USB with data on is PKT.
+    int modeWithData(int reported) const;
 
     ProtocolContext& c_;
     const RadioInfo radio_;
     const CivDialect& dialect_;
     ProtocolTraits traits_;
+    bool dataOn_ = false;     // the radio's data mode, as last read or set
+    int reportedMode_ = -1;  // the mode byte of the last report: the data flag is read when it changes
 };
 
 }  // namespace tv

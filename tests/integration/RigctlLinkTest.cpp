@@ -14,6 +14,7 @@
 
 #include "support/PtyPair.h"
 #include "support/QtPrinters.h"
+#include "support/RequiredTool.h"
 
 #include <gtest/gtest.h>
 
@@ -181,6 +182,33 @@ TEST_P(RigctlLink, RigctlTunesKeysAndSplitsTheRadioAndASignalWhileKeyedUnkeysIt)
 
 INSTANTIATE_TEST_SUITE_P(IcomAndKenwood, RigctlLink, ::testing::Values(&kIcom, &kKenwood),
                          [](const auto& info) { return info.index == 0 ? "Icom" : "Kenwood"; });
+
+// WSJT-X's sequence through Hamlib's own network client (Debian's Python bindings): it opens the
+// program, probes the dial, polls, asks for its data mode, splits, keys and unkeys, and closes. The
+// IC-7300 gets USB with data on by its data sub-command, and a fresh client reads PKTUSB back.
+TEST_F(RigctlStation, HamlibsNetworkClientRunsWsjtxsSequenceAndTheDataModeReachesTheRadio) {
+    startStation(kIcom);
+    QProcess python;
+    python.setProcessChannelMode(QProcess::MergedChannels);
+    python.start(
+        QStringLiteral("/usr/bin/python3"),
+        {QStringLiteral(TOLVANE_SOURCE_DIR "/tests/integration/hamlib-wsjtx.py"), QString::number(port)});
+    ASSERT_TRUE(python.waitForFinished(60000));
+    const QString said = QString::fromLocal8Bit(python.readAll());
+    if (python.exitCode() == 2) {
+        if (::tv::test::toolsRequired()) FAIL() << "python3-hamlib is not installed";
+        GTEST_SKIP() << "python3-hamlib is not installed";
+    }
+    EXPECT_EQ(python.exitCode(), 0) << said.toStdString();
+    EXPECT_TRUE(said.endsWith(QLatin1String("closed\n"))) << said.toStdString();
+    // USB, then data on with the filter in force.
+    EXPECT_TRUE(simReceived(QStringLiteral("FE FE 94 E0 06 01"))) << simLog.right(800).toStdString();
+    EXPECT_TRUE(simReceived(QStringLiteral("FE FE 94 E0 1A 06 01"))) << simLog.right(800).toStdString();
+    EXPECT_TRUE(simReceived(QStringLiteral("FE FE 94 E0 1C 00 01 FD")));
+    EXPECT_TRUE(simReceived(QStringLiteral("FE FE 94 E0 1C 00 00 FD")));
+    EXPECT_TRUE(waitFor(
+        [&] { return rigctl({QStringLiteral("m")}).second.startsWith(QLatin1String("PKTUSB\n")); }, 10000));
+}
 
 // One client of the load test: asks "f" and "m" every interval, and times each answer.
 struct Poller {

@@ -10,7 +10,7 @@ namespace tv::test {
 class FakeRig : public RigBackend {
   public:
     FakeRig() {
-        c.radio = c.vfoAB = c.split = c.ptt = c.meter = true;
+        c.radio = c.vfoAB = c.split = c.ptt = c.meter = c.dataMode = true;
         c.name = QStringLiteral("Icom IC-7300");
         c.modes.fill(true);
         c.modes[RigWBFM] = false;
@@ -25,6 +25,9 @@ class FakeRig : public RigBackend {
     bool ptt() const override { return ptt_; }
     double meter() const override { return meterFraction; }
     QString meterLabel() const override { return label; }
+    int passbandHz() const override { return passband; }
+    bool responding() const override { return answering; }
+    bool frequencySettled() const override { return settled; }
 
     bool setFrequency(double hz) override {
         return set(QStringLiteral("freq %1").arg(hz, 0, 'f', 0), freq, hz);
@@ -38,6 +41,10 @@ class FakeRig : public RigBackend {
         return set(QStringLiteral("tx %1").arg(hz, 0, 'f', 0), txFreq, hz);
     }
     bool setPtt(bool on) override { return set(QStringLiteral("ptt %1").arg(on), ptt_, on); }
+    bool sendRaw(const QByteArray& command) override {
+        sets << QStringLiteral("raw ") + QString::fromLatin1(command);
+        return accept;
+    }
 
     RigCaps c;
     double freq = 7010000, txFreq = 7010000;
@@ -45,6 +52,9 @@ class FakeRig : public RigBackend {
     RigVfo vfo_ = RigVfo::A;
     bool split_ = false, ptt_ = false;
     double meterFraction = 0;
+    int passband = 0;
+    bool answering = true;
+    bool settled = true;
     QString label;
     bool accept = true;  // false: the program's queue refuses
     QStringList sets;

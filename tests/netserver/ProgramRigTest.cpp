@@ -87,6 +87,26 @@ TEST_F(ProgramRigTest, IcomGetsCostNothingAndSetsLeaveAsTheOperatorsGestures) {
     EXPECT_TRUE(st.dialogs.shown.empty());
 }
 
+// A client that tunes and reads back (a digital-mode program's resolution probe) reads what the radio
+// reports after the change, not the number it asked for; and a data mode this radio doesn't have is
+// refused with nothing on its line.
+TEST_F(ProgramRigTest, AFrequencyReadAfterATuneIsTheRadiosOwnReport) {
+    bringUp("IC-756PRO");
+    st.p().config.Interrogation.setChecked(true);
+    EXPECT_EQ(ask("M PKTUSB -1"), "RPRT -11\n");
+    EXPECT_EQ(ask("F 14025505"), "RPRT 0\n");
+    EXPECT_EQ(ask("f m"), "") << "held until the radio reports";
+    EXPECT_TRUE(session->holding());
+    const QByteArray out = sent();
+    EXPECT_TRUE(out.startsWith(civ("FEFE5CE0050555021400FD"))) << out.toHex(' ').toStdString();
+    EXPECT_EQ(session->resume(), "");
+    // The radio's dial goes in 10 Hz steps.
+    st.serial()->feed(civ("FEFEE05C030055021400FD"));
+    st.loop.advance(10);
+    const QByteArray answer = session->resume();
+    EXPECT_TRUE(answer.startsWith("14025500\n") && answer.count('\n') == 3) << answer.toStdString();
+}
+
 TEST_F(ProgramRigTest, ListensWhereTheSettingsSayAndShowsItsClients) {
     st.preset(kGeneral, QStringLiteral("NetServerAddress"), QStringLiteral("localhost"));
     st.onCreate = [](Program& p) { p.netOptions = {true, 0}; };  // port 0: any free one

@@ -65,7 +65,7 @@ TEST_F(RigServerTest, ClientsHaveTheirOwnLinesAndBadOnesAreCutOffWhileTheOthersA
     QByteArray junk(64 * 1024, 0);
     for (char& c : junk) c = char(rnd.bounded(256));
     garbage->write(junk);
-    EXPECT_TRUE(waitFor([&] { return garbage->readAll().contains("RPRT -1") || closed(*garbage); }));
+    EXPECT_TRUE(waitFor([&] { return garbage->readAll().contains("RPRT -") || closed(*garbage); }));
     EXPECT_TRUE(stillServed());
 
     // A megabyte without a line end: told it is malformed, and dropped long before the end of it.

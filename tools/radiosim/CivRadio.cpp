@@ -20,17 +20,21 @@ QByteArray bytesOf(std::initializer_list<uint8_t> list) {
 
 uint8_t at(const QByteArray& b, int i) { return uint8_t(b.at(i)); }
 
+bool carriesData(int mode) {
+    return mode == CivRadio::LSB || mode == CivRadio::USB || mode == CivRadio::AM || mode == CivRadio::FM;
+}
+
 }  // namespace
 
 CivRadio::CivRadio(CivModel model) : model_(std::move(model)) {}
 
 std::optional<CivModel> CivRadio::model(const QString& name) {
     static const CivModel models[] = {
-        {QStringLiteral("IC-7300"), 0x94, true, false, true},
-        {QStringLiteral("IC-756PRO"), 0x5C, true, false, true},
-        {QStringLiteral("IC-706MKIIG"), 0x58, true, false, false},
-        {QStringLiteral("IC-735"), 0x04, false, true, false},
-        {QStringLiteral("IC-775"), 0x46, true, false, false},
+        {QStringLiteral("IC-7300"), 0x94, true, false, true, true},
+        {QStringLiteral("IC-756PRO"), 0x5C, true, false, true, false},
+        {QStringLiteral("IC-706MKIIG"), 0x58, true, false, false, false},
+        {QStringLiteral("IC-735"), 0x04, false, true, false, false},
+        {QStringLiteral("IC-775"), 0x46, true, false, false, false},
     };
     for (const CivModel& m : models)
         if (m.name.compare(name.trimmed(), Qt::CaseInsensitive) == 0) return m;
@@ -158,8 +162,19 @@ QByteArray CivRadio::handleFrame(const QByteArray& frame) {
         if (data.size() == 2 && (at(data, 1) < 1 || at(data, 1) > 3)) return ng;
         v.mode = at(data, 0);
         if (data.size() == 2) v.filter = at(data, 1);
+        v.data = v.data && carriesData(v.mode);
         return ok;
     }
+    case 0x1A:
+        // 1A 06: read the data mode, or set it with its filter (00 with data off, 01 to 03 with it on).
+        if (!model_.hasDataMode || data.isEmpty() || at(data, 0) != 0x06) return ng;
+        if (data.size() == 1)
+            return reply(from, 0x1A, bytesOf({0x06, uint8_t(v.data ? 1 : 0), uint8_t(v.data ? v.filter : 0)}));
+        if (data.size() != 3 || at(data, 1) > 1 || at(data, 2) > 3) return ng;
+        if (at(data, 1) == 1 && (!carriesData(v.mode) || at(data, 2) == 0)) return ng;
+        v.data = at(data, 1) == 1;
+        if (v.data) v.filter = at(data, 2);
+        return ok;
     case 0x07:
         if (data.size() != 1) return ng;
         switch (at(data, 0)) {
@@ -204,6 +219,12 @@ QByteArray CivRadio::setMode(int mode, int filter) {
     vfo_[current_].filter = std::clamp(filter, 1, 3);
     if (!transceive_ || silent_) return {};
     return reply(kBroadcast, 0x01, modeReport());
+}
+
+bool CivRadio::setData(bool on) {
+    if (!model_.hasDataMode || (on && !carriesData(mode()))) return false;
+    vfo_[current_].data = on;
+    return true;
 }
 
 QByteArray CivRadio::garbage(int n, quint32 seed) {

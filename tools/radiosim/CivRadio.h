@@ -18,6 +18,8 @@ struct CivModel {
     bool filterByte = true;  // mode frames carry a filter byte, frequency frames five BCD bytes
     bool shortFreq = false;  // frequencies in four BCD bytes (old radios)
     bool hasMeter = false;
+    // Command 1A 06: the data mode of SSB, AM and FM, with its own filter choice (IC-7300 and later).
+    bool hasDataMode = false;
 };
 
 class CivRadio {
@@ -49,6 +51,8 @@ public:
     QByteArray turnDial(qint64 deltaHz);
     QByteArray setFrequency(qint64 hz);
     QByteArray setMode(int mode, int filter);
+    // The DATA button: only SSB, AM and FM carry data.
+    bool setData(bool on);
 
     // Noise for the controller's receive path: never contains a preamble byte.
     static QByteArray garbage(int n, quint32 seed);
@@ -61,6 +65,7 @@ public:
     qint64 otherFrequency() const { return vfo_[1 - current_].hz; }
     int mode() const { return vfo_[current_].mode; }
     int filter() const { return vfo_[current_].filter; }
+    bool data() const { return vfo_[current_].data; }
     int currentVfo() const { return current_; }
     bool split() const { return split_; }
     bool dualWatch() const { return dualWatch_; }
@@ -80,6 +85,7 @@ private:
         qint64 hz = 14'025'500;
         int mode = USB;
         int filter = 1;
+        bool data = false;
     };
 
     QByteArray handleFrame(const QByteArray& frame);

@@ -1,5 +1,6 @@
 #include "protocols/sdrconsole/SdrModule.h"
 
+#include "core/CommandQueue.h"
 #include "core/RadioState.h"
 #include "core/SelectedRadio.h"
 #include "platform/SuiteBus.h"
@@ -142,8 +143,14 @@ void SdrModule::send(const QString& text, bool evenIfAbsent) {
                     consolePresent_ = true;
                     if (!SDRConnected)
                         c_->common.LogLine(QStringLiteral("SDRModule.Connect: linked to the console"));
+                    if (RadioIsFlexRadio()) {
+                        c_->state.ReportAnswered();
+                        // What the console said right after "Start" may have gone out before this
+                        // program's name was on the bus (at start-up the suite link claims it after the
+                        // radio is brought up): both VFOs are asked for again, through the queue.
+                        if (!SDRConnected) c_->queue.InterrogateRadio();
+                    }
                     SDRConnected = true;
-                    if (RadioIsFlexRadio()) c_->state.ReportAnswered();
                     return;
                 case SuiteBus::CallResult::NotRunning:
                     // Not a fault: the console starts when the operator starts it.

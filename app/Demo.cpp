@@ -24,14 +24,18 @@ namespace tv {
 
 namespace {
 // One radio of each family the simulator speaks, and of each kind of Yaesu line: the small radios'
-// own command set, the long reads of the FT-1000MP, and the FT-767's handshake.
+// own command set, the long reads of the FT-1000MP, and the FT-767's handshake; and an SDR through its
+// console.
 constexpr DemoModel kDemoModels[] = {
     {"IC-7300", "IC-7300", "94", "19200"},
     {"TS-2000", "TS-2000", "", "9600"},
     {"FT-817", "FT817", "", "4800"},
     {"FT-1000MP", "MP1000", "", "4800"},
     {"FT-767", "FT767", "", "4800"},
+    {"FLEX-5000", "FLEX-5000", "", "9600", true},
 };
+// How long a helper program (the simulator, a private bus) gets to say where it can be reached.
+constexpr int kHelperStartMs = 5000;
 }  // namespace
 
 const DemoModel* DemoRadio::find(const QString& name) {
@@ -52,6 +56,34 @@ QString DemoRadio::names() {
 
 DemoRadio::~DemoRadio() { stop(); }
 
+bool DemoRadio::ensureSessionBus(QString* error) {
+    if (!model_->console) return true;
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS") ||
+        (!runtime.isEmpty() && QFileInfo::exists(runtime + QStringLiteral("/bus"))))
+        return true;
+    bus_.setProgram(QStringLiteral("dbus-daemon"));
+    bus_.setArguments({QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
+    bus_.setStandardErrorFile(QProcess::nullDevice());
+    bus_.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
+    bus_.start();
+    QByteArray address;
+    QElapsedTimer t;
+    t.start();
+    if (bus_.waitForStarted(kHelperStartMs))
+        while (!bus_.canReadLine() && t.elapsed() < kHelperStartMs)
+            if (!bus_.waitForReadyRead(200) && bus_.state() == QProcess::NotRunning) break;
+    if (bus_.canReadLine()) address = bus_.readLine().trimmed();
+    if (address.isEmpty()) {
+        if (error) *error = QStringLiteral("the demo's console needs a session bus, and dbus-daemon did not start one");
+        bus_.kill();
+        bus_.waitForFinished(2000);
+        return false;
+    }
+    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+    return true;
+}
+
 QString DemoRadio::start(const QString& exeDir, QString* error) {
     const QString program = exeDir + QStringLiteral("/tolvane-radiosim");
     if (!QFileInfo(program).isExecutable()) {
@@ -60,41 +92,57 @@ QString DemoRadio::start(const QString& exeDir, QString* error) {
     }
     // The dial turns by itself, so that the demo shows the program following the radio.
     sim_.setProgram(program);
-    sim_.setArguments({QStringLiteral("--model"), QString::fromLatin1(model_->name), QStringLiteral("--freq"),
-                       QStringLiteral("14025.5"), QStringLiteral("--mode"), QStringLiteral("CW"),
-                       QStringLiteral("--dial-step"), QStringLiteral("100"), QStringLiteral("--dial-every"),
-                       QStringLiteral("1000")});
+    QStringList args{QStringLiteral("--freq"), QStringLiteral("14025.5"), QStringLiteral("--dial-step"),
+                     QStringLiteral("100"), QStringLiteral("--dial-every"), QStringLiteral("1000")};
+    if (model_->console)
+        args << QStringLiteral("--sdr-console") << QStringLiteral("--mode") << QStringLiteral("CWL");
+    else
+        args << QStringLiteral("--model") << QString::fromLatin1(model_->name) << QStringLiteral("--mode") << QStringLiteral("CW");
+    sim_.setArguments(args);
     sim_.setProcessChannelMode(QProcess::SeparateChannels);
     sim_.setStandardErrorFile(QProcess::nullDevice());
     // Should this program die without stopping it, the simulator goes too, rather than turning its
     // dial for nobody.
     sim_.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
     sim_.start();
-    if (!sim_.waitForStarted(5000)) {
+    if (!sim_.waitForStarted(kHelperStartMs)) {
         if (error) *error = QStringLiteral("the radio simulator did not start: ") + sim_.errorString();
         return {};
     }
+    // A radio names its pseudo-terminal, a console the bus name it holds.
+    const QByteArray tag = model_->console ? QByteArrayLiteral("CONSOLE ") : QByteArrayLiteral("PTY ");
     QByteArray out;
     QElapsedTimer t;
     t.start();
-    while (t.elapsed() < 5000) {
-        const qsizetype at = out.indexOf("PTY ");
+    while (t.elapsed() < kHelperStartMs) {
+        const qsizetype at = out.indexOf(tag);
         if (at >= 0 && out.indexOf('\n', at) > at)
-            return QString::fromLocal8Bit(out.mid(at + 4, out.indexOf('\n', at) - at - 4)).trimmed();
+            return QString::fromLocal8Bit(out.mid(at + tag.size(), out.indexOf('\n', at) - at - tag.size())).trimmed();
         if (!sim_.waitForReadyRead(200) && sim_.state() == QProcess::NotRunning) break;
         out += sim_.readAllStandardOutput();
     }
-    if (error) *error = QStringLiteral("the radio simulator did not name its pseudo-terminal");
+    if (error)
+        *error = model_->console ? QStringLiteral("the console simulator did not come up on the session bus")
+                                 : QStringLiteral("the radio simulator did not name its pseudo-terminal");
     stop();
     return {};
 }
 
 void DemoRadio::stop() {
-    if (sim_.state() == QProcess::NotRunning) return;
-    sim_.write("quit\n");
-    if (!sim_.waitForFinished(2000)) {
-        sim_.kill();
-        sim_.waitForFinished(2000);
+    if (sim_.state() != QProcess::NotRunning) {
+        sim_.write("quit\n");
+        if (!sim_.waitForFinished(2000)) {
+            sim_.kill();
+            sim_.waitForFinished(2000);
+        }
+    }
+    // The private bus goes after everyone on it.
+    if (bus_.state() != QProcess::NotRunning) {
+        bus_.terminate();
+        if (!bus_.waitForFinished(2000)) {
+            bus_.kill();
+            bus_.waitForFinished(2000);
+        }
     }
 }
 
@@ -104,9 +152,11 @@ void DemoRadio::presetSettings(const QString& iniPath, const QString& pty) const
     s.SaveSetting(g, QStringLiteral("Radio"), QString::fromLatin1(model_->catalogue));
     s.SaveSetting(g, QStringLiteral("RadioId"), QString::fromLatin1(model_->address));
     s.SaveSetting(g, QStringLiteral("Radix"), QStringLiteral("Hexadecimal"));
-    s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
-    s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty);
-    s.SaveSetting(g, QStringLiteral("CommSpeed"), QString::fromLatin1(model_->speed));
+    if (!model_->console) {
+        s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
+        s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty);
+        s.SaveSetting(g, QStringLiteral("CommSpeed"), QString::fromLatin1(model_->speed));
+    }
     s.SaveSetting(g, QStringLiteral("Interrogate"), QStringLiteral("T"));
     s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
     // Captured from the moment the operator first looks (captureFromFirstLook): a monitor filling

@@ -18,6 +18,7 @@ struct DemoModel {
     const char* catalogue;
     const char* address;  // "" for radios without a bus address
     const char* speed;
+    bool console = false;  // driven through a console program on the session bus, not on a line
 };
 
 class DemoRadio {
@@ -32,7 +33,11 @@ public:
     ~DemoRadio();
     void setModel(const DemoModel& model) { model_ = &model; }
     const DemoModel& model() const { return *model_; }
-    // Starts the simulator found beside this program; returns the pty it serves, or "" with a reason.
+    // A console radio needs a session bus: without one, a private bus is started for the demo and named
+    // in this process's environment (for this program and the simulator). False with a reason.
+    bool ensureSessionBus(QString* error);
+    // Starts the simulator found beside this program; returns the pty it serves (for a console, the bus
+    // name it holds), or "" with a reason.
     QString start(const QString& exeDir, QString* error);
     void stop();
     // Settings that select the simulated radio on the pty, written into the given store file.
@@ -43,6 +48,7 @@ public:
 private:
     const DemoModel* model_;
     QProcess sim_;
+    QProcess bus_;
 };
 
 // The demo's throw-away settings folder, "tolvane-demo-*" in the user's runtime folder ($XDG_RUNTIME_DIR,

@@ -86,6 +86,7 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     memories.DoXmit = [this] { mainLogic.DoXmit(); };
     // Last: the sequences take F5 to F12 in front of the frequency box's other keys.
     sequences.connect();
+    module.attachBus(suiteBus);
     registerFamilies(module.radio());
     setErrorReporter([this](int number, const QString& label, const QString& description) {
         common.ReportError(number, label, description);

@@ -166,7 +166,7 @@ int main(int argc, char** argv) {
             paths.configDir = demoDir->path();
         }
         QString error;
-        const QString pty = demoRadio.start(exeDir, &error);
+        const QString pty = demoRadio.ensureSessionBus(&error) ? demoRadio.start(exeDir, &error) : QString();
         if (pty.isEmpty()) {
             std::fprintf(stderr, "tolvane: %s\n", error.toLocal8Bit().constData());
             return 1;

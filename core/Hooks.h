@@ -89,8 +89,6 @@ public:
     Hook<void()> SaveDevices{all_, "SaveDevices", true};
     Hook<void()> InitializeMultiXcvr{all_, "InitializeMultiXcvr", true};
     Hook<void()> SaveMultiSettings{all_, "SaveMultiSettings", true};
-    Hook<void()> SDRInitialize{all_, "SDRInitialize", false};
-    Hook<void()> SDRTerminate{all_, "SDRTerminate", false};
     // Unsaved filter group changes at shutdown: asked, and saved on yes.
     Hook<bool()> FilterGroupChangesUnsaved{all_, "FilterGroupChangesUnsaved", false};
     Hook<void()> SaveFilterGroupData{all_, "SaveFilterGroupData", false};

@@ -181,8 +181,8 @@ void KavModule::Initialize() {
             config_.DecSel.setValue(true);
         if (!config_.HexSel.Click && !config_.DecSel.Click) SetControlFlag(FlagRadixRestore, false);
         log(QStringLiteral("radix selection complete"));
-        // 9.
-        hooks.SDRInitialize();
+        // 9. The links of families that reach their radio through another program.
+        radio_.startFamilyLinks(context_);
         // 10.
         const QString radioName = settings().GetSetting(kGeneral, QStringLiteral("Radio"), QString());
         log(QStringLiteral("radio setting = ") + radioName);
@@ -255,7 +255,7 @@ void KavModule::Terminate() {
         s.SaveSetting(kGeneral, QStringLiteral("DTR"), QString::number(port_.DTRControl));
         s.SaveSetting(kGeneral, QStringLiteral("RTS"), QString::number(port_.RTSControl));
         s.SaveSetting(kGeneral, QStringLiteral("InterrogateInterval"), config_.PollInterval.text());
-        hooks.SDRTerminate();
+        radio_.stopFamilyLinks();
         if (hooks.FilterGroupChangesUnsaved()) {
             if (dialogs().messageBox(QStringLiteral("Save changes to Filter Group settings?"), common_.info().title,
                                      MsgButtons::YesNo) == MsgAnswer::Yes)

@@ -28,6 +28,7 @@ class KavConfig;
 class KavMain;
 class KavMessages;
 class SettingsStore;
+class SuiteBus;
 
 // Indices of the control flags.
 enum ControlFlagIndex : int {
@@ -75,6 +76,8 @@ public:
     void Terminate();
     bool LoadRadioInfo();  // false: the catalogue couldn't be opened and the program must end
     bool terminateRequested() const { return terminateRequested_; }
+    // The desktop bus that families reaching their radio through another program use.
+    void attachBus(SuiteBus& bus) { context_.bus = &bus; }
 
     // ---- bring-up of the radio chosen in the configuration window ----
     void UpdateRadio(bool interrogate);

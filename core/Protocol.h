@@ -24,6 +24,7 @@ class CoreView;
 class RadioLink;
 class RadioState;
 class SelectedRadio;
+class SuiteBus;
 struct RadioInfo;
 struct UpperHooks;
 
@@ -87,6 +88,8 @@ struct ProtocolContext {
     CoreView& view;
     Common& common;
     UpperHooks& hooks;
+    // The desktop bus, for a family whose radio is reached through another program; nullptr without one.
+    SuiteBus* bus = nullptr;
 };
 
 class Protocol {
@@ -146,6 +149,17 @@ public:
     }
     // The S-meter scale file of the radio, when the family knows better than the catalogue ("" else).
     virtual QString SMeterFile() const { return QString(); }
+};
+
+// What a family keeps for the whole run, beside the protocol object built for each chosen radio: a link
+// to another program that outlives one choice of radio (a console that drives the radio). It is started
+// and stopped with the core, and told when a radio of another family is chosen.
+class FamilyLink {
+public:
+    virtual ~FamilyLink() = default;
+    virtual void Initialize(ProtocolContext& context) = 0;
+    virtual void Terminate() = 0;
+    virtual void OtherFamilyChosen() = 0;
 };
 
 // Builds the protocol object for a chosen radio of the family.

@@ -154,6 +154,8 @@ void KavModule::UpdateRadio(bool interrogate) {
 }
 
 void KavModule::bringUpFamily(const RadioInfo& r) {
+    // A link that another family keeps open (a console) is closed when a radio of this one is chosen.
+    radio_.familyChosen(r.supplier);
     Protocol* p = radio_.protocol();
     const ProtocolTraits& t = radio_.traits();
     // Address fields only for radios on a bus; the control folder only for a radio reached through one.

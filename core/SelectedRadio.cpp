@@ -25,7 +25,26 @@ QString SelectedRadio::model() const {
     return r ? r->model.toUpper() : QString();
 }
 
-void SelectedRadio::registerFamily(QChar supplier, ProtocolFactory factory) { factories_[supplier] = std::move(factory); }
+void SelectedRadio::registerFamily(QChar supplier, ProtocolFactory factory, std::shared_ptr<FamilyLink> link) {
+    factories_[supplier] = std::move(factory);
+    if (link)
+        links_[supplier] = std::move(link);
+    else
+        links_.erase(supplier);
+}
+
+void SelectedRadio::startFamilyLinks(ProtocolContext& context) {
+    for (auto& [letter, link] : links_) link->Initialize(context);
+}
+
+void SelectedRadio::stopFamilyLinks() {
+    for (auto& [letter, link] : links_) link->Terminate();
+}
+
+void SelectedRadio::familyChosen(QChar supplier) {
+    for (auto& [letter, link] : links_)
+        if (letter != supplier) link->OtherFamilyChosen();
+}
 
 void SelectedRadio::choose(int index, ProtocolContext& context) {
     retire();

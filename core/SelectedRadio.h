@@ -28,7 +28,12 @@ public:
     QString model() const;          // catalogue model in upper case, "" when none
 
     // ---- families ----
-    void registerFamily(QChar supplier, ProtocolFactory factory);
+    // A family with a link of its own gives it here; the link lives as long as this object.
+    void registerFamily(QChar supplier, ProtocolFactory factory, std::shared_ptr<FamilyLink> link = nullptr);
+    // The families' links, started and stopped with the core, and told of each radio chosen.
+    void startFamilyLinks(ProtocolContext& context);
+    void stopFamilyLinks();
+    void familyChosen(QChar supplier);
     // The factory registered for a letter (empty when none).
     ProtocolFactory family(QChar supplier) const {
         auto it = factories_.find(supplier);
@@ -60,6 +65,7 @@ private:
     Common& common_;
     CoreView& view_;
     std::map<QChar, ProtocolFactory> factories_;
+    std::map<QChar, std::shared_ptr<FamilyLink>> links_;
     std::unique_ptr<Protocol> protocol_;
     std::vector<std::unique_ptr<Protocol>> retired_;
     std::shared_ptr<int> alive_ = std::make_shared<int>(0);

@@ -1,5 +1,7 @@
 #include "platform/FakeSuiteBus.h"
 
+#include "platform/EventLoop.h"
+
 namespace tv {
 
 bool FakeSuiteBus::addTopic(const QString& topic, ExecuteHandler execute, RequestHandler request) {
@@ -70,6 +72,50 @@ QStringList FakeSuiteBus::publishedValues(const QString& topic, const QString& i
     for (const auto& p : published)
         if (p.topic == topic && p.item == item) out << p.value;
     return out;
+}
+
+void FakeSuiteBus::executeLater(const QString& application, const QString& topic, const QString& command, int,
+                                CallDone done) {
+    attempts.push_back({application, topic, command});
+    CallResult r{CallResult::NotRunning, {}, suiteBusName(application) + QStringLiteral(" is not running")};
+    if (isRunning(application)) {
+        delivered.push_back({application, topic, command});
+        if (hung.count(application)) {
+            unanswered_.push_back(std::move(done));
+            return;
+        }
+        r = {CallResult::Answered, siblingsAccept, {}};
+    }
+    if (!done) return;
+    if (loop)
+        loop->post([done, r] { done(r); });
+    else
+        done(r);
+}
+
+bool FakeSuiteBus::watchOwner(const QString& application, std::function<void(bool)> changed) {
+    if (!online) return false;
+    ownerWatchers_.emplace_back(application, std::move(changed));
+    return true;
+}
+
+void FakeSuiteBus::removeTopic(const QString& topic) { topics_.erase(topic); }
+
+void FakeSuiteBus::setRunning(const QString& application, bool on) {
+    if ((running.count(application) > 0) == on) return;
+    if (on)
+        running.insert(application);
+    else
+        running.erase(application);
+    for (auto& [app, h] : ownerWatchers_)
+        if (app == application && h) h(on);
+}
+
+void FakeSuiteBus::expireUnanswered() {
+    std::vector<CallDone> calls;
+    calls.swap(unanswered_);
+    for (CallDone& done : calls)
+        if (done) done({CallResult::NoAnswer, {}, QStringLiteral("no answer")});
 }
 
 }  // namespace tv

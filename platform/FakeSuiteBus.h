@@ -6,12 +6,16 @@
 
 #include <QStringList>
 
+#include <functional>
+
 #include <map>
 #include <optional>
 #include <set>
 #include <vector>
 
 namespace tv {
+
+class EventLoop;
 
 class FakeSuiteBus : public SuiteBus {
 public:
@@ -32,6 +36,10 @@ public:
     bool request(const QString& application, const QString& topic, const QString& item, QString* value,
                  int timeoutMs) override;
     bool watch(const QString& application, const QString& topic, ItemHandler handler) override;
+    void executeLater(const QString& application, const QString& topic, const QString& command, int timeoutMs,
+                      CallDone done) override;
+    bool watchOwner(const QString& application, std::function<void(bool)> changed) override;
+    void removeTopic(const QString& topic) override;
 
     // ---- a sibling's side ----
     // An execute string on one of this program's topics: accepted, refused, or nullopt when the
@@ -42,6 +50,16 @@ public:
     QString read(const QString& topic, const QString& item);
     // The values published for one item, in order.
     QStringList publishedValues(const QString& topic, const QString& item) const;
+    // A sibling starts or ends: those who watch its name are told.
+    void setRunning(const QString& application, bool on);
+    // The calls to hung siblings end now without an answer, as their time runs out.
+    void expireUnanswered();
+    bool serves(const QString& topic) const { return topics_.count(topic) > 0; }
+
+    // With a loop, the answers of executeLater come through it, after the caller has returned, as on
+    // the real bus; without one they come at once.
+    EventLoop* loop = nullptr;
+    std::set<QString> hung;          // running siblings that never answer
 
     bool online = true;
     QString served;                  // the application name held, "" when none
@@ -59,6 +77,8 @@ private:
     };
     std::map<QString, Topic> topics_;
     std::vector<std::pair<QString, ItemHandler>> watchers_;  // topic of this program, handler
+    std::vector<std::pair<QString, std::function<void(bool)>>> ownerWatchers_;
+    std::vector<CallDone> unanswered_;
 };
 
 }  // namespace tv

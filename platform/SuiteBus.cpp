@@ -5,7 +5,10 @@
 #include <QDBusError>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
 #include <QDBusReply>
+#include <QDBusServiceWatcher>
 #include <QFileInfo>
 #include <QObject>
 
@@ -33,6 +36,16 @@ SuiteBus::CallResult SuiteBus::requestCall(const QString& application, const QSt
     if (!request(application, topic, item, &value, timeoutMs)) return {CallResult::Failed, {}, QStringLiteral("no item ") + item};
     return {CallResult::Answered, value, {}};
 }
+
+void SuiteBus::executeLater(const QString& application, const QString& topic, const QString& command, int timeoutMs,
+                            CallDone done) {
+    const CallResult r = executeCall(application, topic, command, timeoutMs);
+    if (done) done(r);
+}
+
+bool SuiteBus::watchOwner(const QString&, std::function<void(bool)>) { return false; }
+
+void SuiteBus::removeTopic(const QString&) {}
 
 // One topic on the bus: its methods call the program's handlers, its signal carries the advise.
 class SuiteTopicObject : public QObject, protected QDBusContext {
@@ -156,6 +169,43 @@ public:
         return call(application, topic, QStringLiteral("Request"), item, timeoutMs);
     }
 
+    void executeLater(const QString& application, const QString& topic, const QString& command, int timeoutMs,
+                      CallDone done) override {
+        const QString name = suiteBusName(application);
+        if (!connected()) {
+            if (done) done({CallResult::NotRunning, {}, QStringLiteral("there is no session bus")});
+            return;
+        }
+        QDBusMessage msg = QDBusMessage::createMethodCall(name, suiteObjectPath(topic),
+                                                          QString::fromLatin1(kSuiteInterface), QStringLiteral("Execute"));
+        msg << command;
+        // The watcher belongs to the bus: should the bus go first, the answer is simply not heard.
+        auto* watcher = new QDBusPendingCallWatcher(conn_.asyncCall(msg, timeoutMs), &owner_);
+        QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &owner_,
+                         [done, name, timeoutMs](QDBusPendingCallWatcher* w) {
+                             w->deleteLater();
+                             if (done) done(outcome(w->reply(), name, timeoutMs));
+                         });
+    }
+
+    bool watchOwner(const QString& application, std::function<void(bool)> changed) override {
+        if (!connected()) return false;
+        auto* w = new QDBusServiceWatcher(suiteBusName(application), conn_,
+                                          QDBusServiceWatcher::WatchForOwnerChange, &owner_);
+        QObject::connect(w, &QDBusServiceWatcher::serviceOwnerChanged, &owner_,
+                         [changed](const QString&, const QString&, const QString& newOwner) {
+                             if (changed) changed(!newOwner.isEmpty());
+                         });
+        return true;
+    }
+
+    void removeTopic(const QString& topic) override {
+        const auto it = topics_.find(topic);
+        if (it == topics_.end()) return;
+        conn_.unregisterObject(suiteObjectPath(topic));
+        topics_.erase(it);
+    }
+
     bool watch(const QString& application, const QString& topic, ItemHandler handler) override {
         if (!connected()) return false;
         auto w = std::make_unique<SuiteItemWatcher>(std::move(handler));
@@ -175,7 +225,10 @@ private:
         QDBusMessage msg = QDBusMessage::createMethodCall(name, suiteObjectPath(topic),
                                                           QString::fromLatin1(kSuiteInterface), method);
         msg << arg;
-        const QDBusMessage reply = conn_.call(msg, QDBus::Block, timeoutMs);
+        return outcome(conn_.call(msg, QDBus::Block, timeoutMs), name, timeoutMs);
+    }
+
+    static CallResult outcome(const QDBusMessage& reply, const QString& name, int timeoutMs) {
         if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
             return {CallResult::Answered, reply.arguments().first(), {}};
         const QDBusError::ErrorType kind = QDBusError(reply).type();
@@ -187,6 +240,7 @@ private:
     }
 
     QDBusConnection conn_;
+    QObject owner_;  // parent of the pending calls and name watchers
     QString served_;
     std::map<QString, std::unique_ptr<SuiteTopicObject>> topics_;
     std::vector<std::unique_ptr<SuiteItemWatcher>> watchers_;

@@ -62,6 +62,17 @@ public:
                                    int timeoutMs);
     virtual CallResult requestCall(const QString& application, const QString& topic, const QString& item,
                                    int timeoutMs);
+
+    // ---- a conversation with a program that may hang ----
+    using CallDone = std::function<void(const CallResult& result)>;
+    // Sends an execute string and returns at once; `done` runs later on the loop with the outcome, at the
+    // latest once timeoutMs have passed without an answer. The default waits for the answer.
+    virtual void executeLater(const QString& application, const QString& topic, const QString& command,
+                              int timeoutMs, CallDone done);
+    // Tells whenever an application's name gains (true) or loses (false) its owner. False when it can't.
+    virtual bool watchOwner(const QString& application, std::function<void(bool running)> changed);
+    // Withdraws one topic of this program, leaving the name and the other topics.
+    virtual void removeTopic(const QString& topic);
 };
 
 QString suiteBusName(const QString& application);

@@ -4,6 +4,7 @@
 #include "protocols/icom/Icom.h"
 #include "protocols/kenwood/Kenwood.h"
 #include "protocols/sdrconsole/SdrConsole.h"
+#include "protocols/sdrconsole/SdrModule.h"
 #include "protocols/tentec/TenTec.h"
 #include "protocols/yaesu/Yaesu.h"
 
@@ -26,9 +27,12 @@ void registerFamilies(SelectedRadio& radio) {
     radio.registerFamily(QLatin1Char('N'), [](ProtocolContext& c, const RadioInfo& r) {
         return std::make_unique<TenTecProtocol>(c, r);
     });
-    radio.registerFamily(QLatin1Char('F'), [](ProtocolContext& c, const RadioInfo&) {
-        return std::make_unique<SdrConsoleProtocol>(c);
-    });
+    // The console's link lives for the run; each chosen radio of the console speaks through it.
+    auto console = std::make_shared<SdrModule>();
+    radio.registerFamily(
+        QLatin1Char('F'),
+        [console](ProtocolContext& c, const RadioInfo& r) { return std::make_unique<SdrConsoleProtocol>(c, r, console); },
+        console);
 }
 
 }  // namespace tv

@@ -3,10 +3,14 @@
 
 #include "tools/radiosim/CivRadio.h"
 #include "tools/radiosim/KenwoodRadio.h"
+#include "tools/radiosim/SdrConsole.h"
 #include "tools/radiosim/YaesuRadio.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QDBusMessage>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QRandomGenerator>
@@ -19,6 +23,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <functional>
+#include <memory>
 #include <termios.h>
 #include <unistd.h>
 
@@ -26,6 +32,7 @@ using tv::sim::CivModel;
 using tv::sim::CivRadio;
 using tv::sim::KenwoodModelSpec;
 using tv::sim::KenwoodRadio;
+using tv::sim::SdrConsole;
 using tv::sim::YaesuModel;
 using tv::sim::YaesuRadio;
 
@@ -260,6 +267,182 @@ private:
     qint64 paceSent_ = 0;
 };
 
+// SIGTERM and SIGINT end the loop through a pipe, so that the exit is a normal one.
+void quitOnSignals(QCoreApplication& app) {
+    if (::pipe(g_signalPipe) == 0) {
+        setNonBlocking(g_signalPipe[0]);
+        struct sigaction sa {};
+        sa.sa_handler = onSignal;
+        sigemptyset(&sa.sa_mask);
+        ::sigaction(SIGTERM, &sa, nullptr);
+        ::sigaction(SIGINT, &sa, nullptr);
+        auto* sig = new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read, &app);
+        QObject::connect(sig, &QSocketNotifier::activated, &app, [] {
+            char c;
+            while (::read(g_signalPipe[0], &c, 1) > 0) {}
+            QCoreApplication::quit();
+        });
+    }
+    ::signal(SIGPIPE, SIG_IGN);
+}
+
+// Calls stdin's lines, one at a time, until one returns false or the input ends (the program runs on).
+void readStdinLines(QCoreApplication& app, std::function<bool(const QString&)> run) {
+    auto* in = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, &app);
+    auto line = std::make_shared<QByteArray>();
+    QObject::connect(in, &QSocketNotifier::activated, &app, [in, line, run] {
+        char buf[256];
+        const ssize_t n = ::read(STDIN_FILENO, buf, sizeof buf);
+        if (n <= 0) {
+            if (n == 0 || (errno != EINTR && errno != EAGAIN)) in->setEnabled(false);
+            return;
+        }
+        line->append(buf, int(n));
+        int nl;
+        while ((nl = line->indexOf('\n')) >= 0) {
+            const QString text = QString::fromLocal8Bit(line->left(nl));
+            line->remove(0, nl + 1);
+            if (!run(text)) {
+                in->setEnabled(false);
+                QCoreApplication::quit();
+                return;
+            }
+        }
+    });
+}
+
+// ---- the SDR console on the session bus ----
+
+// The console's topic: the controller's execute strings arrive here.
+class ConsoleTopic : public QObject, protected QDBusContext {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "ham.dde.Topic")
+
+public:
+    std::function<bool(const QString&)> onExecute;
+    bool hung = false;  // takes calls and never answers them
+
+public slots:
+    bool Execute(const QString& command) {
+        if (hung) {
+            logLine(QStringLiteral("<- %1 (hung: no answer)").arg(command));
+            setDelayedReply(true);
+            return false;
+        }
+        return onExecute ? onExecute(command) : false;
+    }
+};
+
+const QString kConsoleName = QStringLiteral("ham.dde.SDRConsole");
+
+// The console until "quit" or a signal: owns its name, says "start" to the controller when it comes up,
+// and tells it every change.
+int serveConsole(QCoreApplication& app, SdrConsole& console, qint64 dialStep, int dialEvery) {
+    auto fail = [](const QString& msg) {
+        logLine(QStringLiteral("tolvane-radiosim: ") + msg);
+        return 2;
+    };
+    quitOnSignals(app);
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) return fail(QStringLiteral("no session bus (DBUS_SESSION_BUS_ADDRESS)"));
+    // What the console tells the controller goes as calls of its own, after the answer to the call
+    // that caused it; their answers are of no interest.
+    auto tell = [&bus](const QStringList& strings) {
+        for (const QString& s : strings) {
+            logLine(QStringLiteral("-> ") + s);
+            QDBusMessage m = QDBusMessage::createMethodCall(QStringLiteral("ham.dde.Tolvane"), QStringLiteral("/SDRDDEClient"),
+                                                            QStringLiteral("ham.dde.Topic"), QStringLiteral("Execute"));
+            m << s;
+            bus.send(m);
+        }
+    };
+    auto later = [&app, tell](const QStringList& strings) {
+        if (!strings.isEmpty()) QTimer::singleShot(0, &app, [tell, strings] { tell(strings); });
+    };
+    ConsoleTopic topic;
+    topic.onExecute = [&](const QString& command) {
+        const SdrConsole::Answer a = console.execute(command);
+        logLine(QStringLiteral("<- %1%2").arg(command, a.accepted ? QString() : QStringLiteral(" (refused)")));
+        later(a.reports);
+        return a.accepted;
+    };
+    if (!bus.registerObject(QStringLiteral("/frmOmbrelDDE"), &topic, QDBusConnection::ExportAllSlots))
+        return fail(QStringLiteral("can't offer /frmOmbrelDDE"));
+    auto comeUp = [&] {
+        if (!bus.registerService(kConsoleName)) return false;
+        later({QStringLiteral("start")});
+        return true;
+    };
+    if (!comeUp()) return fail(kConsoleName + QStringLiteral(" is held by another program"));
+    std::printf("CONSOLE %s\n", qPrintable(kConsoleName));
+    std::fflush(stdout);
+    logLine(QStringLiteral("SDR console, VFO A %1 Hz %2").arg(console.frequency(0)).arg(SdrConsole::modeName(console.mode(0))));
+
+    auto state = [&] {
+        return QStringLiteral("VFO A %1 Hz %2, VFO B %3 Hz %4%5")
+            .arg(console.frequency(0))
+            .arg(SdrConsole::modeName(console.mode(0)))
+            .arg(console.frequency(1))
+            .arg(SdrConsole::modeName(console.mode(1)), console.split() ? QStringLiteral(", split") : QString());
+    };
+    readStdinLines(app, [&](const QString& line) {
+        const QStringList w = line.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        if (w.isEmpty()) return true;
+        const QString cmd = w[0].toLower(), arg = w.size() > 1 ? w[1] : QString();
+        bool ok = false;
+        if (cmd == QLatin1String("quit") || cmd == QLatin1String("exit")) return false;
+        if (cmd == QLatin1String("dial")) {
+            const qint64 delta = arg.toLongLong(&ok);
+            if (ok) tell(console.turnDial(delta));
+        } else if (cmd == QLatin1String("freq") || cmd == QLatin1String("freqb")) {
+            const double khz = arg.toDouble(&ok);
+            ok = ok && khz >= 0;
+            if (ok) tell(console.setFrequency(cmd == QLatin1String("freqb") ? 1 : 0, qRound64(khz * 1000.0)));
+        } else if (cmd == QLatin1String("mode") || cmd == QLatin1String("modeb")) {
+            const int m = SdrConsole::modeOfName(arg);
+            ok = m >= 0;
+            if (ok) tell(console.setMode(cmd == QLatin1String("modeb") ? 1 : 0, m));
+        } else if (cmd == QLatin1String("split") || cmd == QLatin1String("hang")) {
+            ok = arg == QLatin1String("on") || arg == QLatin1String("off");
+            if (ok && cmd == QLatin1String("split")) tell(console.setSplit(arg == QLatin1String("on")));
+            if (ok && cmd == QLatin1String("hang")) topic.hung = arg == QLatin1String("on");
+        } else if (cmd == QLatin1String("meter")) {
+            const int v = arg.toInt(&ok);
+            ok = ok && v >= 0 && v <= 100;
+            if (ok) console.setMeter(v);
+        } else if (cmd == QLatin1String("vanish")) {
+            // The console ends as far as the controller can tell: its name goes.
+            ok = bus.unregisterService(kConsoleName);
+        } else if (cmd == QLatin1String("return")) {
+            ok = comeUp();
+        } else {
+            logLine(QStringLiteral("unknown command: %1 (dial, freq, freqb, mode, modeb, split, meter, hang, vanish, "
+                                   "return, quit)").arg(line.trimmed()));
+            return true;
+        }
+        logLine(ok ? QStringLiteral("%1: %2").arg(line.trimmed(), state()) : QStringLiteral("bad argument: %1").arg(line.trimmed()));
+        return true;
+    });
+
+    // The demo's operator turns the dial now and then.
+    QTimer dial;
+    int steps = 0;
+    if (dialStep != 0) {
+        QObject::connect(&dial, &QTimer::timeout, &app, [&] {
+            ++steps;
+            const qint64 direction = ((steps - 1) / 20) % 2 == 0 ? 1 : -1;
+            tell(console.turnDial(direction * dialStep));
+            static constexpr int kMeterShape[] = {20, 40, 60, 50, 30, 70, 90, 60, 40, 30};
+            console.setMeter(kMeterShape[steps % 10]);
+        });
+        dial.start(dialEvery);
+    }
+    const int rc = app.exec();
+    bus.unregisterService(kConsoleName);
+    logLine(QStringLiteral("tolvane-radiosim: done"));
+    return rc;
+}
+
 // One stdin command; returns false for "quit".
 template <class Radio>
 bool runCommand(const QString& line, Radio& radio, Bus<Radio>& bus) {
@@ -324,23 +507,8 @@ int serve(QCoreApplication& app, Radio& radio, const QString& device, const QStr
         return 2;
     };
 
-    // SIGTERM and SIGINT end the loop through a pipe, so that the exit is a normal one. Installed before
-    // the line is announced: whoever reads the announcement may stop us at once.
-    if (::pipe(g_signalPipe) == 0) {
-        setNonBlocking(g_signalPipe[0]);
-        struct sigaction sa {};
-        sa.sa_handler = onSignal;
-        sigemptyset(&sa.sa_mask);
-        ::sigaction(SIGTERM, &sa, nullptr);
-        ::sigaction(SIGINT, &sa, nullptr);
-        auto* sig = new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read, &app);
-        QObject::connect(sig, &QSocketNotifier::activated, &app, [] {
-            char c;
-            while (::read(g_signalPipe[0], &c, 1) > 0) {}
-            QCoreApplication::quit();
-        });
-    }
-    ::signal(SIGPIPE, SIG_IGN);
+    // Installed before the line is announced: whoever reads the announcement may stop us at once.
+    quitOnSignals(app);
 
     // Open the line: our own pseudo-terminal, or the tty we were given.
     int fd = -1, slave = -1;
@@ -370,27 +538,7 @@ int serve(QCoreApplication& app, Radio& radio, const QString& device, const QStr
     bus.setPace(baud);
 
     // Stdin: one command a line. At end of input (e.g. started with </dev/null) the radio keeps running.
-    QByteArray stdinLine;
-    auto* in = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, &app);
-    QObject::connect(in, &QSocketNotifier::activated, &app, [&] {
-        char buf[256];
-        const ssize_t n = ::read(STDIN_FILENO, buf, sizeof buf);
-        if (n <= 0) {
-            if (n == 0 || (errno != EINTR && errno != EAGAIN)) in->setEnabled(false);
-            return;
-        }
-        stdinLine.append(buf, int(n));
-        int nl;
-        while ((nl = stdinLine.indexOf('\n')) >= 0) {
-            const QString line = QString::fromLocal8Bit(stdinLine.left(nl));
-            stdinLine.remove(0, nl + 1);
-            if (!runCommand(line, radio, bus)) {
-                in->setEnabled(false);
-                QCoreApplication::quit();
-                return;
-            }
-        }
-    });
+    readStdinLines(app, [&](const QString& line) { return runCommand(line, radio, bus); });
 
     // The demo's restless operator: wanders up and down the band and now and then changes mode.
     QTimer dial;
@@ -411,7 +559,6 @@ int serve(QCoreApplication& app, Radio& radio, const QString& device, const QStr
 
     const int rc = app.exec();
     dial.stop();
-    delete in;
     ::close(fd);
     if (slave >= 0) ::close(slave);
     logLine(QStringLiteral("tolvane-radiosim: done"));
@@ -451,13 +598,44 @@ int main(int argc, char** argv) {
     const QCommandLineOption slowOpt(QStringLiteral("slow"),
                                      QStringLiteral("Answer in pieces at the pace of a serial line of this many baud."),
                                      QStringLiteral("BAUD"));
-    parser.addOptions({modelOpt, addressOpt, deviceOpt, freqOpt, modeOpt, noTransceiveOpt, dialStepOpt, dialEveryOpt, slowOpt});
+    const QCommandLineOption consoleOpt(
+        QStringLiteral("sdr-console"),
+        QStringLiteral("Be an SDR console on the session bus (ham.dde.SDRConsole) instead of a radio on a line; stdin "
+                       "then takes dial +100, freq 7010.5, freqb, mode USB, modeb, split on|off, meter 0-100, hang on|off, "
+                       "vanish, return, quit."));
+    parser.addOptions({modelOpt, addressOpt, deviceOpt, freqOpt, modeOpt, noTransceiveOpt, dialStepOpt, dialEveryOpt, slowOpt,
+                       consoleOpt});
     parser.process(app);
 
     auto fail = [](const QString& msg) {
         logLine(QStringLiteral("tolvane-radiosim: ") + msg);
         return 2;
     };
+
+    if (parser.isSet(consoleOpt)) {
+        SdrConsole console;
+        bool ok = true;
+        if (parser.isSet(freqOpt)) {
+            const double khz = parser.value(freqOpt).toDouble(&ok);
+            if (!ok || khz < 0) return fail(QStringLiteral("bad frequency %1").arg(parser.value(freqOpt)));
+            console.setFrequency(0, qRound64(khz * 1000.0));
+        }
+        if (parser.isSet(modeOpt)) {
+            const int m = SdrConsole::modeOfName(parser.value(modeOpt));
+            if (m < 0) return fail(QStringLiteral("bad mode %1 (LSB, USB, DSB, CWL, CWU, FMN, AM, DIGU, SPEC, DIGL, SAM, DRM)")
+                                       .arg(parser.value(modeOpt)));
+            console.setMode(0, m);
+        }
+        qint64 step = 0;
+        int every = 1000;
+        if (parser.isSet(dialStepOpt)) {
+            bool ok2 = false;
+            step = parser.value(dialStepOpt).toLongLong(&ok);
+            every = parser.value(dialEveryOpt).toInt(&ok2);
+            if (!ok || !ok2 || every <= 0) return fail(QStringLiteral("bad --dial-step or --dial-every"));
+        }
+        return serveConsole(app, console, step, every);
+    }
 
     std::optional<CivModel> model = CivRadio::model(parser.value(modelOpt));
     std::optional<KenwoodModelSpec> kenwoodModel = KenwoodRadio::model(parser.value(modelOpt));
@@ -538,3 +716,5 @@ int main(int argc, char** argv) {
                                .arg(CivRadio::modeName(radio.mode()));
     return serve(app, radio, device, banner, dialStep, dialEvery, baud);
 }
+
+#include "main.moc"

@@ -31,11 +31,18 @@ namespace {
 
 int signalPipe[2] = {-1, -1};
 
-void onSignal(int) {
-    const char c = 1;
+void onSignal(int number) {
+    const char c = char(number);
     // Only async-signal-safe work here: the loop reads the pipe and shuts down in order.
     [[maybe_unused]] ssize_t n = ::write(signalPipe[1], &c, 1);
 }
+
+// The signals that end the program in order: Ctrl-C, a stop, a closed terminal or dropped SSH session,
+// Ctrl-\. Each would otherwise kill it before the radio is unkeyed and the settings are written.
+constexpr struct {
+    int number;
+    const char* name;
+} kStopSignals[] = {{SIGINT, "SIGINT"}, {SIGTERM, "SIGTERM"}, {SIGHUP, "SIGHUP"}, {SIGQUIT, "SIGQUIT"}};
 
 bool wantsNoWindows(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
@@ -55,6 +62,9 @@ bool displayAvailable() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A write to a closed standard output or socket fails with an error instead of killing the program
+    // (`tolvane --headless | head` must not leave a keyed radio behind).
+    ::signal(SIGPIPE, SIG_IGN);
     // The kind of application is chosen before parsing, so that --help works without a display.
     const bool noWindows = wantsNoWindows(argc, argv);
     if (!noWindows && !displayAvailable()) {
@@ -211,20 +221,22 @@ int main(int argc, char** argv) {
         windows->addMemoryNotes(program.memoryNotes);
     }
 
-    // Ctrl-C and SIGTERM shut down in order, with every setting written.
+    // The stop signals shut down in order, with the radio unkeyed and every setting written.
     if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) == 0) {
         struct sigaction sa {};
         sa.sa_handler = onSignal;
         sigemptyset(&sa.sa_mask);
         sa.sa_flags = SA_RESTART;
-        sigaction(SIGINT, &sa, nullptr);
-        sigaction(SIGTERM, &sa, nullptr);
+        for (const auto& s : kStopSignals) sigaction(s.number, &sa, nullptr);
     }
     QSocketNotifier notifier(signalPipe[0], QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [&] {
-        char c;
+        char c = 0;
         [[maybe_unused]] ssize_t n = ::read(signalPipe[0], &c, 1);
-        program.common.LogLine(QStringLiteral("KavMain: stop requested by signal"));
+        QString name;
+        for (const auto& s : kStopSignals)
+            if (s.number == int(c)) name = QLatin1String(s.name);
+        program.common.LogLine(QStringLiteral("KavMain: stop requested by signal ") + name);
         program.FormUnload();
     });
     program.onUnloaded = [&loop] { loop.quit(0); };

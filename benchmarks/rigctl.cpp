@@ -1,7 +1,8 @@
 // The rig server's answer time. The real program (tolvane --headless beside this benchmark) drives the
 // radio simulator on a socat pty pair; one client asks "f" as fast as it is answered, alone and while
-// nine others poll "f" and "m" every 100 ms. Prints requests per second and the median and
-// 99th-percentile answer time; then ten clients polling "v s f m t" ten times a second, with the
+// nine others poll "f" and "m" every 100 ms. Prints requests per second, the median and 99th-percentile
+// answer time, and the messages the radio heard a second meanwhile (the program's own polls: the same
+// with clients as without); then ten clients polling "v s f m t" ten times a second, with the
 // serial line's frames per second beside them. A last figure is the protocol's own cost per line,
 // without sockets.
 //
@@ -37,6 +38,7 @@ struct Station {
         const QString bin =
             QDir(QCoreApplication::applicationDirPath() + QStringLiteral("/..")).absolutePath();
         if (!tv::test::PtyPair::available() || !pty.start()) return fail("socat is needed");
+        sim.setStandardErrorFile(dir.filePath(QStringLiteral("radio.log")));
         sim.start(bin + QStringLiteral("/tolvane-radiosim"),
                   {QStringLiteral("--device"), pty.ends[1], QStringLiteral("--model"),
                    QStringLiteral("IC-7300"), QStringLiteral("--freq"), QStringLiteral("14025.5"),
@@ -72,6 +74,11 @@ struct Station {
     bool fail(const char* why) {
         error = why;
         return false;
+    }
+    // Messages the radio has heard so far (the simulator logs each with "<- ").
+    qsizetype heard() {
+        QFile log(dir.filePath(QStringLiteral("radio.log")));
+        return log.open(QIODevice::ReadOnly) ? log.readAll().count("\n<- ") : 0;
     }
     QTemporaryDir dir;
     tv::test::PtyPair pty;
@@ -122,6 +129,9 @@ void roundTrips(benchmark::State& state, int background) {
     }
     std::vector<double> micros;
     micros.reserve(100000);
+    const qsizetype heardBefore = station->heard();
+    QElapsedTimer wall;
+    wall.start();
     for (auto _ : state) {
         QElapsedTimer t;
         t.start();
@@ -133,6 +143,8 @@ void roundTrips(benchmark::State& state, int background) {
     }
     stop = true;
     for (auto& t : others) t.join();
+    state.counters["radio_msgs_per_s"] =
+        double(station->heard() - heardBefore) * 1000.0 / double(wall.elapsed());
     if (micros.empty()) return;
     std::sort(micros.begin(), micros.end());
     state.SetItemsProcessed(int64_t(micros.size()));

@@ -29,10 +29,12 @@ CommandQueue::CommandQueue(Common& common, SelectedRadio& radio, RadioState& sta
       view_(view),
       hooks_(hooks) {
     XcvrCmdTimer.TimerEvent = [this] { ExecuteNextXcvrCmd(); };
+    link_.onWaitEnded = [this] { ReplyWaitEnded(); };
 }
 
-void CommandQueue::EnqueueXcvrCmd(std::int16_t theCmd, double theFreq, std::int16_t theMode, std::int16_t theArg,
-                                  std::int16_t theArg2, const QString& theRawCmd) {
+bool CommandQueue::EnqueueXcvrCmd(std::int16_t theCmd, double theFreq, std::int16_t theMode,
+                                  std::int16_t theArg, std::int16_t theArg2, const QString& theRawCmd) {
+    bool queuedIt = false;
     Guard("KavModule.EnqueueXcvrCmd", [&] {
         if (radio_.RadioIndex < 0) return;
         if (radio_.traits().addressed && view_.addressText().trimmed().isEmpty()) return;
@@ -54,7 +56,9 @@ void CommandQueue::EnqueueXcvrCmd(std::int16_t theCmd, double theFreq, std::int1
         ++XcvrCmdCount;
         // Only makes sure the timer runs: a queued command waits for the next regular tick.
         XcvrCmdTimer.setEnabled(true);
+        queuedIt = true;
     });
+    return queuedIt;
 }
 
 std::vector<XcvrCmd> CommandQueue::queued() const {
@@ -176,10 +180,10 @@ void CommandQueue::SetXcvrTransmit() {
     EnqueueXcvrCmd(XcvrCmdPTT, 0, 0, 1);
 }
 
-void CommandQueue::SetXcvrReceive() {
+bool CommandQueue::SetXcvrReceive() {
     const RadioInfo* r = radio_.info();
-    if (!r || !r->ptt) return;
-    EnqueueXcvrCmd(XcvrCmdPTT, 0, 0, 0);
+    if (!r || !r->ptt) return false;
+    return EnqueueXcvrCmd(XcvrCmdPTT, 0, 0, 0);
 }
 
 void CommandQueue::SetXcvrRaw(const QString& text) {
@@ -241,6 +245,68 @@ void CommandQueue::RequestMode() {
     if (Protocol* p = radio_.protocol()) p->RequestMode();
 }
 
+void CommandQueue::SendReceiveNow() {
+    const RadioInfo* r = radio_.info();
+    Protocol* p = radio_.protocol();
+    if (r && r->ptt && p) {
+        XcvrCmd off;
+        off.theCmd = XcvrCmdPTT;
+        off.theRadio = std::int16_t(radio_.address());
+        off.theArg = 0;
+        p->Execute(off);
+    }
+    receiveSent();
+}
+
+void CommandQueue::receiveSent() {
+    if (link_.writesReachTheLine()) state_.SetTransmitting(false);
+}
+
+void CommandQueue::ReplyWaitEnded() {
+    if (radio_.RadioIndex < 0) return;
+    sendQueuedReceive();
+    AccelerateNextXcvrCmd();
+}
+
+bool CommandQueue::sendQueuedReceive() {
+    std::vector<XcvrCmd> records = queued();
+    auto isReceive = [](const XcvrCmd& r) { return r.theCmd == XcvrCmdPTT && r.theArg == 0; };
+    const auto off = std::find_if(records.begin(), records.end(), isReceive);
+    if (off == records.end()) return false;
+    const XcvrCmd receive = *off;
+    const auto ahead = off - records.begin();
+    // Keys queued before it never left: sent after it, they would key the radio again.
+    records.erase(
+        std::remove_if(records.begin(), off + 1, [](const XcvrCmd& r) { return r.theCmd == XcvrCmdPTT; }),
+        off + 1);
+    for (auto& r : XcvrCmdBuffer) r.theRawCmd.clear();
+    int slot = XcvrCmdHead;
+    for (const XcvrCmd& r : records) {
+        XcvrCmdBuffer[size_t(slot)] = r;
+        if (++slot > kBufferSlots) slot = 1;
+    }
+    XcvrCmdTail = slot;
+    XcvrCmdCount = int(records.size());
+    if (ahead > 0)
+        common_.LogLine(QStringLiteral("KavModule.ExecuteNextXcvrCmd: the receive command leaves ahead of %1 "
+                                       "queued records, which wait for the radio to answer")
+                            .arg(ahead));
+    if (Protocol* p = radio_.protocol()) p->Execute(receive);
+    LastCommandName = CommandName(XcvrCmdPTT);
+    receiveSent();
+    return true;
+}
+
+void CommandQueue::pollStep() {
+    Protocol* p = radio_.protocol();
+    if (!view_.interrogationEnabled() || InterrogationPhase > 6 || !p) return;
+    const std::uint64_t before = link_.sentMessages;
+    InterrogationPhase = p->InterrogationStep(InterrogationPhase);
+    const bool asked = link_.sentMessages != before;
+    if (asked && radio_.traits().framing == Framing::EndMark && state_.ReportPolled(kPollsBeforeSilent))
+        reportSilence();
+}
+
 void CommandQueue::reportSilence() {
     QString causes = QStringLiteral("is the radio on and its cable in? is the port's speed the radio's?");
     if (radio_.traits().addressed) causes += QStringLiteral(" is its CI-V address ") + view_.addressText().trimmed() +
@@ -288,21 +354,25 @@ void CommandQueue::ExecuteNextXcvrCmd() {
     try {
         SetXcvrCmdTimerInterval();
         if (XcvrCmdCount < 1) {
-            Protocol* p = radio_.protocol();
-            if (view_.interrogationEnabled() && InterrogationPhase <= 6 && p) {
-                const std::uint64_t before = link_.sentMessages;
-                InterrogationPhase = p->InterrogationStep(InterrogationPhase);
-                const bool asked = link_.sentMessages != before;
-                if (asked && radio_.traits().framing == Framing::EndMark && state_.ReportPolled(kPollsBeforeSilent))
-                    reportSilence();
-            }
+            pollStep();
             return;
         }
         for (;;) {
             if (XcvrCmdCount < 1) return;
             const ProtocolTraits& traits = radio_.traits();
-            // A reply of fixed length is on its way: nothing is sent into it.
-            if (traits.framing == Framing::ExpectedLength && link_.replyOutstanding()) return;
+            if (traits.framing == Framing::ExpectedLength && link_.replyOutstanding()) {
+                // A reply of fixed length is on its way: nothing is sent into it.
+                if (link_.ExpectTimer.Enabled()) return;
+                // Its wait ended while the radio already counted as silent, and the reply is still
+                // awaited: the records stay until a polled reply comes, but polling goes on, and an
+                // unkey doesn't wait for the radio to answer.
+                if (sendQueuedReceive()) return;
+                if (view_.interrogationEnabled()) {
+                    pollStep();
+                    return;
+                }
+                // With polling off nothing would ever ask the radio again: the record goes instead.
+            }
             const bool oneRecordPerTick = traits.oneRecordPerTick;
             c = XcvrCmdBuffer[size_t(XcvrCmdHead)];
             common_.DebugLog(QStringLiteral("KavModule.ExecuteNextXcvrCmd: %1 [%2] %3")
@@ -332,6 +402,7 @@ void CommandQueue::ExecuteNextXcvrCmd() {
                     // The display follows a mode command when it leaves, whatever the radio.
                     if (c.theCmd == XcvrCmdMode) state_.UpdateXcvrMode(c.theMode);
                     if (c.theCmd >= 0 && c.theCmd <= XcvrCmdStepFreq && p) p->Execute(c);
+                    if (c.theCmd == XcvrCmdPTT && c.theArg == 0) receiveSent();
                     break;
             }
             if (c.theCmd != XcvrCmdRequestFreq && c.theCmd != XcvrCmdRequestMode)

@@ -39,8 +39,10 @@ public:
     Timer XcvrCmdTimer;
 
     // ---- the buffer ----
-    void EnqueueXcvrCmd(std::int16_t theCmd, double theFreq = 0, std::int16_t theMode = 0, std::int16_t theArg = 0,
-                        std::int16_t theArg2 = 0, const QString& theRawCmd = QString());
+    // False when the record was not queued (no radio, no bus address, a full buffer).
+    bool EnqueueXcvrCmd(std::int16_t theCmd, double theFreq = 0, std::int16_t theMode = 0,
+                        std::int16_t theArg = 0, std::int16_t theArg2 = 0,
+                        const QString& theRawCmd = QString());
     // Drops what is queued and starts polling from its first step.
     void InitializeXcvrCmdBuffer();
     int count() const { return XcvrCmdCount; }
@@ -68,7 +70,8 @@ public:
     void SetXcvrSwitchVFOs();
     void SetXcvrWait();
     void SetXcvrTransmit();
-    void SetXcvrReceive();
+    // False when nothing was queued.
+    bool SetXcvrReceive();
     void SetXcvrRaw(const QString& text);
     void SetXcvrstring(const QString& text);
     void InterrogateRadio();
@@ -85,6 +88,12 @@ public:
     // The frequency and mode requests, at once, past the queue.
     void RequestFrequency();
     void RequestMode();
+    // The radio's receive command at once, past the queue and any reply awaited: the program's ways
+    // out. The radio counts as unkeyed once the command has been written.
+    void SendReceiveNow();
+    // The wait for a reply of fixed length ended without it: an unkey queued behind it leaves now, and
+    // the next tick comes at once, so that a silent radio is asked again now and not an interval later.
+    void ReplyWaitEnded();
 
     int XcvrCmdHead = 1, XcvrCmdTail = 1, XcvrCmdCount = 0;
     int InterrogationPhase = 0;
@@ -93,6 +102,13 @@ public:
 
 private:
     void executeRaw(const XcvrCmd& cmd);
+    // One polling step, when polling is on.
+    void pollStep();
+    // The first queued receive command goes now, ahead of the rest; key commands queued before it,
+    // which never left, are dropped with it. False when none is queued.
+    bool sendQueuedReceive();
+    // A receive command went to the radio: it counts as unkeyed if the command reached the line.
+    void receiveSent();
     void reportSilence();
     void reportTickFailure(const XcvrCmd& cmd, int number, const QString& description);
 

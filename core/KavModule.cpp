@@ -12,6 +12,11 @@
 #include "services/Common.h"
 #include "services/Errors.h"
 
+#include <QFile>
+#include <QFileInfo>
+
+#include <unistd.h>
+
 namespace tv {
 
 namespace {
@@ -45,8 +50,9 @@ KavModule::KavModule(Common& common, KavMain& main, KavConfig& config, KavMessag
     comm_.onOpened = [this] {
         SetCommCaption(QString());
         UpdateCaption();
-        // A port lost while the radio was keyed: the first thing it hears again is to receive.
-        ReleaseTransmitter(QStringLiteral("when the port was lost"));
+        // A port lost while the radio was keyed: the first thing it hears again is to receive. (A radio
+        // left keyed by the last run is unkeyed by its bring-up, once its address is known.)
+        if (leftKeyedByLastRun_.isEmpty()) ReleaseTransmitter(QStringLiteral("when the port was lost"));
     };
     comm_.onOpenFailed = [this](int number, const QString& text, int port, const QString& settingsText) {
         // A user the device refused is told which group to join and how.
@@ -73,6 +79,9 @@ KavModule::KavModule(Common& common, KavMain& main, KavConfig& config, KavMessag
         UpdateCaption();
     });
     QObject::connect(&state_, &RadioState::identified, &state_, [this](const RadioIdentity&) { UpdateCaption(); });
+    // While the program holds the radio keyed a marker lies beside the settings, so that a run that ends
+    // without unkeying it (a crash, kill -9, a power cut) is made good by the next.
+    QObject::connect(&state_, &RadioState::transmittingChanged, &state_, [this](bool on) { markKeyed(on); });
 }
 
 KavModule::~KavModule() = default;
@@ -121,6 +130,12 @@ void KavModule::Initialize() {
         state_.ResetForNewRun();
         ControlFlags.fill(false);
         state_.Responding = true;
+        if (QFileInfo::exists(keyedMarkerPath())) {
+            // The last run keyed the radio and ended without unkeying it: the bring-up unkeys it first.
+            // Without the marker a keyed radio is the operator's own (a microphone) and is left alone.
+            leftKeyedByLastRun_ = QStringLiteral("by a run of the program that ended without unkeying it");
+            state_.SetTransmitting(true);
+        }
         // 2. The reply expectation (the families' constants are their own).
         link_.ExpectedBytes = 0;
         link_.ExpectOperation = QStringLiteral("unknown");
@@ -311,14 +326,20 @@ void KavModule::SelectHexadecimalRadix() {
 // ---- keying ----
 
 void KavModule::Transmit() {
+    // Keyed first, so that the marker is on disk before any key reaches the radio.
+    state_.SetTransmitting(true);
     comm_.Transmit();
     queue_.SetXcvrTransmit();
-    state_.SetTransmitting(true);
 }
 
 void KavModule::Receive() {
     comm_.Receive();
-    queue_.SetXcvrReceive();
+    // A radio unkeyed by command stays keyed until that command has been written.
+    if (queue_.SetXcvrReceive()) return;
+    if (queue_.count() >= CommandQueue::kBufferSlots) {
+        ReleaseTransmitter(QStringLiteral("and the command buffer was full"));
+        return;
+    }
     state_.SetTransmitting(false);
 }
 
@@ -327,16 +348,31 @@ void KavModule::ReleaseTransmitter(const QString& why) {
     Guard("KavModule.ReleaseTransmitter", [&] {
         common_.LogLine(QStringLiteral("KavModule: the transmitter was keyed ") + why + QStringLiteral("; unkeyed"));
         comm_.Receive();
-        const RadioInfo* r = radio_.info();
-        if (Protocol* p = radio_.protocol(); p && r && r->ptt) {
-            XcvrCmd off;
-            off.theCmd = XcvrCmdPTT;
-            off.theRadio = std::int16_t(radio_.address());
-            off.theArg = 0;
-            p->Execute(off);
-        }
+        queue_.SendReceiveNow();
     });
-    state_.SetTransmitting(false);
+}
+
+QString KavModule::keyedMarkerPath() const {
+    return QFileInfo(settings().path()).absolutePath() + QStringLiteral("/Tolvane.keyed");
+}
+
+void KavModule::markKeyed(bool on) {
+    const QString path = keyedMarkerPath();
+    if (!on) {
+        QFile::remove(path);
+        return;
+    }
+    QFile f(path);
+    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        f.write("Tolvane keyed the radio and has not yet unkeyed it; its next start unkeys it.\n") < 0 ||
+        !f.flush()) {
+        common_.LogLine(QStringLiteral("KavModule: cannot write ") + path + QStringLiteral(": ") +
+                        f.errorString() +
+                        QStringLiteral("; a crash while keyed would leave the radio keyed"));
+        return;
+    }
+    // On the disk itself, not in a cache that dies with the machine.
+    ::fsync(f.handle());
 }
 
 // ---- the caption ----

@@ -92,6 +92,8 @@ public:
     // line dropped and the radio's receive command sent at once. The program's ways out call this
     // first, and so does a port that comes back after it was lost while transmitting.
     void ReleaseTransmitter(const QString& why);
+    // The marker, beside the settings, that says the program holds the radio keyed.
+    QString keyedMarkerPath() const;
 
     // ---- radix of the address fields ----
     void SelectDecimalRadix();
@@ -134,6 +136,7 @@ private:
     bool readBool(const QString& key, const QString& def) const;
     void restoreChecked(CheckBox& box, int flag, bool on);
     void bringUpFamily(const RadioInfo& r);
+    void markKeyed(bool on);
 
     Common& common_;
     KavMain& main_;
@@ -142,6 +145,8 @@ private:
     KavComm& comm_;
     QString messagesCaption_;
     bool terminateRequested_ = false;
+    // Why the radio is to be unkeyed at its bring-up ("" when the last run left it unkeyed).
+    QString leftKeyedByLastRun_;
     // The radio is declared after the parts its protocol uses, so that the protocol goes first.
     RadioState state_;
     RadioLink link_;

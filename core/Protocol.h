@@ -70,6 +70,9 @@ struct ProtocolTraits {
     // The radio is under the program's control while a handshake runs and stays locked unless let go:
     // a switch to another transceiver waits for RadioState::controlReleased.
     bool holdsRadioUntilReleased = false;
+    // The radio ignores commands until the frames of its bring-up (CAT on) have reached it: a radio
+    // left keyed by the last run is unkeyed after them, not before.
+    bool commandsAfterBringUp = false;
     InterrogationRule interrogation = InterrogationRule::Forced;
 };
 

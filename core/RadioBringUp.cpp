@@ -12,6 +12,8 @@
 #include "services/Common.h"
 #include "services/Errors.h"
 
+#include <utility>
+
 namespace tv {
 
 namespace {
@@ -123,8 +125,16 @@ void KavModule::UpdateRadio(bool interrogate) {
         // 14.
         main_.HzUpCmd.setToolTip(QStringLiteral("QSY up 10 Hz"));
         main_.HzDownCmd.setToolTip(QStringLiteral("QSY down 10 Hz"));
-        // 15. The supplier's part.
+        // 15. The supplier's part. A radio the last run left keyed hears its receive command before
+        // anything else, or as soon as it listens.
+        auto unkeyLeftKeyed = [this] {
+            if (!leftKeyedByLastRun_.isEmpty())
+                ReleaseTransmitter(std::exchange(leftKeyedByLastRun_, QString()));
+        };
+        const bool listensAfterBringUp = radio_.traits().commandsAfterBringUp;
+        if (!listensAfterBringUp) unkeyLeftKeyed();
         bringUpFamily(r);
+        if (listensAfterBringUp) unkeyLeftKeyed();
         // 16.
         hooks.SetCurrentMemoryBank();
         log(QStringLiteral("model-dependent initialization complete"));

@@ -198,7 +198,13 @@ void RadioLink::ExpectTimeout() {
             ExpectedBytes = 0;
             state_.ReportSilent();
         }
+        if (onWaitEnded) onWaitEnded();
     });
+}
+
+bool RadioLink::writesReachTheLine() const {
+    const RadioInfo* r = radio_.info();
+    return !r || !r->serialPort || comm_.PortOpened();
 }
 
 }  // namespace tv

@@ -11,6 +11,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 
 namespace tv {
 
@@ -40,6 +41,10 @@ public:
     void Reset();
     // A reply is awaited, and nothing may be sent into it.
     bool replyOutstanding() const { return ExpectedBytes >= 1; }
+    // What is sent now reaches the radio: its port is open, or it is reached without one.
+    bool writesReachTheLine() const;
+    // Told when the wait for a reply has ended without it (the queue's unkey and next tick).
+    std::function<void()> onWaitEnded;
 
     Timer ExpectTimer;
     int RcvCount = 0;

@@ -199,8 +199,10 @@ bool ProgramRig::setPtt(bool on) {
     KavMain& w = m_.main();
     CommandButton& button = on ? w.PTTonCmd : w.PTTOffCmd;
     const RadioInfo* r = m_.radio().info();
-    if (r && !r->ptt) {
-        // Keyed by a port line: nothing to queue, done at once.
+    if (!r) return false;
+    if (!r->ptt || !on) {
+        // Keyed by a port line: nothing to queue, done at once. An unkey is never refused: a full queue
+        // doesn't hold it back either.
         button.click();
         return true;
     }

@@ -44,6 +44,7 @@ YaesuProtocol::YaesuProtocol(ProtocolContext& context, const RadioInfo& radio)
     traits_.filterGroupAfterModeReport = model_ && !model_->smallGroup;
     traits_.waitsAfterFrequency = model_ && model_->smallGroup;
     traits_.holdsRadioUntilReleased = model_ && model_->start == YaesuStart::Handshake;
+    traits_.commandsAfterBringUp = model_ && model_->start == YaesuStart::CatOn;
 }
 
 QString YaesuProtocol::DisplayName(const RadioInfo& radio) const {

@@ -180,31 +180,15 @@ TEST_F(Scheduler, CivRadioWithoutAddressGetsNoCommands) {
     EXPECT_EQ(q().XcvrCmdBuffer[size_t(q().XcvrCmdHead)].theRadio, 0x5C);
 }
 
-TEST_F(Scheduler, SilentSmallYaesuIsTriedEveryFiveSecondsUntilItAnswers) {
-    rig.withRadio(QStringLiteral("FT817"));
-    EXPECT_EQ(timer().Interval(), 200);
-    rig.state.Responding = false;
-    q().SetXcvrCmdTimerInterval();
-    EXPECT_EQ(timer().Interval(), 5000);
-    q().SetXcvrFreq(14200);
-    rig.loop.advance(4999);
-    EXPECT_TRUE(yaesu.executed.empty());
-    rig.loop.advance(1);
-    EXPECT_EQ(yaesu.executed.size(), 1u);
-    rig.state.Responding = true;
-    q().SetXcvrCmdTimerInterval();
-    EXPECT_EQ(timer().Interval(), 200);
-}
-
 TEST_F(Scheduler, YaesuRecordsWaitWhileAReplyIsOutstanding) {
     rig.withRadio(QStringLiteral("FT1000D"));
-    rig.link.ExpectedBytes = 5;
+    rig.link.Expect(QStringLiteral("YaesuStatus"), 5);
     q().SetXcvrFreq(14200);
     q().SetXcvrMode(ModeUSB);
     rig.loop.advance(1000);
     EXPECT_TRUE(yaesu.executed.empty());
     EXPECT_EQ(q().XcvrCmdCount, 2);
-    rig.link.ExpectedBytes = 0;
+    rig.wire(QByteArray(5, '\0'));
     rig.loop.advance(200);
     EXPECT_EQ(yaesu.executed.size(), 2u);
 }

@@ -6,6 +6,7 @@
 #include "support/QtPrinters.h"
 
 #include <QFile>
+#include <QSet>
 
 #include <gtest/gtest.h>
 
@@ -302,6 +303,63 @@ TEST_F(Yaesu, ALostReplyEndsAfterFiveSecondsAndTheNextPollGoesOut) {
     rig.wire(hx("00000000F7"));
     EXPECT_EQ(rig.tick(), QByteArray());
     EXPECT_EQ(rig.queue.InterrogationPhase, 0);
+}
+
+// A radio that stops answering for good. What it was last asked stays awaited, so the records queued
+// behind it wait for the radio; but polling goes on (that is how the radio is found again), an unkey
+// doesn't wait for the radio, and once it answers the queue goes on.
+TEST_F(Yaesu, ASilentRadioIsPolledOnAndAnUnkeyLeavesWhenTheWaitEndsWhileTheRestWaitsForAnAnswer) {
+    start("MP1000", true);
+    rig.queue.InterrogateRadio();  // as at start-up
+    rig.loop.advance(2000);
+    rig.queue.SetXcvrFreq(14025.5);
+    rig.state.SetTransmitting(true);
+    rig.queue.SetXcvrTransmit();
+    rig.sent();
+    rig.loop.advance(30000);
+    const QByteArray silent = rig.sent();
+    const QSet<QByteArray> polls{hx("00000000F7"), hx("0000000310"), hx("0000000210"), hx("00000001FA")};
+    EXPECT_GE(silent.size() / 5, 5) << silent.toHex().toStdString();
+    for (int i = 0; i + 5 <= silent.size(); i += 5) EXPECT_TRUE(polls.contains(silent.mid(i, 5))) << i;
+
+    // Unkeyed just after a poll went out: the unkey waits for that poll's answer, at most its wait.
+    for (int ms = 0; ms < 6000 && rig.sent().isEmpty(); ++ms) rig.loop.advance(1);
+    rig.queue.SetXcvrReceive();
+    rig.loop.advance(4900);
+    EXPECT_TRUE(rig.state.transmitting());
+    rig.loop.advance(200);
+    const QByteArray unkeyed = rig.sent();
+    EXPECT_TRUE(unkeyed.startsWith(hx("000000000F"))) << unkeyed.toHex().toStdString();
+    EXPECT_FALSE(unkeyed.contains(hx("000000010F")));  // the key that never left never will
+    EXPECT_FALSE(rig.state.transmitting());
+
+    // The radio answers a poll: the tuning waiting since the second second goes out.
+    ASSERT_TRUE(rig.link.replyOutstanding());
+    rig.wire(QByteArray(rig.link.ExpectedBytes, '\0'));
+    EXPECT_TRUE(rig.state.Responding);
+    rig.loop.advance(250);
+    EXPECT_TRUE(rig.sent().contains(hx("502540010A")));
+    EXPECT_EQ(rig.queue.count(), 0);
+}
+
+// The small radios are polled slowly once silent: every five seconds, each poll's wait running out
+// just as the next poll is due, and back at the configured pace at the first answer.
+TEST_F(Yaesu, ASilentSmallRadioIsTriedEveryFiveSecondsUntilItAnswers) {
+    start("FT817", true);
+    std::vector<std::int64_t> polls;
+    for (std::int64_t ms = 1; ms <= 40000; ++ms) {
+        rig.loop.advance(1);
+        if (!rig.sent().isEmpty()) polls.push_back(ms);
+    }
+    ASSERT_GE(polls.size(), 7u);
+    EXPECT_FALSE(rig.state.Responding);
+    for (size_t i = 2; i < polls.size(); ++i) {
+        EXPECT_GE(polls[i] - polls[i - 1], 5000) << i;
+        EXPECT_LE(polls[i] - polls[i - 1], 5002) << i;
+    }
+    rig.wire(QByteArray(rig.link.ExpectedBytes, '\0'));
+    rig.loop.advance(5002);
+    EXPECT_EQ(rig.queue.XcvrCmdTimer.Interval(), 200);
 }
 
 TEST_F(Yaesu, BringUpSendsWhatEachModelNeedsFirst) {

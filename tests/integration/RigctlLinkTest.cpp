@@ -1,7 +1,7 @@
 // The rig server as the Linux ham programs meet it: the real program, headless, drives the radio
 // simulator over a pty pair, and Debian's rigctl (Hamlib's NET rigctl, model 2) opens it, reads and
-// sets. Then ten clients poll it for a minute: the radio sees no more traffic than without them, and
-// none of them waits longer than its poll interval.
+// sets. Then ten clients read it as fast as it answers: the radio hears nothing but the program's own
+// polls. (How fast the answers come is measured by benchmarks/rigctl.cpp.)
 
 #include "platform/SettingsStore.h"
 
@@ -10,7 +10,6 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include "support/PtyPair.h"
 #include "support/QtPrinters.h"
@@ -35,11 +34,6 @@ QString bin(const QString& name) {
 void stopProcess(QProcess& p) {
     p.terminate();
     if (!p.waitForFinished(5000)) p.kill();
-}
-
-// Lets the loop run for a measured stretch of time.
-void runFor(int ms) {
-    waitFor([] { return false; }, ms);
 }
 
 // A model, its address, and what the simulator receives for F 14025500, M CW 500, T 1, T 0, S 1 VFOB.
@@ -137,9 +131,8 @@ class RigctlStation : public ::testing::Test {
 
 class RigctlLink : public RigctlStation, public ::testing::WithParamInterface<const Model*> {};
 
-// rigctl opens the program, tunes, keys and splits the radio. Then SIGTERM while a client has the radio
-// keyed: before the port closes, the radio hears its receive command.
-TEST_P(RigctlLink, RigctlTunesKeysAndSplitsTheRadioAndASignalWhileKeyedUnkeysIt) {
+// rigctl opens the program, tunes, keys and splits the radio.
+TEST_P(RigctlLink, RigctlTunesKeysAndSplitsTheRadio) {
     const Model& model = *GetParam();
     startStation(model);
     auto run = [&](const char* commands) {
@@ -164,20 +157,6 @@ TEST_P(RigctlLink, RigctlTunesKeysAndSplitsTheRadioAndASignalWhileKeyedUnkeysIt)
     // The radio's own dial moves on, and a client reads where it went.
     sim.write("dial +100\n");
     EXPECT_TRUE(waitFor([&] { return run("f").second == QLatin1String("14025600"); }, 15000));
-
-    const QString transmit = QString::fromLatin1(model.transmit), receive = QString::fromLatin1(model.receive);
-    const qsizetype keyedFrom = readSim().size();
-    ASSERT_EQ(run("T 1").first, 0);
-    ASSERT_TRUE(waitFor([&] { return readSim().indexOf(transmit, keyedFrom) >= 0; }, 5000))
-        << simLog.right(800).toStdString();
-    const qsizetype keyedAt = simLog.indexOf(transmit, keyedFrom);
-    program.terminate();
-    ASSERT_TRUE(program.waitForFinished(10000));
-    EXPECT_EQ(program.exitCode(), 0);
-    EXPECT_TRUE(waitFor([&] { return readSim().indexOf(receive, keyedAt) >= 0; }, 5000))
-        << simLog.right(800).toStdString();
-    output += program.readAll();
-    EXPECT_TRUE(output.contains("the transmitter was keyed at shutdown; unkeyed")) << output.right(600).toStdString();
 }
 
 INSTANTIATE_TEST_SUITE_P(IcomAndKenwood, RigctlLink, ::testing::Values(&kIcom, &kKenwood),
@@ -210,78 +189,57 @@ TEST_F(RigctlStation, HamlibsNetworkClientRunsWsjtxsSequenceAndTheDataModeReache
         [&] { return rigctl({QStringLiteral("m")}).second.startsWith(QLatin1String("PKTUSB\n")); }, 10000));
 }
 
-// One client of the load test: asks "f" and "m" every interval, and times each answer.
-struct Poller {
-    static constexpr int kIntervalMs = 100;
-    explicit Poller(quint16 port) {
-        socket.connectToHost(QHostAddress::LocalHost, port);
+// One client of the load test: asks "f", "m" and "t" again as soon as they are answered, so many times.
+struct Reader {
+    static constexpr int kRounds = 100;
+    explicit Reader(quint16 port) {
+        QObject::connect(&socket, &QTcpSocket::connected, &socket, [this] { socket.write("f\nm\nt\n"); });
         QObject::connect(&socket, &QTcpSocket::readyRead, &socket, [this] {
             in += socket.readAll();
-            // f: one line; m: two.
-            while (in.count('\n') >= 3) {
+            while (in.count('\n') >= 4) {
                 const QList<QByteArray> lines = in.split('\n');
-                if (lines[0] != "7010000" || lines[1] != "USB" || lines[2] != "2400") ++wrong;
-                in = in.mid(lines[0].size() + lines[1].size() + lines[2].size() + 3);
-                worst = std::max(worst, sinceAsked.elapsed());
-                ++answers;
-                waiting = false;
+                if (lines[0] != "7010000" || lines[1] != "USB" || lines[2] != "2400" || lines[3] != "0")
+                    ++wrong;
+                in = in.mid(lines[0].size() + lines[1].size() + lines[2].size() + lines[3].size() + 4);
+                if (++answers < kRounds) socket.write("f\nm\nt\n");
             }
         });
-        QObject::connect(&timer, &QTimer::timeout, &socket, [this] {
-            if (waiting) return;  // still waiting: the time keeps counting against this answer
-            waiting = true;
-            sinceAsked.start();
-            socket.write("f\nm\n");
-        });
-        timer.start(kIntervalMs);
+        socket.connectToHost(QHostAddress::LocalHost, port);
     }
     QTcpSocket socket;
-    QTimer timer;
-    QElapsedTimer sinceAsked;
     QByteArray in;
-    bool waiting = false;
-    qint64 worst = 0;
     int answers = 0, wrong = 0;
 };
 
-TEST_F(RigctlStation, TenClientsPollingForAMinuteCostTheRadioNothing) {
+TEST_F(RigctlStation, TenClientsReadingAsFastAsTheyCanCostTheRadioNothing) {
     startStation(kIcom);
-    auto frames = [&] { return readSim().count(QStringLiteral("\n<- ")); };
-    // The program's own polling, alone.
-    constexpr int kBaselineMs = 10000, kLoadMs = 60000;
-    const int before = frames();
-    runFor(kBaselineMs);
-    const int alone = frames() - before;
-    const qsizetype loadFrom = readSim().size();
-
-    std::vector<std::unique_ptr<Poller>> clients;
-    for (int i = 0; i < 10; ++i) clients.push_back(std::make_unique<Poller>(port));
-    runFor(kLoadMs);
-    const int loaded = frames() - before - alone;
-    for (auto& c : clients) c->timer.stop();
-
-    const double rateAlone = alone * 1000.0 / kBaselineMs, rateLoaded = loaded * 1000.0 / kLoadMs;
-    RecordProperty("frames_alone_10s", alone);
-    RecordProperty("frames_with_clients_60s", loaded);
-    // Only the polls of frequency, mode and meter went to the radio meanwhile, at the rate they go
-    // without clients (within what a loaded test machine's timers allow).
-    EXPECT_NEAR(rateLoaded, rateAlone, rateAlone * 0.1)
-        << alone << " frames alone, " << loaded << " with clients";
-    for (const QString& line : simLog.mid(loadFrom).split(QLatin1Char('\n'))) {
+    const qsizetype from = readSim().size();
+    QElapsedTimer elapsed;
+    elapsed.start();
+    std::vector<std::unique_ptr<Reader>> clients;
+    for (int i = 0; i < 10; ++i) clients.push_back(std::make_unique<Reader>(port));
+    const bool done = waitFor(
+        [&] {
+            return std::all_of(clients.begin(), clients.end(),
+                               [](const auto& c) { return c->answers == Reader::kRounds; });
+        },
+        60000);
+    const qint64 ms = elapsed.elapsed();
+    ASSERT_TRUE(done);
+    for (const auto& c : clients) EXPECT_EQ(c->wrong, 0);
+    // Three thousand reads, answered from what the program knows: on the line only its own polls of
+    // frequency, mode and meter, at most one a poll interval (a loaded machine makes them later, never
+    // sooner), and a few that were on their way when the count began.
+    int frames = 0;
+    for (const QString& line : readSim().mid(from).split(QLatin1Char('\n'))) {
         if (!line.startsWith(QLatin1String("<- "))) continue;
+        ++frames;
         EXPECT_TRUE(line == QLatin1String("<- FE FE 94 E0 03 FD") ||
                     line == QLatin1String("<- FE FE 94 E0 04 FD") ||
                     line == QLatin1String("<- FE FE 94 E0 15 02 FD"))
             << line.toStdString();
     }
-    qint64 worst = 0;
-    for (const auto& c : clients) worst = std::max(worst, c->worst);
-    RecordProperty("worst_answer_ms", int(worst));
-    for (const auto& c : clients) {
-        EXPECT_GE(c->answers, kLoadMs / Poller::kIntervalMs * 9 / 10);
-        EXPECT_EQ(c->wrong, 0);
-        EXPECT_LT(c->worst, Poller::kIntervalMs) << "an answer took longer than the poll interval";
-    }
+    EXPECT_LE(frames, ms / 200 + 3) << ms << " ms";
 }
 
 }  // namespace

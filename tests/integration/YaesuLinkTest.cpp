@@ -46,6 +46,29 @@ TEST_F(YaesuLink, SmallRadioIsPolledTunedSwitchedAndMetered) {
     EXPECT_TRUE(simGot("00 00 00 00 81"));
 }
 
+// The radio obeys but its answers are lost: the program counts it silent and polls it slowly. Keyed
+// and unkeyed meanwhile, the key's answer never comes; the unkey leaves when that wait ends, and the
+// program holds the radio keyed until then. Its answers back, polling picks it up again.
+TEST_F(YaesuLink, AMuteSmallRadioIsUnkeyedWhenTheWaitEndsAndFoundAgainWhenItAnswers) {
+    start("FT817");
+    ASSERT_TRUE(shows(7010.0, ModeCW)) << m().state().RadioFreq << " " << m().state().RadioMode;
+    simCommand("mute on");
+    ASSERT_TRUE(waitFor([&] { return !m().state().Responding; }, 8000));
+    const qsizetype from = logMark();
+    m().Transmit();
+    ASSERT_TRUE(waitSim(QStringLiteral("<- 00 00 00 00 08"), 8000)) << simLog.mid(from).toStdString();
+    m().Receive();
+    EXPECT_TRUE(m().state().transmitting());
+    EXPECT_TRUE(waitSim(QStringLiteral("<- 00 00 00 00 88"), 8000));
+    EXPECT_TRUE(
+        receivedInOrder(QStringLiteral("<- 00 00 00 00 08"), QStringLiteral("<- 00 00 00 00 88"), from));
+    EXPECT_TRUE(waitFor([&] { return !m().state().transmitting(); }, 1000));
+    simCommand("mute off");
+    simCommand("freq 14100");
+    EXPECT_TRUE(shows(14100.0, ModeCW, 15000));
+    EXPECT_TRUE(m().state().Responding);
+}
+
 TEST_F(YaesuLink, MpFamilyReadsBothVfosItsFlagsAndItsMeter) {
     start("MP1000");
     ASSERT_TRUE(shows(7010.0, ModeCW)) << m().state().RadioFreq << " " << m().state().RadioMode;

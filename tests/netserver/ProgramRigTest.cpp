@@ -59,7 +59,8 @@ TEST_F(ProgramRigTest, IcomGetsCostNothingAndSetsLeaveAsTheOperatorsGestures) {
     for (const Step& step :
          {Step{"F 14025500.000000", "f", "14025500\n", "FEFE5CE0050055021400FD"},
           Step{"M USB 2400", "m", "USB\n2400\n", "FEFE5CE00601"}, Step{"T 1", "t", "1\n", "FEFE5CE01C0001FD"},
-          Step{"T 0", "t", "0\n", "FEFE5CE01C0000FD"},
+          // Keyed until the receive command has left.
+          Step{"T 0", "t", "1\n", "FEFE5CE01C0000FD"},
           // Split alone: the receive VFO stays, as a digital-mode program expects.
           Step{"S 1 VFOB", "s", "1\nVFOB\n", "FEFE5CE00F01FD"},
           Step{"V VFOB", "v", "VFOB\n", "FEFE5CE00701FD"}, Step{"V VFOA", "v", "VFOA\n", "FEFE5CE00700FD"}}) {
@@ -68,6 +69,7 @@ TEST_F(ProgramRigTest, IcomGetsCostNothingAndSetsLeaveAsTheOperatorsGestures) {
         const QByteArray out = sent();
         EXPECT_TRUE(out.startsWith(civ(step.frame))) << step.set << ": " << out.toHex(' ').toStdString();
     }
+    EXPECT_EQ(ask("t"), "0\n");
     EXPECT_EQ(st.p().main.FreqDisplay.text(), QStringLiteral("14,025.50"));
     // The transmit frequency goes by way of VFO B; the receive frequency is still what clients read.
     EXPECT_EQ(ask("I 14030000"), "RPRT 0\n");

@@ -162,6 +162,9 @@ public:
 
     // Answer at the pace of a serial line of this many baud (ten bits a byte), in small pieces, so that
     // a long reply takes as long as on the real radio. 0: at once.
+    // The radio obeys what it hears, but nothing it says reaches the line (a broken wire back).
+    void setMuted(bool on) { muted_ = on; }
+
     void setPace(int baud) {
         baud_ = baud;
         paceStarted_ = false;
@@ -192,6 +195,11 @@ private:
         const QByteArray out = radio_.receive(in);
         // A CI-V echo is the interface's and always comes back; log only the radio's own answer.
         const QByteArray answer = out.mid(echoLength(radio_, in));
+        if (muted_) {
+            if (!out.isEmpty())
+                logLine(QStringLiteral("-- ") + shown(radio_, out) + QStringLiteral(" (muted)"));
+            return;
+        }
         if (!answer.isEmpty()) logLine(QStringLiteral("-> ") + shown(radio_, answer));
         pending_.append(out);
         flush();
@@ -261,6 +269,7 @@ private:
     QSocketNotifier* writer_;
     QByteArray pending_;
     int baud_ = 0;
+    bool muted_ = false;
     QTimer pacer_;
     QElapsedTimer paceClock_;
     bool paceStarted_ = false;
@@ -462,9 +471,11 @@ bool runCommand(const QString& line, Radio& radio, Bus<Radio>& bus) {
         const int m = modeIndex(radio, arg);  // all families count modes the same way
         ok = m >= 0;
         if (ok) bus.send(setMode(radio, m, w));
-    } else if (cmd == QLatin1String("silent") || cmd == QLatin1String("transceive")) {
+    } else if (cmd == QLatin1String("silent") || cmd == QLatin1String("transceive") ||
+               cmd == QLatin1String("mute")) {
         ok = arg == QLatin1String("on") || arg == QLatin1String("off");
         if (ok && cmd == QLatin1String("silent")) radio.setSilent(arg == QLatin1String("on"));
+        if (ok && cmd == QLatin1String("mute")) bus.setMuted(arg == QLatin1String("on"));
         if (ok && cmd == QLatin1String("transceive") && !setTransceive(radio, arg == QLatin1String("on"))) {
             logLine(QStringLiteral("%1: not on this radio").arg(line.trimmed()));
             return true;
@@ -489,8 +500,9 @@ bool runCommand(const QString& line, Radio& radio, Bus<Radio>& bus) {
         const int v = arg.toInt(&ok);
         if (ok) radio.setMeter(v);
     } else {
-        logLine(QStringLiteral("unknown command: %1 (dial, freq, mode, silent, transceive, reject, garbage, "
-                               "meter, slow, quit; Yaesu also vfo, split, clar)").arg(line.trimmed()));
+        logLine(QStringLiteral("unknown command: %1 (dial, freq, mode, silent, mute, transceive, reject, "
+                               "garbage, meter, slow, quit; Yaesu also vfo, split, clar)")
+                    .arg(line.trimmed()));
         return true;
     }
     logLine(ok ? QStringLiteral("%1: %2 Hz %3").arg(line.trimmed()).arg(radio.frequency()).arg(modeName(radio))
@@ -572,11 +584,12 @@ int main(int argc, char** argv) {
     QCoreApplication::setApplicationName(QStringLiteral("tolvane-radiosim"));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("A simulated CI-V, Kenwood or Yaesu radio on a pseudo-terminal. Prints \"PTY <path>\" on stdout, "
-                       "logs the line on stderr (CI-V and Yaesu in hexadecimal, Kenwood as text), and reads commands on "
-                       "stdin: dial +100, freq 7010.5, mode CW, silent on|off, transceive on|off, reject, garbage 20, "
-                       "meter 120, slow 4800|off, quit; for Yaesu radios also vfo a|b, split on|off, clar -120|off."));
+    parser.setApplicationDescription(QStringLiteral(
+        "A simulated CI-V, Kenwood or Yaesu radio on a pseudo-terminal. Prints \"PTY <path>\" on stdout, "
+        "logs the line on stderr (CI-V and Yaesu in hexadecimal, Kenwood as text), and reads commands on "
+        "stdin: dial +100, freq 7010.5, mode CW, silent on|off (hears nothing), mute on|off (obeys, answers "
+        "nothing), transceive on|off, reject, garbage 20, "
+        "meter 120, slow 4800|off, quit; for Yaesu radios also vfo a|b, split on|off, clar -120|off."));
     parser.addHelpOption();
     const QStringList allModels = CivRadio::modelNames() + KenwoodRadio::modelNames() + YaesuRadio::modelNames();
     const QCommandLineOption modelOpt(QStringLiteral("model"),

@@ -1,0 +1,154 @@
+// A transmitter is never left keyed by the way the program ends. The real program, headless, drives the
+// radio simulator on the simulator's own pty (it outlives the program, as a radio does) and is keyed by a
+// rig-server client. Killed outright while keyed, the program's next start unkeys the radio before it
+// says anything else; hung up on (a closed terminal, a dropped SSH session) while keyed, it unkeys the
+// radio before it closes the port, and ends in order.
+
+#include "platform/SettingsStore.h"
+#include "support/PtyPair.h"
+
+#include <QProcess>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <ostream>
+
+namespace tv {
+namespace {
+
+using test::waitFor;
+
+struct Family {
+    const char *name, *model, *address, *transmit, *receive;
+};
+
+const Family kFamilies[] = {
+    {"Icom", "IC-7300", "94", "FE FE 94 E0 1C 00 01 FD", "FE FE 94 E0 1C 00 00 FD"},
+    {"Kenwood", "TS-2000", "", "TX;", "RX;"},
+    {"Yaesu", "FT817", "", "00 00 00 00 08", "00 00 00 00 88"},
+};
+
+void PrintTo(const Family& f, std::ostream* os) {
+    *os << f.name;
+}
+
+QString bin(const char* name) {
+    return QStringLiteral(TOLVANE_BINARY_DIR "/") + QLatin1String(name);
+}
+
+class KeyedExit : public ::testing::TestWithParam<Family> {
+  protected:
+    void SetUp() override {
+        const Family& f = GetParam();
+        sim.start(bin("tolvane-radiosim"),
+                  {QStringLiteral("--model"), QLatin1String(f.model), QStringLiteral("--freq"),
+                   QStringLiteral("7010"), QStringLiteral("--mode"), QStringLiteral("CW")});
+        ASSERT_TRUE(waitFor([&] { return sim.canReadLine(); }, 5000));
+        const QString pty = QString::fromLocal8Bit(sim.readLine()).trimmed().section(QLatin1Char(' '), 1);
+        ASSERT_TRUE(pty.startsWith(QStringLiteral("/dev/"))) << pty.toStdString();
+        SettingsStore s(dir.filePath(QStringLiteral("Tolvane.ini")), nullptr);
+        const QString g = QStringLiteral("General");
+        s.SaveSetting(g, QStringLiteral("Radio"), QLatin1String(f.model));
+        if (*f.address) s.SaveSetting(g, QStringLiteral("RadioId"), QLatin1String(f.address));
+        s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
+        s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty);
+        QTcpServer probe;  // a free port
+        probe.listen(QHostAddress::LocalHost, 0);
+        port = probe.serverPort();
+    }
+    void TearDown() override {
+        program.kill();
+        program.waitForFinished(5000);
+        sim.write("quit\n");
+        if (!sim.waitForFinished(3000)) sim.kill();
+    }
+    // Starts the program and waits until it shows the radio and serves clients.
+    ::testing::AssertionResult startProgram() {
+        output.clear();
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        program.start(bin("tolvane"),
+                      {QStringLiteral("--headless"), QStringLiteral("--config-dir"), dir.path(),
+                       QStringLiteral("--app-dir"), QStringLiteral(TOLVANE_SOURCE_DIR "/data"),
+                       QStringLiteral("--net-port"), QString::number(port)});
+        const bool up = waitFor(
+            [&] {
+                output += program.readAll();
+                return output.contains("Radio: 7010.000 kHz") && output.contains("NetServer: listening");
+            },
+            30000);
+        if (up) return ::testing::AssertionSuccess();
+        return ::testing::AssertionFailure() << output.toStdString();
+    }
+    // One line to the rig server and its answer.
+    QByteArray ask(const QByteArray& line) {
+        QTcpSocket s;
+        s.connectToHost(QHostAddress::LocalHost, port);
+        if (!s.waitForConnected(5000)) return {};
+        s.write(line + '\n');
+        QByteArray in;
+        waitFor([&] { return (in += s.readAll()).endsWith('\n'); }, 5000);
+        return in.trimmed();
+    }
+    // The simulator's log (it logs each message it receives with "<- ").
+    QString& simLog() { return log += QString::fromLocal8Bit(sim.readAllStandardError()); }
+    bool simReceived(const char* what, qsizetype from) {
+        const QString line = QStringLiteral("<- ") + QLatin1String(what);
+        return waitFor([&] { return simLog().indexOf(line, from) >= 0; }, 8000);
+    }
+    // Keys the radio through a client, and waits until the radio has heard it.
+    void key(qsizetype from) {
+        EXPECT_EQ(ask("T 1"), QByteArray("RPRT 0"));
+        ASSERT_TRUE(simReceived(GetParam().transmit, from)) << simLog().mid(from).toStdString();
+    }
+
+    QTemporaryDir dir;
+    QProcess sim, program;
+    QByteArray output;
+    QString log;
+    quint16 port = 0;
+};
+
+TEST_P(KeyedExit, AKillWhileKeyedIsMadeGoodByTheNextStartAndAHangUpUnkeysBeforeTheEnd) {
+    const Family& f = GetParam();
+    ASSERT_TRUE(startProgram());
+    key(0);
+    program.kill();
+    ASSERT_TRUE(program.waitForFinished(10000));
+
+    // The next start: the radio hears its receive command first, and the log says why.
+    const qsizetype restart = simLog().size();
+    ASSERT_TRUE(startProgram());
+    EXPECT_TRUE(simReceived(f.receive, restart)) << simLog().mid(restart).toStdString();
+    const QString first = simLog().mid(restart).section(QStringLiteral("<- "), 1, 1);
+    EXPECT_TRUE(first.startsWith(QLatin1String(f.receive))) << simLog().mid(restart).toStdString();
+    EXPECT_TRUE(
+        output.contains("the transmitter was keyed by a run of the program that ended without unkeying it; "
+                        "unkeyed"))
+        << output.toStdString();
+    EXPECT_EQ(ask("t"), QByteArray("0"));
+
+    // SIGHUP while keyed: the receive command goes before the port closes, and the program ends as on
+    // SIGTERM.
+    const qsizetype keyedFrom = simLog().size();
+    key(keyedFrom);
+    const qsizetype keyedAt = simLog().indexOf(QLatin1String(f.transmit), keyedFrom);
+    ::kill(pid_t(program.processId()), SIGHUP);
+    ASSERT_TRUE(program.waitForFinished(10000));
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program.exitCode(), 0);
+    EXPECT_TRUE(simReceived(f.receive, keyedAt)) << simLog().mid(keyedFrom).toStdString();
+    output += program.readAll();
+    EXPECT_TRUE(output.contains("stop requested by signal SIGHUP")) << output.right(600).toStdString();
+    EXPECT_TRUE(output.contains("the transmitter was keyed at shutdown; unkeyed"))
+        << output.right(600).toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(Families, KeyedExit, ::testing::ValuesIn(kFamilies),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
+}  // namespace tv

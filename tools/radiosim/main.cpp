@@ -118,6 +118,11 @@ bool yaesuCommand(YaesuRadio& radio, const QStringList& w, bool& ok) {
     } else if (cmd == QLatin1String("split")) {
         ok = arg == QLatin1String("on") || arg == QLatin1String("off");
         if (ok) radio.setSplit(arg == QLatin1String("on"));
+    } else if (cmd == QLatin1String("filter")) {
+        // filter 2nd|3rd|sub VALUE: a filter knob, the value as the radio's command takes it.
+        const QStringList which = {QStringLiteral("2nd"), QStringLiteral("3rd"), QStringLiteral("sub")};
+        const int value = w.size() > 2 ? w[2].toInt(&ok) : -1;
+        ok = ok && radio.setFilter(int(which.indexOf(arg)), value);
     } else if (cmd == QLatin1String("clar")) {
         const int hz = arg.toInt(&ok);
         if (arg == QLatin1String("off")) ok = true, radio.setClarifier(false, 0);
@@ -307,7 +312,7 @@ bool runCommand(const QString& line, Radio& radio, Bus<Radio>& bus) {
         if (ok) radio.setMeter(v);
     } else {
         logLine(QStringLiteral("unknown command: %1 (dial, freq, mode, silent, transceive, reject, garbage, "
-                               "meter, slow, quit; Yaesu also vfo, split, clar)").arg(line.trimmed()));
+                               "meter, slow, quit; Yaesu also vfo, split, clar, filter)").arg(line.trimmed()));
         return true;
     }
     logLine(ok ? QStringLiteral("%1: %2 Hz %3").arg(line.trimmed()).arg(radio.frequency()).arg(modeName(radio))
@@ -429,7 +434,7 @@ int main(int argc, char** argv) {
         QStringLiteral("A simulated CI-V, Kenwood or Yaesu radio on a pseudo-terminal. Prints \"PTY <path>\" on stdout, "
                        "logs the line on stderr (CI-V and Yaesu in hexadecimal, Kenwood as text), and reads commands on "
                        "stdin: dial +100, freq 7010.5, mode CW, silent on|off, transceive on|off, reject, garbage 20, "
-                       "meter 120, slow 4800|off, quit; for Yaesu radios also vfo a|b, split on|off, clar -120|off."));
+                       "meter 120, slow 4800|off, quit; for Yaesu radios also vfo a|b, split on|off, clar -120|off, filter 2nd|3rd|sub VALUE."));
     parser.addHelpOption();
     const QStringList allModels = CivRadio::modelNames() + KenwoodRadio::modelNames() + YaesuRadio::modelNames();
     const QCommandLineOption modelOpt(QStringLiteral("model"),

@@ -48,7 +48,6 @@ void FilterGroups::connect() {
     QObject::connect(&s, &RadioState::filterGroupModelChosen, &s, [this](const FilterGroupModel* model) {
         Guard("KavModule.InitializeYaesuFT1000XFilters", [&] { Initialize(model); });
     });
-    QObject::connect(&s, &RadioState::modeReported, &s, [this](int) { appliedAtModeReport_ = applied_; });
     QObject::connect(&s, &RadioState::filterStatusReported, &s, [this](const FilterStatus& status) {
         Guard("KavModule.DecodeYaesuFilterStatus", [&] { StatusReported(status); });
     });
@@ -265,7 +264,8 @@ bool FilterGroups::ApplyGroup(const QString& name) {
             *held[l] = index[l];
         }
         for (int l = 0; l < 3; ++l) m_.queue().SetXcvrFilters(commandOf(l, index[l]), l);
-        ++applied_;
+        appliedSinceRead_ = true;
+        appliedMode_ = m_.state().RadioMode;
         return true;
     }
     return false;
@@ -302,9 +302,11 @@ void FilterGroups::MatchGroup() {
 
 void FilterGroups::StatusReported(const FilterStatus& status) {
     if (!model_) return;
-    // A group chosen inside this report (a recalled memory's, which waited for the new mode) has just
-    // been sent: the filters read with it are the old ones.
-    if (applied_ != appliedAtModeReport_) return;
+    // A group sent for this mode since the last read (the operator's, or a recalled memory's as its
+    // mode command left) stands: the read may have been asked before it went.
+    const bool fresh = appliedSinceRead_ && appliedMode_ == m_.state().RadioMode;
+    appliedSinceRead_ = false;
+    if (fresh) return;
     if (status.modeChanged) {
         // The new mode brings the group remembered for it.
         const int mode = m_.state().RadioMode;

@@ -21,7 +21,7 @@ class FilterGroups {
     FilterGroups(const FilterGroups&) = delete;
     FilterGroups& operator=(const FilterGroups&) = delete;
     // Installs the filter model's extension points, the handlers of the group editor and the shutdown
-    // question. Before the memories connect: a memory's waiting group is seen as applied by a report.
+    // question.
     void connect();
 
     static QString DefaultFilename() { return QStringLiteral("FilterGroupSettings.txt"); }
@@ -67,9 +67,9 @@ class FilterGroups {
     ModeControl& modes_;
     const FilterGroupModel* model_ = nullptr;
     QString EditedGroupName;
-    // Groups applied so far, and their number when the last mode report began: a group applied inside
-    // a report (a recalled memory's, which waited for the mode) makes that report's filters stale.
-    int applied_ = 0, appliedAtModeReport_ = 0;
+    // A group was sent since the radio's last read, for this mode: that read's filters are older.
+    bool appliedSinceRead_ = false;
+    int appliedMode_ = -1;
 };
 
 }  // namespace tv

@@ -2,6 +2,7 @@
 // sends, what the radio's reported filters do to the group list (and that they send nothing back), and
 // the group table's file, its edits and the question at shutdown.
 
+#include "operating/MemoryFile.h"
 #include "support/TestStation.h"
 
 #include <QFile>
@@ -74,6 +75,9 @@ TEST_F(FilterGroupsTest, AGroupSendsItsThreeFiltersAndTheRadiosFiltersMoveTheLis
     EXPECT_EQ(w().MainFilter1Combo.text(), QStringLiteral("500"));
     EXPECT_EQ(st.stored(G, QStringLiteral("ModeFilter3")), QStringLiteral("Narrow"));
     EXPECT_EQ(w().ModeSel[ModeCW].caption(), QStringLiteral("CW (Narrow)"));
+    // The next read may have been asked before the commands went: its filters don't undo the choice.
+    report(ModeCW, 1, 1, 1);
+    EXPECT_EQ(w().FilterGroupCombo.text(), QStringLiteral("Narrow"));
 
     // The radio's knob back to 2.4k: the lists and the group follow; nothing goes back to the radio.
     report(ModeCW, 1, 1, 1);
@@ -87,6 +91,7 @@ TEST_F(FilterGroupsTest, AGroupSendsItsThreeFiltersAndTheRadiosFiltersMoveTheLis
     st.p().filterGroups.GridRowsChanged();
     pick("Contest");
     EXPECT_EQ(sent(), QStringList({"0:2", "1:0", "2:128"}));
+    report(ModeCW, 3, 1, 1);
     report(ModeCW, 1, 1, 1);
     report(ModeCW, 3, 1, 1);
     EXPECT_EQ(w().FilterGroupCombo.text(), QStringLiteral("Narrow"));
@@ -156,6 +161,25 @@ TEST_F(FilterGroupsTest, TheGroupFileKeepsTheEditsAndACommaInANameSplitsTheRow) 
     EXPECT_EQ(st.dialogs.boxTexts().last(),
               "unable to load Filter Group definitions from " + path + " - using default definitions");
     EXPECT_EQ(c().YaesuFilterGroupGrid.rowCount(), 12);
+}
+
+TEST_F(FilterGroupsTest, ARecalledMemorysGroupGoesOutOnceForTheModeItWaitedFor) {
+    st.stop();
+    const QString memory = QStringLiteral("Memory");
+    st.preset(memory, MemoryKey("Freq", 1), QStringLiteral("14,025.50"));
+    st.preset(memory, MemoryKey("Mode", 1), QString::number(ModeCW));
+    st.preset(memory, MemoryKey("Filter", 1), QStringLiteral("Narrow"));
+    ASSERT_TRUE(start());
+    report(ModeUSB, 1, 1, 1);
+    EXPECT_EQ(sent(), QStringList({"0:0", "1:0", "2:128"}));
+    // The memory's group goes out for its mode behind the mode command, which shows the mode as it
+    // leaves; the radio's first read in CW, with whatever filters, neither sends it again nor undoes it.
+    w().SelCmd[1].click();
+    EXPECT_EQ(sent(), QStringList({"0:2", "1:0", "2:128"}));
+    report(ModeCW, 1, 1, 1);
+    EXPECT_TRUE(sent().isEmpty());
+    EXPECT_EQ(w().FilterGroupCombo.text(), QStringLiteral("Narrow"));
+    EXPECT_EQ(m().state().ModeFilters[ModeCW], QStringLiteral("Narrow"));
 }
 
 TEST(FilterGroupFile, LinesSplitAtEveryCommaIntoFiveColumns) {

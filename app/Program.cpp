@@ -72,6 +72,7 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     modes.connect();
     meter.connect();
     passbands.connect();
+    filterGroups.connect();
     memories.connect();
     module.hooks.ResetModeTables = [this] {
         passbands.Reset();

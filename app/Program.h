@@ -15,6 +15,7 @@
 #include "netserver/NetServer.h"
 #include "netserver/ProgramRig.h"
 #include "operating/Bands.h"
+#include "operating/FilterGroups.h"
 #include "operating/FrequencyDisplay.h"
 #include "operating/Memories.h"
 #include "operating/PassbandLists.h"
@@ -84,6 +85,7 @@ public:
     ModeControl modes{module};
     SMeter meter{module};
     PassbandLists passbands{module, modes};
+    FilterGroups filterGroups{module, modes};
     // The hundred memories, their bank pane and their notes window.
     MemoryNotes memoryNotes{loop};
     Memories memories{module, freqDisplay, modes, memoryNotes};

@@ -31,10 +31,12 @@ void RadioState::UpdateXcvrMode(int mode) {
     if (mode < 0 || mode > 9) return;
     SetItem(QStringLiteral("Mode"), LogModeName(mode));
     SetItem(QStringLiteral("RadioMode"), ModeName(mode));
-    emit modeReported(mode);
-    if (RadioMode == mode) return;
+    // Stored before anyone hears of it: a listener that acts on the mode (a memory's filter group that
+    // waited for it) must act on this one, not the one before.
+    const bool changed = RadioMode != mode;
     RadioMode = mode;
-    emit modeChanged(mode);
+    emit modeReported(mode);
+    if (changed) emit modeChanged(mode);
 }
 
 void RadioState::UpdateVFO() {
@@ -84,6 +86,10 @@ void RadioState::ReportPassbandModel(const PassbandModel* model) { emit passband
 void RadioState::ReportPassbandMode() { emit passbandLayoutDue(); }
 void RadioState::ReportPassbandText(FilterSelector list, const QString& text) { emit passbandTextReported(list, text); }
 void RadioState::ReportPassbandCode(FilterSelector list, int code) { emit passbandCodeReported(list, code); }
+
+void RadioState::ReportFilterGroupModel(const FilterGroupModel* model) { emit filterGroupModelChosen(model); }
+
+void RadioState::ReportFilterStatus(const FilterStatus& status) { emit filterStatusReported(status); }
 
 void RadioState::SetItem(const QString& item, const QString& value) { emit itemChanged(item, value); }
 

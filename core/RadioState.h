@@ -4,6 +4,7 @@
 // may follow a signal (the windows, the suite link, the network server, devices, memories); they run
 // at once, in the order they were connected, inside the report.
 
+#include "core/FilterGroups.h"
 #include "core/Passband.h"
 #include "core/XcvrCmd.h"
 
@@ -81,6 +82,10 @@ public:
     void ReportPassbandMode();
     void ReportPassbandText(FilterSelector list, const QString& text);
     void ReportPassbandCode(FilterSelector list, int code);
+    // Named filter groups: the model's lists and default groups (nullptr: the radio has none), and the
+    // filters the radio reports with each frequency read.
+    void ReportFilterGroupModel(const FilterGroupModel* model);
+    void ReportFilterStatus(const FilterStatus& status);
     // A live item for the suite link (also the window's state, which isn't the radio's).
     void SetItem(const QString& item, const QString& value);
 
@@ -104,6 +109,8 @@ signals:
     void passbandLayoutDue();
     void passbandTextReported(int list, const QString& text);
     void passbandCodeReported(int list, int code);
+    void filterGroupModelChosen(const tv::FilterGroupModel* model);
+    void filterStatusReported(const tv::FilterStatus& status);
     void itemChanged(const QString& item, const QString& value);
 
 private:

@@ -106,8 +106,29 @@ KavConfig::KavConfig(EventLoop& loop)
     Describe(ConfigComHelpCmd, QStringLiteral("Help"), QStringLiteral("display configuration help"));
 
     describeStationPages();
-    Describe(ModeFiltersEnabledCheck, QStringLiteral("restore Filter Group on mode change"));
+    describeFilterGroupsTab();
     describeMemoriesTab();
+}
+
+void KavConfig::describeFilterGroupsTab() {
+    // The group editor is shown only for a radio whose filters come in groups; its caption names it.
+    Describe(YaesuFilterGroupFrame, QStringLiteral("Filter Groups"));
+    YaesuFilterGroupFrame.setVisible(false);
+    const char* headings[5] = {"Name", "Mode", "2nd IF", "3rd IF", "Sub"};
+    for (int c = 0; c < 5; ++c) YaesuFilterGroupGrid.setColumnCaption(c, QString::fromLatin1(headings[c]));
+    YaesuFilterGroupGrid.setToolTip(
+        QStringLiteral("one row per group and mode: a name, the mode (SSB, CW, RTTY, FM, AM, PKT) and its three filters"));
+    Describe(ModeFiltersEnabledCheck, QStringLiteral("restore Filter Group on mode change"));
+    Describe(GroupFileFrame, QStringLiteral("Filter Group File"));
+    GroupFileFrame.setVisible(false);
+    GroupFilename.setToolTip(QStringLiteral("pathname to a file containing filter group definitions"));
+    Describe(SelectGroupFilenameCmd, QStringLiteral("Select"),
+             QStringLiteral("Select a filter group file and load its definitions"));
+    Describe(LoadGroupCmd, QStringLiteral("Reload"),
+             QStringLiteral("Load filter group definitions from the specified file"));
+    Describe(SaveGroupCmd, QStringLiteral("Save"), QStringLiteral("Save filter group definitions to the specified file"));
+    SaveGroupCmd.setEnabled(false);
+    Describe(ConfigGroupHelpCmd, QStringLiteral("Help"), QStringLiteral("display filter group help"));
 }
 
 int KavConfig::tabOf(const Control& c) const {
@@ -126,7 +147,7 @@ int KavConfig::tabOf(const Control& c) const {
         QStringLiteral("Frame5"),       QStringLiteral("DualReceiveEnableBox"), QStringLiteral("Frame6"),
         QStringLiteral("InitialXcvrCommand"), QStringLiteral("DebugCheck"), QStringLiteral("DualMonitorCheck")};
     static const QStringList com = {
-        QStringLiteral("PortFrame"),      QStringLiteral("CommPort"),      QStringLiteral("SpeedFrame"),
+        QStringLiteral("PortFrame"),      QStringLiteral("CommPort"),      QStringLiteral("CommPortDevice"), QStringLiteral("SpeedFrame"),
         QStringLiteral("Speed"),          QStringLiteral("ParityFrame"),   QStringLiteral("Parity"),
         QStringLiteral("WordLengthFrame"), QStringLiteral("WordLength"),   QStringLiteral("StopBitsFrame"),
         QStringLiteral("StopBits"),       QStringLiteral("DTRFrame"),      QStringLiteral("DTRButton"),
@@ -134,7 +155,12 @@ int KavConfig::tabOf(const Control& c) const {
     if (general.contains(c.name())) return 0;
     if (com.contains(c.name())) return 1;
     if (const int station = stationTabOf(c); station >= 0) return station;
-    if (c.name() == QStringLiteral("ModeFiltersEnabledCheck")) return 5;
+    static const QStringList groups = {
+        QStringLiteral("YaesuFilterGroupFrame"), QStringLiteral("YaesuFilterGroupGrid"),
+        QStringLiteral("ModeFiltersEnabledCheck"), QStringLiteral("GroupFileFrame"),
+        QStringLiteral("GroupFilename"), QStringLiteral("SelectGroupFilenameCmd"),
+        QStringLiteral("LoadGroupCmd"), QStringLiteral("SaveGroupCmd"), QStringLiteral("ConfigGroupHelpCmd")};
+    if (groups.contains(c.name())) return 5;
     static const QStringList memories = {
         QStringLiteral("Frame7"),          QStringLiteral("BankColumnLabel"),   QStringLiteral("TitleColumnLabel"),
         QStringLiteral("BankNumberLabel"), QStringLiteral("BankToolTip"),       QStringLiteral("ExportMemoriesCmd"),

@@ -117,8 +117,16 @@ public:
     ControlArray<CommandButton> ConfigDeviceHelpCmd{this, QStringLiteral("ConfigDeviceHelpCmd"), 0, 2};
     ControlArray<Grid> DeviceGrid{this, QStringLiteral("DeviceGrid"), 0, 2, 4};
 
-    // ---- tab "Filter Grps" (the part the core reads) ----
+    // ---- tab "Filter Grps": named filter groups per mode, their grid and their file ----
+    Frame YaesuFilterGroupFrame{this, QStringLiteral("YaesuFilterGroupFrame")};
+    Grid YaesuFilterGroupGrid{this, QStringLiteral("YaesuFilterGroupGrid"), -1, 5};
     CheckBox ModeFiltersEnabledCheck{this, QStringLiteral("ModeFiltersEnabledCheck")};
+    Frame GroupFileFrame{this, QStringLiteral("GroupFileFrame")};
+    TextBox GroupFilename{this, QStringLiteral("GroupFilename")};
+    CommandButton SelectGroupFilenameCmd{this, QStringLiteral("SelectGroupFilenameCmd")};
+    CommandButton LoadGroupCmd{this, QStringLiteral("LoadGroupCmd")};
+    CommandButton SaveGroupCmd{this, QStringLiteral("SaveGroupCmd")};
+    CommandButton ConfigGroupHelpCmd{this, QStringLiteral("ConfigGroupHelpCmd")};
 
     // ---- tab "Multi Radio": three transceivers, and the choice of one by band ----
     static constexpr int kMultiEntries = 3;
@@ -165,6 +173,7 @@ private:
     // Their tab, or -1 for a control of another page.
     static int stationTabOf(const Control& c);
     void describeMemoriesTab();
+    void describeFilterGroupsTab();
 };
 
 }  // namespace tv

@@ -39,7 +39,7 @@ void Memories::connect() {
         Guard("KavModule.UpdateMemoryNotesDisplay", [this] { UpdateMemoryNotesDisplay(); });
     };
     modes_.ClearMemoryFilterLists = [this] { ClearMemoryFilterLists(); };
-    modes_.FillMemoryFilterLists = [this] { FillMemoryFilterLists(); };
+    modes_.FillMemoryFilterLists = [this](const QStringList& names) { FillMemoryFilterLists(names); };
     RadioState& s = m_.state();
     QObject::connect(&s, &RadioState::modeReported, &s, [this](int) {
         Guard("KavModule.PendingMemoryFilter", [this] { applyPendingFilter(); });
@@ -251,7 +251,7 @@ void Memories::ClearMemoryFilterLists() {
     }
 }
 
-void Memories::FillMemoryFilterLists() {
+void Memories::FillMemoryFilterLists(const QStringList& names) {
     const RadioInfo* r = m_.radio().info();
     if (!r) return;
     KavMain& w = m_.main();
@@ -261,9 +261,7 @@ void Memories::FillMemoryFilterLists() {
     for (int i = 1; i <= kRows; ++i) {
         ComboBox& list = w.FilterMemoryCombo[i];
         list.Clear();
-        list.AddItem(QStringLiteral("Wide"));
-        list.AddItem(QStringLiteral("Narrow"));
-        if (r->filter0) list.AddItem(QStringLiteral("Normal"));
+        for (const QString& name : names) list.AddItem(name);
         list.setVisible(shown);
         const int n = memoryOf(i);
         if (table_[size_t(n)].mode == ModeUnknown) continue;

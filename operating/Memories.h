@@ -7,6 +7,7 @@
 #include "operating/MemoryFile.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -75,7 +76,7 @@ private:
     // Selects the memory's filter in the row's list; a name the list lacks is forgotten unless the list
     // is empty (a radio without groups keeps the names of another's).
     void showFilter(int row, int n);
-    void FillMemoryFilterLists();
+    void FillMemoryFilterLists(const QStringList& names);
     void ClearMemoryFilterLists();
     void FreqMemoryTextbox_KeyDown(int row, int& key);
     void Notes_Change();

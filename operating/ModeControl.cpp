@@ -130,7 +130,7 @@ void ModeControl::InitializeFilterSettings() {
         c->setVisible(false);
     // 4.
     m_.hooks.SetFilterFrameVisibility(false);
-    if (HideYaesuFrames) HideYaesuFrames();
+    if (ResetFilterGroups) ResetFilterGroups();
     // 5.
     w.MainFilter1Combo.Clear();
     w.MainFilter2Combo.Clear();
@@ -169,13 +169,14 @@ void ModeControl::FilterGroupClick() {
     if (m_.radio().traits().filterGroupsInModeCommands) {
         m_.queue().SetXcvrFilterGroup(IcomFilterGroupIndex(m_.main().FilterGroupCombo.text()));
     } else {
-        if (!ApplyYaesuFilterGroup || !(YaesuModelHasGroups && YaesuModelHasGroups())) return;
+        if (!ApplyFilterGroup || !(HasGroupTable && HasGroupTable())) return;
         const QString selection = m_.main().FilterGroupCombo.text();
         if (selection.isEmpty()) return;
         {
             FlagHold hold(FilterComboUpdating);
-            ApplyYaesuFilterGroup(selection);
+            ApplyFilterGroup(selection);
         }
+        // A name with no row for this mode sends nothing, and is still remembered for the mode.
         UpdateYaesuXcvrFilter(selection);
     }
 }
@@ -186,7 +187,7 @@ void ModeControl::filterListClick(ComboBox& list, int& lastIndex, int kind) {
     if (index != lastIndex) {
         lastIndex = index;
         if (FilterCode) m_.queue().SetXcvrFilters(FilterCode(kind, index), kind);
-        if (UpdateYaesuFT1000XFilterGroup) UpdateYaesuFT1000XFilterGroup();
+        if (MatchFilterGroup) MatchFilterGroup();
     }
     focusRule();
 }
@@ -245,7 +246,9 @@ void ModeControl::InitializeIcomFilterSettings() {
         }
         m_.state().ModeFilters[size_t(mode)] = FilterGroupName(group);
     }
-    if (FillMemoryFilterLists) FillMemoryFilterLists();
+    QStringList names = {QStringLiteral("Wide"), QStringLiteral("Narrow")};
+    if (r->filter0) names << QStringLiteral("Normal");
+    if (FillMemoryFilterLists) FillMemoryFilterLists(names);
 }
 
 }  // namespace tv

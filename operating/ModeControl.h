@@ -5,6 +5,7 @@
 // into the std::function members below.
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <vector>
@@ -56,21 +57,20 @@ class ModeControl {
     int MainFilter1Index = -1, MainFilter2Index = -1, SubFilterIndex = -1;
     int HighCutoffIndex = -1, LowCutoffIndex = -1;
 
-    // ---- extension points of the vendor filter models ----
-    // Yaesu: whether the selected model has user-defined groups, and applying a group's row for the
-    // current mode (called with FilterComboUpdating held).
-    std::function<bool()> YaesuModelHasGroups;
-    std::function<void(const QString& groupName)> ApplyYaesuFilterGroup;
-    // Yaesu: the command code of a list entry (kind 0 first IF, 1 second IF, 2 sub receiver), and the
+    // ---- extension points of the filter models ----
+    // Named groups from a table (operating/FilterGroups): whether the radio has one, applying a group's
+    // row for the current mode (called with FilterComboUpdating held; false when the mode has no row),
+    // the command value of a list entry (kind 0 first IF, 1 second IF, 2 sub receiver), and finding the
     // group that the three lists now make up.
+    std::function<bool()> HasGroupTable;
+    std::function<bool(const QString& groupName)> ApplyFilterGroup;
     std::function<int(int kind, int listIndex)> FilterCode;
-    std::function<void()> UpdateYaesuFT1000XFilterGroup;
-    // Parts of the clean slate owned elsewhere: the memory bank's filter column, the Yaesu frames of
-    // the configuration window.
+    std::function<void()> MatchFilterGroup;
+    // Parts of the clean slate owned elsewhere: the memory bank's filter column, the group editor.
     std::function<void()> ClearMemoryFilterLists;
-    // After the Wide/Narrow/Normal set-up: the memory bank's filter column gets the same groups.
-    std::function<void()> FillMemoryFilterLists;
-    std::function<void()> HideYaesuFrames;
+    std::function<void()> ResetFilterGroups;
+    // The memory bank's filter column offers these groups.
+    std::function<void(const QStringList& names)> FillMemoryFilterLists;
 
   private:
     void focusRule();

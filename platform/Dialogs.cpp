@@ -20,13 +20,17 @@ MsgAnswer firstAnswer(MsgButtons b) {
 }  // namespace
 
 MsgAnswer HeadlessDialogs::messageBox(const QString& text, const QString& title, MsgButtons buttons, MsgIcon) {
-    const QString line = QStringLiteral("[%1] %2").arg(title, text);
+    // Without an operator the safe answer is the one that keeps data: "No" to a question would lose
+    // nothing either, but the first button is what a box offers as its default.
+    const MsgAnswer answer = firstAnswer(buttons);
+    QString line = QStringLiteral("[%1] %2").arg(title, text);
+    // A question is logged with the answer given in the operator's place.
+    if (buttons == MsgButtons::YesNo || buttons == MsgButtons::YesNoCancel)
+        line += answer == MsgAnswer::Yes ? QStringLiteral(" (answered yes)") : QStringLiteral(" (answered no)");
     std::fprintf(stderr, "%s\n", line.toLocal8Bit().constData());
     std::fflush(stderr);
     if (sink_) sink_(QStringLiteral("message box: ") + line);
-    // Without an operator the safe answer is the one that keeps data: "No" to a question would lose
-    // nothing either, but the first button is what a box offers as its default.
-    return firstAnswer(buttons);
+    return answer;
 }
 
 bool HeadlessDialogs::openWithDefault(const QString& path) {

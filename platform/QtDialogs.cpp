@@ -1,6 +1,7 @@
 #include "platform/QtDialogs.h"
 
 #include <QDesktopServices>
+#include <QTextBrowser>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
@@ -92,7 +93,20 @@ bool QtDialogs::openWithDefault(const QString& path) {
     const QUrl url = path.contains(QLatin1String("://")) || path.startsWith(QLatin1String("mailto:"))
                          ? QUrl(path)
                          : QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath());
-    return QDesktopServices::openUrl(url);
+    if (QDesktopServices::openUrl(url)) return true;
+    // A desktop with nothing to open web pages still shows our own help pages, in a window of ours.
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (!url.isLocalFile() || (suffix != QLatin1String("htm") && suffix != QLatin1String("html")) ||
+        !QFileInfo::exists(path))
+        return false;
+    auto* page = new QTextBrowser;
+    page->setAttribute(Qt::WA_DeleteOnClose);
+    page->setOpenExternalLinks(true);
+    page->setSource(url);
+    page->setWindowTitle(page->documentTitle().isEmpty() ? QFileInfo(path).completeBaseName() : page->documentTitle());
+    page->resize(640, 520);
+    page->show();
+    return true;
 }
 
 bool QtDialogs::startProgram(const QString& program, const QStringList& args) {

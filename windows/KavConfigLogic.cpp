@@ -177,6 +177,11 @@ void KavConfigLogic::browserSelect() {
                                                QFileInfo(QCoreApplication::applicationFilePath()).absolutePath(),
                                                QStringLiteral("Application (*)"));
     if (path.isEmpty()) return;  // a cancel leaves everything as it was
+    // On Linux any file may be a program: what counts is that it can be run.
+    if (!QFileInfo(path).isExecutable()) {
+        m_.dialogs().messageBox(path + QStringLiteral(" is not a program that can be run"), m_.common().info().title);
+        return;
+    }
     m_.config().BrowserPathname.setText(path);
 }
 

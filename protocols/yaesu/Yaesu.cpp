@@ -3,6 +3,7 @@
 #include "core/CommandQueue.h"
 #include "core/RadioLink.h"
 #include "core/RadioState.h"
+#include "protocols/yaesu/YaesuFilterGroups.h"
 #include "services/Common.h"
 
 #include <chrono>
@@ -99,15 +100,15 @@ void YaesuProtocol::BringUp() {
                 send(YaesuBlock(0, 0, 0, 1, 0x10));
                 break;
             case YaesuStart::FilterGroups:
-                InitializeYaesuFT1000XFilters();
+                // The window's group editor and lists follow the model's filters from here.
                 YaesuReadSelector = 0;
+                c_.state.ReportFilterGroupModel(&YaesuMpFilterGroups());
                 break;
             case YaesuStart::OwnStep:  // its tooltips say so; nothing is sent
             case YaesuStart::None:
                 break;
         }
     }
-    InitializeYaesuFilterSettings();
 }
 
 // ---- the queue ----
@@ -585,13 +586,12 @@ void YaesuProtocol::mpModeStep(const YaesuOpData& d) {
     const bool modeChanged = d.mode != LastFilterMode;
     if (modeChanged) LastFilterMode = d.mode;
     s.UpdateXcvrMode(d.mode);
-    // A new mode brings its own filter group, which the filter model chooses on the mode's change:
-    // what the lists showed before doesn't apply to it.
-    if (modeChanged) return;
+    // The two main filters share a byte, a nibble each; the sub receiver's stands in its own byte.
+    FilterStatus status;
+    status.modeChanged = modeChanged;
     const YaesuFilterCodes main = SplitYaesuFilterByte(d.filterByte);
-    s.ReportPassbandCode(FilterFirstIF, main.q);
-    s.ReportPassbandCode(FilterSecondIF, main.r);
-    if (d.subFilterByte >= 0) s.ReportPassbandCode(FilterSub, SplitYaesuFilterByte(d.subFilterByte).r);
+    status.codes = {main.q, main.r, d.subFilterByte >= 0 ? SplitYaesuFilterByte(d.subFilterByte).r : -1};
+    s.ReportFilterStatus(status);
 }
 
 void YaesuProtocol::decodeFlags(const QByteArray& reply) {

@@ -55,10 +55,6 @@ class YaesuProtocol : public Protocol {
     void step767(bool echo);
     void Trace767(const QString& text);
 
-    // The filter groups have a model of their own; these are where a radio's set-up meets it.
-    void InitializeYaesuFilterSettings() {}
-    void InitializeYaesuFT1000XFilters() {}
-
     ProtocolContext& c_;
     const RadioInfo radio_;
     const YaesuModel* model_;

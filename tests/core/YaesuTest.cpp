@@ -156,9 +156,10 @@ class Yaesu : public ::testing::Test {
         QObject::connect(&rig.state, &RadioState::dualReported, &rig.state, [this](bool on) { dual = on; });
         QObject::connect(&rig.state, &RadioState::meterReported, &rig.state, [this](double v) { meter = v; });
         QObject::connect(&rig.state, &RadioState::controlReleased, &rig.state, [this] { ++released; });
-        QObject::connect(
-            &rig.state, &RadioState::passbandCodeReported, &rig.state,
-            [this](int list, int code) { codes << QStringLiteral("%1:%2").arg(list).arg(code); });
+        QObject::connect(&rig.state, &RadioState::filterStatusReported, &rig.state, [this](const FilterStatus& f) {
+            if (f.modeChanged) codes << QStringLiteral("new mode");
+            for (int l = 0; l < 3 && !f.modeChanged; ++l) codes << QStringLiteral("%1:%2").arg(l).arg(f.codes[size_t(l)]);
+        });
     }
     YaesuProtocol& y() { return *dynamic_cast<YaesuProtocol*>(rig.radio.protocol()); }
     // What the queue sends on the ticks until it has nothing left or holds for a reply.
@@ -265,7 +266,8 @@ TEST_F(Yaesu, MpPollingCyclesMeterFrequencyAndFlagsAndReadsShorterWhenTheFlagsSa
     EXPECT_DOUBLE_EQ(rig.state.VFOAFreq, 2279712 / 1600.0);
     EXPECT_DOUBLE_EQ(rig.state.VFOBFreq, 0x1C00 / 1600.0);
     EXPECT_EQ(rig.state.RadioMode, ModeUSB);
-    EXPECT_TRUE(codes.isEmpty());  // a new mode: its group decides, not the lists
+    EXPECT_EQ(codes, QStringList{"new mode"});  // its group decides, not the lists
+    codes.clear();
     EXPECT_EQ(rig.tick(), hx("00000000F7"));
     rig.wire(hx("00000000F7"));
     EXPECT_EQ(rig.tick(), hx("0000000310"));

@@ -34,8 +34,8 @@ const QString G = QStringLiteral("General");
 // An IC-756PRO, polling off, with whatever else was preset; its windows over it.
 class GuiRig : public ::testing::Test {
 protected:
-    void open() {
-        st.preset(G, QStringLiteral("Radio"), QStringLiteral("IC-756PRO"));
+    void open(const char* radio = "IC-756PRO") {
+        st.preset(G, QStringLiteral("Radio"), QString::fromLatin1(radio));
         st.preset(G, QStringLiteral("Interrogate"), QStringLiteral("F"));
         ASSERT_TRUE(st.start());
         windows = std::make_unique<Windows>(st.p().main, st.p().config, st.p().messages, st.p().sequenceEditor);
@@ -261,7 +261,7 @@ TEST_F(StationPages, TheDeviceGridEditsTheTableAndTheFrameShowsItsRow) {
     KavConfig& c = st.p().config;
     auto* tabs = widget<QTabBar>(c.ConfigTab);
     ASSERT_NE(tabs, nullptr);
-    EXPECT_EQ(tabs->tabText(2), QStringLiteral("Tuner"));
+    EXPECT_EQ(tabs->tabText(2), QStringLiteral("&Tuner"));
     tabs->setCurrentIndex(2);
     EXPECT_EQ(c.ConfigTab.tab(), 2);
     auto* grid = widget<QTableView>(c.DeviceGrid[0]);
@@ -329,6 +329,96 @@ TEST_F(StationPages, TheMultiRadioPageNamesItsFieldsAndTheButtonsSwitch) {
             ->grab()
             .save(shots + QStringLiteral("/config-device.png"));
     }
+}
+
+// The configuration window of an FT-1000MP, tab by tab: on each, one control changed through its widget
+// reaches the stored settings (or the file it keeps); the tabs carry their keys; pictures when asked.
+TEST_F(GuiRig, EveryConfigurationTabStoresWhatItsWidgetChanges) {
+    st.preset(G, QStringLiteral("CommPort"), QStringLiteral("1"));
+    ASSERT_NO_FATAL_FAILURE(open("MP1000"));
+    KavConfig& c = st.p().config;
+    c.Show();
+    settle();
+    auto* tabs = widget<QTabBar>(c.ConfigTab);
+    ASSERT_NE(tabs, nullptr);
+    EXPECT_EQ(tabs->tabText(0), QStringLiteral("&General"));
+    EXPECT_EQ(tabs->tabText(3), QStringLiteral("Device &1"));
+    EXPECT_EQ(tabs->tabText(5), QStringLiteral("&Filter Grps"));
+    EXPECT_EQ(tabs->tabText(7), QStringLiteral("Multi &Radio"));
+    const QString shots = qEnvironmentVariable("TOLVANE_SCREENSHOTS");
+    // The tabs that no other picture shows: the other devices' pages and the filter groups.
+    const char* pictures[8] = {nullptr, nullptr, nullptr, "device1", "device2", "filtergroups", nullptr, nullptr};
+    const char* devices[3] = {"Tuner", "Amplifier", "Rotator"};
+    auto stored = [&](const char* section, const QString& key) {
+        st.loop.runPosted();
+        return st.stored(QString::fromLatin1(section), key);
+    };
+    // Typed over the whole text.
+    auto type = [&](TextBox& box, const char* text) {
+        auto* e = widget<QLineEdit>(box);
+        ASSERT_NE(e, nullptr);
+        e->setFocus();
+        box.setSelStart(0);
+        box.setSelLength(int(box.text().size()));
+        QTest::keyClicks(e, QString::fromLatin1(text));
+    };
+    auto shoot = [&](int t) {
+        if (!shots.isEmpty() && pictures[t])
+            windows->window(QStringLiteral("KavConfig"))
+                ->grab()
+                .save(shots + QStringLiteral("/config-%1.png").arg(QString::fromLatin1(pictures[t])));
+    };
+    for (int t = 0; t < 8; ++t) {
+        tabs->setCurrentIndex(t);
+        settle();
+        ASSERT_EQ(c.ConfigTab.tab(), t);
+        switch (t) {
+            case 0:
+                widget<QAbstractButton>(c.UserCommandsEnableBox)->click();
+                EXPECT_EQ(stored("General", QStringLiteral("UserCommandsEnabled")), QStringLiteral("T"));
+                break;
+            case 1:
+                widget<QAbstractButton>(c.Speed[2])->click();
+                EXPECT_EQ(stored("General", QStringLiteral("CommSpeed")), QStringLiteral("9600"));
+                break;
+            case 2:
+            case 3:
+            case 4:
+                type(c.DeviceName[t - 2], devices[t - 2]);
+                st.m().hooks.SaveDevices();
+                EXPECT_EQ(stored("Devices", QStringLiteral("DeviceName%1").arg(t - 2)), QString::fromLatin1(devices[t - 2]));
+                EXPECT_EQ(tabs->tabText(t).remove(QLatin1Char('&')), QString::fromLatin1(devices[t - 2]));
+                break;
+            case 5: {
+                shoot(t);  // the defaults, as a newcomer meets them
+                auto* grid = widget<QTableView>(c.YaesuFilterGroupGrid);
+                ASSERT_NE(grid, nullptr);
+                EXPECT_EQ(grid->model()->headerData(2, Qt::Horizontal).toString(), QStringLiteral("2nd IF"));
+                ASSERT_TRUE(grid->model()->setData(grid->model()->index(1, 0), QStringLiteral("Ragchew")));
+                settle();
+                widget<QAbstractButton>(c.SaveGroupCmd)->click();
+                QFile f(st.configDir + QStringLiteral("/FilterGroupSettings.txt"));
+                ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+                EXPECT_TRUE(f.readAll().contains("\nRagchew,CW,2.4k,2.4k,2.4k\n"));
+                break;
+            }
+            case 6:
+                type(c.BankToolTip[2], "Contest");
+                EXPECT_EQ(stored("Memory", QStringLiteral("MemoryBankContents2")), QStringLiteral("Contest"));
+                break;
+            case 7:
+                type(c.MultiName[0], "Shack");
+                st.m().hooks.SaveMultiSettings();
+                EXPECT_EQ(stored("MultiXCVR", QStringLiteral("MultiName0")), QStringLiteral("Shack"));
+                break;
+        }
+        if (t != 5) shoot(t);
+    }
+    // Closing the window hides it; the program and the fields stay.
+    windows->window(QStringLiteral("KavConfig"))->close();
+    EXPECT_FALSE(c.visible());
+    EXPECT_FALSE(st.p().unloaded());
+    EXPECT_EQ(c.MultiName[0].text(), QStringLiteral("Shack"));
 }
 
 // A notice that comes again while it is up is counted into the box on screen, not stacked as another

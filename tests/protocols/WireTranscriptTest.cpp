@@ -253,12 +253,18 @@ QByteArray yaesuReply(int length, std::initializer_list<std::pair<int, const cha
 }
 
 void yaesuSession(const QString& radio, const QString& name,
-                  std::function<QByteArray(const QString&, int, const QByteArray&)> answer) {
+                  std::function<QByteArray(const QString&, int, const QByteArray&)> answer, bool groups = false) {
     Session s(radio);
     s.answer = std::move(answer);
     s.start();
     s.advance(1050);
     operate(s);
+    if (groups) {
+        // A group's three filter blocks, in order; the radio's next read says 2.4k again, and the list
+        // follows it without a word to the radio.
+        s.click(QStringLiteral("filter Narrow"), [](Program& p) { SetCombo(p.main.FilterGroupCombo, QStringLiteral("Narrow")); });
+        s.advance(1050);
+    }
     s.advance(650);
     s.stop();
     s.check(name);
@@ -273,11 +279,11 @@ TEST(WireTranscript, YaesuRadios) {
     });
     yaesuSession(QStringLiteral("MP1000"), QStringLiteral("FT-1000MP"), [](const QString& op, int n, const QByteArray&) {
         if (op == QLatin1String("GetOpData"))  // 14025.5 kHz in sixteenths of ten hertz, CW, filters 2.4k
-            return yaesuReply(n, {{2, "01566B60"}, {8, "0211"}, {18, "01566B60"}});
+            return yaesuReply(n, {{2, "01566B60"}, {8, "0211"}, {18, "01566B60"}, {25, "01"}});
         if (op == QLatin1String("YaesuMeter")) return QByteArray::fromHex("55555555F7");
         if (op == QLatin1String("YaesuStatus")) return yaesuReply(n, {{1, "20"}});  // on a VFO: the long read
         return QByteArray(n, '\0');
-    });
+    }, true);
     // The FT-767 echoes each block and answers each acknowledge with its state, newest byte last.
     yaesuSession(QStringLiteral("FT767"), QStringLiteral("FT-767"), [](const QString& op, int n, const QByteArray& asked) {
         if (op == QLatin1String("CommandEcho")) return asked;

@@ -358,6 +358,14 @@ YaesuRadio::YaesuRadio(const YaesuModel& model) : model_(model) {
     catOn_ = model_.family != Family::Handshake && !has(CatGate);
 }
 
+bool YaesuRadio::setFilter(int which, int value) {
+    // The sub receiver's knob has its own values, marked by bit 7; the main receiver's two have none.
+    const bool sub = which == 2;
+    if (!has(Filters) || which < 0 || which > 2 || (value & 0x7F) > 4 || ((value & 0x80) != 0) != sub) return false;
+    filter_[which] = value;
+    return true;
+}
+
 const YaesuModel* YaesuRadio::model(const QString& name) {
     const QString wanted = squeezed(name);
     for (const YaesuModel& m : kModels)

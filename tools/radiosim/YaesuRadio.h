@@ -68,6 +68,9 @@ public:
     // The three filter selections of the radios that have them: second IF, third IF, sub receiver,
     // as the radio's command values.
     int filter(int which) const { return filter_[which % 3]; }
+    // The operator turns a filter knob (value as a command would set it); false on a radio without
+    // these filters or for a value it hasn't.
+    bool setFilter(int which, int value);
 
     // In the radio's own units, 0 up to the full scale of its meter.
     int meter() const { return meter_; }

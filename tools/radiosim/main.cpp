@@ -125,6 +125,11 @@ bool yaesuCommand(YaesuRadio& radio, const QStringList& w, bool& ok) {
     } else if (cmd == QLatin1String("split")) {
         ok = arg == QLatin1String("on") || arg == QLatin1String("off");
         if (ok) radio.setSplit(arg == QLatin1String("on"));
+    } else if (cmd == QLatin1String("filter")) {
+        // filter 2nd|3rd|sub VALUE: a filter knob, the value as the radio's command takes it.
+        const QStringList which = {QStringLiteral("2nd"), QStringLiteral("3rd"), QStringLiteral("sub")};
+        const int value = w.size() > 2 ? w[2].toInt(&ok) : -1;
+        ok = ok && radio.setFilter(int(which.indexOf(arg)), value);
     } else if (cmd == QLatin1String("clar")) {
         const int hz = arg.toInt(&ok);
         if (arg == QLatin1String("off")) ok = true, radio.setClarifier(false, 0);
@@ -501,7 +506,7 @@ bool runCommand(const QString& line, Radio& radio, Bus<Radio>& bus) {
         if (ok) radio.setMeter(v);
     } else {
         logLine(QStringLiteral("unknown command: %1 (dial, freq, mode, silent, mute, transceive, reject, "
-                               "garbage, meter, slow, quit; Yaesu also vfo, split, clar)")
+                               "garbage, meter, slow, quit; Yaesu also vfo, split, clar, filter)")
                     .arg(line.trimmed()));
         return true;
     }
@@ -589,7 +594,7 @@ int main(int argc, char** argv) {
         "logs the line on stderr (CI-V and Yaesu in hexadecimal, Kenwood as text), and reads commands on "
         "stdin: dial +100, freq 7010.5, mode CW, silent on|off (hears nothing), mute on|off (obeys, answers "
         "nothing), transceive on|off, reject, garbage 20, "
-        "meter 120, slow 4800|off, quit; for Yaesu radios also vfo a|b, split on|off, clar -120|off."));
+        "meter 120, slow 4800|off, quit; for Yaesu radios also vfo a|b, split on|off, clar -120|off, filter 2nd|3rd|sub VALUE."));
     parser.addHelpOption();
     const QStringList allModels = CivRadio::modelNames() + KenwoodRadio::modelNames() + YaesuRadio::modelNames();
     const QCommandLineOption modelOpt(QStringLiteral("model"),

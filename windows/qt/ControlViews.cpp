@@ -18,6 +18,7 @@
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QSignalBlocker>
+#include <QSet>
 #include <QTabBar>
 
 namespace tv {
@@ -50,6 +51,31 @@ int modelKeyCode(int k) {
     if (k >= Qt::Key_A && k <= Qt::Key_Z) return k;  // letters: same codes as the upper-case characters
     if (k >= Qt::Key_0 && k <= Qt::Key_9) return k;
     return 0;
+}
+
+QStringList withMnemonics(const QStringList& captions) {
+    QSet<QChar> used;
+    QStringList out;
+    for (const QString& caption : captions) {
+        QString text = caption;
+        text.replace(QLatin1Char('&'), QStringLiteral("&&"));  // a caption's own "&" is shown, not a key
+        // A number tells pages of one kind apart ("Device 0", "Device 1"); otherwise the first letter
+        // of a word, then any letter, that no earlier caption took.
+        int at = -1;
+        auto free = [&](int i) { return text[i].isLetterOrNumber() && !used.contains(text[i].toLower()); };
+        for (int i = 0; i < text.size() && at < 0; ++i)
+            if (text[i].isDigit() && free(i)) at = i;
+        for (int i = 0; i < text.size() && at < 0; ++i)
+            if ((i == 0 || text[i - 1] == QLatin1Char(' ')) && free(i)) at = i;
+        for (int i = 0; i < text.size() && at < 0; ++i)
+            if (free(i) && text[i] != QLatin1Char('&')) at = i;
+        if (at >= 0) {
+            used.insert(text[at].toLower());
+            text.insert(at, QLatin1Char('&'));
+        }
+        out << text;
+    }
+    return out;
 }
 
 namespace {
@@ -366,7 +392,10 @@ QWidget* ViewBinder::make(Control& c, QWidget* parent) {
         for (int i = 0; i < tabs->count(); ++i) w->addTab(tabs->tabCaption(i));
         auto sync = [tabs, w] {
             QSignalBlocker block(w);
-            for (int i = 0; i < tabs->count(); ++i) w->setTabText(i, tabs->tabCaption(i));
+            QStringList captions;
+            for (int i = 0; i < tabs->count(); ++i) captions << tabs->tabCaption(i);
+            captions = withMnemonics(captions);
+            for (int i = 0; i < tabs->count(); ++i) w->setTabText(i, captions[i]);
             w->setCurrentIndex(tabs->tab());
             syncCommon(*tabs, w);
         };

@@ -50,6 +50,9 @@ protected:
     bool syncing_ = false;
 };
 
+// Tab captions with a keyboard mnemonic each ("&General", "Device &1"), no key taken twice.
+QStringList withMnemonics(const QStringList& captions);
+
 // Key codes and modifier masks of the models, from Qt's.
 int modelKeyCode(int qtKey);
 int modelShift(Qt::KeyboardModifiers m);

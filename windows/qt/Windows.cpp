@@ -7,6 +7,7 @@
 #include "windows/qt/StationViews.h"
 
 #include <QBoxLayout>
+#include <QComboBox>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -14,6 +15,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QStackedWidget>
 #include <QTabBar>
 
@@ -330,15 +332,47 @@ FormWindow* Windows::buildConfig(KavConfig& c) {
     const PlaceWidget placeIn = [&](Control& ctl, QWidget* parent) { return place(ctl, parent); };
     for (int i = 0; i < 3; ++i) buildDevicePage(c, i, page[size_t(2 + i)], placeIn);
     buildMultiRadioPage(c, page[7], placeIn);
-    // The other tabs, with what they hold so far.
-    auto* fg = new QVBoxLayout(page[5]);
-    fg->addWidget(place(c.ModeFiltersEnabledCheck, page[5]));
-    fg->addStretch(1);
+    // Filter groups: the grid of groups above, their file and the restore switch below.
+    {
+        auto* fg = new QVBoxLayout(page[5]);
+        QWidget* frame = place(c.YaesuFilterGroupFrame, page[5]);
+        layoutOf<QVBoxLayout>(frame)->addWidget(place(c.YaesuFilterGroupGrid, frame), 1);
+        fg->addWidget(frame, 1);
+        auto* bottom = new QHBoxLayout;
+        QWidget* file = place(c.GroupFileFrame, page[5]);
+        auto* fl = layoutOf<QGridLayout>(file);
+        fl->addWidget(place(c.GroupFilename, file), 0, 0, 1, 3);
+        fl->addWidget(place(c.SelectGroupFilenameCmd, file), 1, 0);
+        fl->addWidget(place(c.LoadGroupCmd, file), 1, 1);
+        fl->addWidget(place(c.SaveGroupCmd, file), 1, 2);
+        bottom->addWidget(file, 1);
+        auto* side = new QVBoxLayout;
+        side->addWidget(place(c.ModeFiltersEnabledCheck, page[5]));
+        side->addStretch(1);
+        side->addWidget(place(c.ConfigGroupHelpCmd, page[5]), 0, Qt::AlignRight);
+        bottom->addLayout(side);
+        fg->addLayout(bottom);
+        fg->addStretch(0);
+    }
     layoutMemoriesTab(c, win, page[6]);
     for (Control* ctl : c.controls())
         if (!binder_.widgetOf(*ctl) && !dynamic_cast<Timer*>(ctl)) {
             W(*ctl)->setProperty("tvUnplaced", true);
             W(*ctl)->setVisible(false);
+        }
+    // The keyboard: in this window buttons, options and lists take the focus too (the main window's
+    // give it back to the frequency box), and Tab goes through each page in the order of its controls, top to bottom.
+    QWidget* previous = W(c.ConfigTab);
+    for (int t = 0; t < c.ConfigTab.count(); ++t)
+        for (Control* ctl : c.controls()) {
+            if (c.tabOf(*ctl) != t) continue;
+            QWidget* w = binder_.widgetOf(*ctl);
+            if (!w || w->property("tvUnplaced").toBool()) continue;
+            if (qobject_cast<QPushButton*>(w) || qobject_cast<QRadioButton*>(w) || qobject_cast<QComboBox*>(w))
+                w->setFocusPolicy(Qt::StrongFocus);
+            if (w->focusPolicy() == Qt::NoFocus) continue;
+            QWidget::setTabOrder(previous, w);
+            previous = w;
         }
     const QSize hint = win->sizeHint();
     c.setWidth(std::max(c.width(), hint.width()));

@@ -121,6 +121,13 @@ public:
     virtual bool SendString(const QByteArray& /*text*/) { return false; }
     // A radio that stopped answering is polled this slowly (ms); 0 keeps the configured interval.
     virtual int SilentPollInterval() const { return 0; }
+    // The receive width (Hz) that a filter group of the window's list gives in mode 0..9, for clients
+    // that ask for a passband; 0 where the family can't tell.
+    virtual int FilterGroupWidthHz(int mode, const QString& group) const {
+        (void)mode;
+        (void)group;
+        return 0;
+    }
     // A plain press of the 10 Hz buttons sends the radio's own step command instead of a frequency.
     virtual bool StepsWithOwnCommand() const { return false; }
     // The tooltip of the 10 Hz up or down button, where the radio's own step makes it say more ("" keeps

@@ -1,12 +1,16 @@
 #include "netserver/ProgramRig.h"
 
 #include "core/KavModule.h"
+#include "core/Protocol.h"
+#include "core/SelectedRadio.h"
+#include "services/Common.h"
 #include "core/RadioLink.h"
 #include "forms/KavMain.h"
 
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace tv {
 
@@ -131,15 +135,55 @@ bool ProgramRig::frequencySettled() const {
     return !awaitingReport_ || !m_.interrogationEnabled() || !responding();
 }
 
-bool ProgramRig::setMode(int mode, int) {
-    // No radio of the program takes a passband with its mode: the width stays the operator's choice.
+int ProgramRig::passbandHz() const {
+    const Protocol* protocol = m_.radio().protocol();
+    const int shown = mode();
+    if (!protocol || shown < 0 || shown >= kRigModeCount) return 0;
+    return protocol->FilterGroupWidthHz(shown, m_.main().FilterGroupCombo.text());
+}
+
+QString ProgramRig::nearestFilterGroup(int mode, int passbandHz) const {
+    const Protocol* protocol = m_.radio().protocol();
+    if (!protocol || passbandHz <= 0) return QString();
+    const ComboBox& groups = m_.main().FilterGroupCombo;
+    QString best;
+    int bestDistance = 0;
+    for (int i = 0; i < groups.ListCount(); ++i) {
+        const int width = protocol->FilterGroupWidthHz(mode, groups.List(i));
+        if (width <= 0) continue;
+        const int distance = std::abs(width - passbandHz);
+        if (best.isEmpty() || distance < bestDistance) {
+            best = groups.List(i);
+            bestDistance = distance;
+        }
+    }
+    return best;
+}
+
+bool ProgramRig::setMode(int mode, int passbandHz) {
+    // A passband picks the filter group nearest to it, as the operator would from the list; 0 (the
+    // mode's normal width) and -1 (no change) leave the group the mode already has.
     if (mode < 0 || mode >= kRigModeCount) return false;
+    const QString group = nearestFilterGroup(mode, passbandHz);
+    const bool remembered = m_.modeFiltersEnabled();
     return queued([&] {
+        // Where each mode keeps its own group, the group becomes the mode's and its mode command carries
+        // it: one frame, and a later mode command doesn't take it back.
+        if (!group.isEmpty() && remembered) m_.state().ModeFilters[size_t(mode)] = group;
         OptionButton& option = m_.main().ModeSel[mode];
         if (!option.value())
             option.setValue(true);  // the operator's click: shows the mode and queues it
         else
             m_.queue().SetXcvrMode(mode);
+        ComboBox& groups = m_.main().FilterGroupCombo;
+        if (group.isEmpty() || groups.text() == group) return;
+        if (remembered) {
+            m_.SetControlFlag(FlagFilterGroupList, true);  // shown only: the mode command has it
+            SetCombo(groups, group);
+            m_.SetControlFlag(FlagFilterGroupList, false);
+        } else {
+            groups.setListIndex(SearchCombo(groups, group));  // the operator's pick, with its own command
+        }
     });
 }
 

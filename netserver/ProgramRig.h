@@ -27,7 +27,7 @@ class ProgramRig : public RigBackend {
     bool ptt() const override;
     double meter() const override { return meter_; }
     QString meterLabel() const override { return meterLabel_; }
-    int passbandHz() const override { return 0; }
+    int passbandHz() const override;
     bool responding() const override;
     bool frequencySettled() const override;
 
@@ -43,6 +43,9 @@ class ProgramRig : public RigBackend {
     template <class F>
     bool queued(F gesture);
     double otherVfoKHz() const;
+    // The window's filter group whose width in the mode is nearest to a client's passband ("" when the
+    // family knows no widths).
+    QString nearestFilterGroup(int mode, int passbandHz) const;
 
     KavModule& m_;
     double meter_ = 0;

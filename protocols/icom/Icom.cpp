@@ -84,6 +84,28 @@ int IcomProtocol::ModeArgument(int mode) const {
     return c_.state.RadioFilterGroup;
 }
 
+int IcomProtocol::FilterGroupWidthHz(int mode, const QString& group) const {
+    // The factory widths of filter positions 1, 2 and 3 (widest first), by the program's mode number:
+    // the layout of the CI-V radios' default filters. An operator who set other widths on the radio
+    // gets the position nearest by these, not by hers.
+    static constexpr int kWidths[10][3] = {
+        {3000, 2400, 1800},    // LSB
+        {3000, 2400, 1800},    // USB
+        {9000, 6000, 3000},    // AM
+        {1200, 500, 250},      // CW
+        {2400, 500, 250},      // RTTY
+        {15000, 10000, 7000},  // FM
+        {0, 0, 0},             // WBFM: one fixed filter
+        {1200, 500, 250},      // CW-R
+        {2400, 500, 250},      // RTTY-R
+        {3000, 2400, 1800},    // PKT: the data sideband's
+    };
+    const int position = IcomFilterGroupIndex(group);
+    if (!radio_.filterGroups || mode < 0 || mode >= 10 || position < 1 || position > 3) return 0;
+    if (position == 3 && !radio_.filter0) return 0;
+    return kWidths[mode][position - 1];
+}
+
 void IcomProtocol::Execute(const XcvrCmd& c) {
     // Frames go to the address that was current when the command was queued.
     const auto to = std::uint8_t(c.theRadio);

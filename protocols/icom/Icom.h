@@ -39,6 +39,7 @@ public:
     void BringUp() override;
     void Execute(const XcvrCmd& cmd) override;
     int ModeArgument(int mode) const override;
+    int FilterGroupWidthHz(int mode, const QString& group) const override;
     int InterrogationStep(int phase) override;
     void RequestFrequency() override;
     void RequestMode() override;

@@ -39,6 +39,7 @@ void stopProcess(QProcess& p) {
 // A model, its address, and what the simulator receives for F 14025500, M CW 500, T 1, T 0, S 1 VFOB.
 struct Model {
     const char *name, *address, *freq, *modeCW, *transmit, *receive, *split;
+    const char* usbWidth;  // "m" in USB: the Icom's first filter, the Kenwood's nominal width
 };
 
 const Model kIcom{"IC-7300",
@@ -47,8 +48,9 @@ const Model kIcom{"IC-7300",
                   "FE FE 94 E0 06 03",
                   "FE FE 94 E0 1C 00 01 FD",
                   "FE FE 94 E0 1C 00 00 FD",
-                  "FE FE 94 E0 0F 01 FD"};
-const Model kKenwood{"TS-2000", "", "FA00014025500;", "MD3;", "TX;", "RX;", "FT1;"};
+                  "FE FE 94 E0 0F 01 FD",
+                  "3000"};
+const Model kKenwood{"TS-2000", "", "FA00014025500;", "MD3;", "TX;", "RX;", "FT1;", "2400"};
 
 class RigctlStation : public ::testing::Test {
   protected:
@@ -139,7 +141,7 @@ TEST_P(RigctlLink, RigctlTunesKeysAndSplitsTheRadio) {
         return rigctl(QString::fromLatin1(commands).split(QLatin1Char(' ')));
     };
     // Opening reads the state dump; a failure to parse it ends rigctl with an error.
-    EXPECT_EQ(run("f m"), std::make_pair(0, QStringLiteral("7010000\nUSB\n2400")));
+    EXPECT_EQ(run("f m"), std::make_pair(0, QStringLiteral("7010000\nUSB\n") + QLatin1String(model.usbWidth)));
     // Each set reaches the radio as its own command, and a client reads it back.
     const struct {
         const char *set, *frame, *get, *answer;
@@ -198,7 +200,7 @@ struct Reader {
             in += socket.readAll();
             while (in.count('\n') >= 4) {
                 const QList<QByteArray> lines = in.split('\n');
-                if (lines[0] != "7010000" || lines[1] != "USB" || lines[2] != "2400" || lines[3] != "0")
+                if (lines[0] != "7010000" || lines[1] != "USB" || lines[2] != "3000" || lines[3] != "0")
                     ++wrong;
                 in = in.mid(lines[0].size() + lines[1].size() + lines[2].size() + lines[3].size() + 4);
                 if (++answers < kRounds) socket.write("f\nm\nt\n");

@@ -58,7 +58,7 @@ TEST_F(ProgramRigTest, IcomGetsCostNothingAndSetsLeaveAsTheOperatorsGestures) {
     };
     for (const Step& step :
          {Step{"F 14025500.000000", "f", "14025500\n", "FEFE5CE0050055021400FD"},
-          Step{"M USB 2400", "m", "USB\n2400\n", "FEFE5CE00601"}, Step{"T 1", "t", "1\n", "FEFE5CE01C0001FD"},
+          Step{"M USB 2400", "m", "USB\n2400\n", "FEFE5CE0060102FD"}, Step{"T 1", "t", "1\n", "FEFE5CE01C0001FD"},
           // Keyed until the receive command has left.
           Step{"T 0", "t", "1\n", "FEFE5CE01C0000FD"},
           // Split alone: the receive VFO stays, as a digital-mode program expects.
@@ -107,6 +107,21 @@ TEST_F(ProgramRigTest, AFrequencyReadAfterATuneIsTheRadiosOwnReport) {
     st.loop.advance(10);
     const QByteArray answer = session->resume();
     EXPECT_TRUE(answer.startsWith("14025500\n") && answer.count('\n') == 3) << answer.toStdString();
+}
+
+// A passband picks the nearest of the radio's filter positions, as the operator would from the list,
+// and "m" reports the width of the position in force; 0 leaves the position the mode has.
+TEST_F(ProgramRigTest, APassbandPicksTheNearestFilterAndIsReadBack) {
+    bringUp("IC-756PRO");
+    EXPECT_EQ(ask("M CW 300"), "RPRT 0\n");
+    EXPECT_EQ(ask("m"), "CW\n250\n");
+    EXPECT_EQ(sent(), civ("FEFE5CE0060303FD"));
+    EXPECT_EQ(ask("M CW 0"), "RPRT 0\n");
+    EXPECT_EQ(ask("m"), "CW\n250\n");
+    EXPECT_EQ(sent(), civ("FEFE5CE0060303FD")) << "the mode keeps its filter";
+    EXPECT_EQ(ask("M USB 2800"), "RPRT 0\n");
+    EXPECT_EQ(ask("m"), "USB\n3000\n");
+    EXPECT_EQ(sent(), civ("FEFE5CE0060101FD"));
 }
 
 TEST_F(ProgramRigTest, ListensWhereTheSettingsSayAndShowsItsClients) {

@@ -222,6 +222,7 @@ class StillRig : public tv::RigBackend {
         return c;
     }
     double frequencyHz() const override { return 14025500; }
+    std::optional<double> level(tv::RigLevel) override { return std::nullopt; }
     int mode() const override { return tv::RigCW; }
     tv::RigVfo vfo() const override { return tv::RigVfo::A; }
     bool split() const override { return false; }

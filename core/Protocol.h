@@ -6,6 +6,7 @@
 // runs the polling steps and brings its radio up; it reaches the rest of the program only through the
 // ProtocolContext, and tells what the radio said through RadioState.
 
+#include "core/RadioState.h"
 #include "core/XcvrCmd.h"
 
 #include <QByteArray>
@@ -127,6 +128,11 @@ public:
         (void)mode;
         (void)group;
         return 0;
+    }
+    // The radio's command set can read this transmit level (its polls then read it while it is wanted).
+    virtual bool ReadsLevel(RadioLevel level) const {
+        (void)level;
+        return false;
     }
     // A plain press of the 10 Hz buttons sends the radio's own step command instead of a frequency.
     virtual bool StepsWithOwnCommand() const { return false; }

@@ -40,6 +40,8 @@ struct RadioInfo {
     // PKT is the radio's data mode on USB, which its family's commands set and read (CI-V's data
     // sub-command); without it a client's data mode is refused and nothing is sent.
     bool dataMode = false;
+    // Output power (and on CI-V radios SWR and ALC) can be read by command, for clients that ask.
+    bool txLevels = false;
 };
 
 // A flag tag of the file and the member it sets, in the order the tags are tested.
@@ -69,6 +71,7 @@ inline constexpr CatalogueTag kCatalogueFlags[] = {
     {"SMETER", &RadioInfo::sMeter},
     {"SERIALPORT", &RadioInfo::serialPort},
     {"DATAMODE", &RadioInfo::dataMode},
+    {"TXLEVELS", &RadioInfo::txLevels},
 };
 
 class RadioCatalogue {

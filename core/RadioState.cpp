@@ -1,5 +1,7 @@
 #include "core/RadioState.h"
 
+#include <cmath>
+
 #include "services/Common.h"
 
 namespace tv {
@@ -56,6 +58,28 @@ void RadioState::ReportSplit(bool on) { emit splitReported(on); }
 void RadioState::ReportDual(bool on) { emit dualReported(on); }
 void RadioState::ReportControlReleased() { emit controlReleased(); }
 void RadioState::ReportMeter(double fraction) { emit meterReported(fraction); }
+
+// Three reads an ask: a client asking once a second keeps the level fresh on the usual poll rate, and
+// reads stop a few polls after it stops asking.
+constexpr int kReadsPerAsk = 3;
+
+void RadioState::WantLevel(RadioLevel level) { levelReads_[size_t(level)] = kReadsPerAsk; }
+
+std::optional<RadioLevel> RadioState::TakeWantedLevel() {
+    for (int i = 0; i < kRadioLevelCount; ++i) {
+        const int at = (nextLevel_ + i) % kRadioLevelCount;
+        if (levelReads_[size_t(at)] > 0) {
+            --levelReads_[size_t(at)];
+            nextLevel_ = (at + 1) % kRadioLevelCount;
+            return RadioLevel(at);
+        }
+    }
+    return std::nullopt;
+}
+
+void RadioState::ReportLevel(RadioLevel level, double value) {
+    if (std::isfinite(value)) levels_[size_t(level)] = value;
+}
 void RadioState::ReportFilterGroup(int group) { emit filterGroupReported(group); }
 void RadioState::ReportRefusal() { emit commandRefused(); }
 void RadioState::ReportIdentity(const RadioIdentity& identity) {

@@ -12,6 +12,7 @@
 #include <QString>
 
 #include <array>
+#include <optional>
 
 namespace tv {
 
@@ -24,6 +25,11 @@ struct RadioIdentity {
     QString meterFile;        // the S-meter scale to load, "" for none
     bool reverseModes = false;  // CW-R and RTTY-R are offered
 };
+
+// Transmit levels a client can read where the radio's command set has them: output power as a fraction
+// of the radio's full power, the standing-wave ratio (1 and up), and ALC as a fraction of its zone.
+enum class RadioLevel { RfPower, Swr, Alc };
+constexpr int kRadioLevelCount = 3;
 
 class RadioState : public QObject {
     Q_OBJECT
@@ -51,7 +57,11 @@ public:
     // The program keyed or unkeyed the radio (by command or by a line).
     void SetTransmitting(bool on);
     // A change of radio: the first frequency report gives the display the focus again only at start-up.
-    void ResetForNewRun() { focusGiven_ = false; }
+    void ResetForNewRun() {
+        focusGiven_ = false;
+        levels_ = {};
+        levelReads_ = {};
+    }
 
     // ---- reported by the radio (the decoders call these) ----
     // A report changes the shown frequency only when it differs.
@@ -86,6 +96,14 @@ public:
     // filters the radio reports with each frequency read.
     void ReportFilterGroupModel(const FilterGroupModel* model);
     void ReportFilterStatus(const FilterStatus& status);
+    // Transmit levels: read by the family's polls only while someone asks (each ask buys a few reads,
+    // taken in turn in place of meter reads, so the line carries no more than without), and what the
+    // radio said. A level is unknown until the radio has reported it since the radio was chosen.
+    void WantLevel(RadioLevel level);
+    // The next level to read in place of a meter read, or none; takes one of its reads.
+    std::optional<RadioLevel> TakeWantedLevel();
+    void ReportLevel(RadioLevel level, double value);
+    std::optional<double> level(RadioLevel level) const { return levels_[size_t(level)]; }
     // A live item for the suite link (also the window's state, which isn't the radio's).
     void SetItem(const QString& item, const QString& value);
 
@@ -118,6 +136,9 @@ private:
     bool focusGiven_ = false;
     int pollsUnanswered_ = 0;
     bool transmitting_ = false;
+    std::array<std::optional<double>, kRadioLevelCount> levels_{};
+    std::array<int, kRadioLevelCount> levelReads_{};  // reads still owed to the last ask
+    int nextLevel_ = 0;                                 // where the turn of reads goes on
 };
 
 }  // namespace tv

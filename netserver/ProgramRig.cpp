@@ -67,6 +67,8 @@ RigCaps ProgramRig::caps() const {
     // Keyed by command, or by a port line when the configuration says so.
     c.ptt = r->ptt || m_.port().DTRControl == 2 || m_.port().RTSControl == 2;
     c.meter = r->sMeter;
+    if (const Protocol* protocol = m_.radio().protocol())
+        for (int i = 0; i < kRigLevelCount; ++i) c.levels[size_t(i)] = protocol->ReadsLevel(RadioLevel(i));
     // A client waits at most for the changes it may have queued ahead of its own and a round of polls,
     // each a tick apart, and for a family that waits for its replies, that wait once more.
     // (Right after an acknowledgement the tick is a millisecond; the usual poll is the floor.)
@@ -122,6 +124,14 @@ int ProgramRig::txMode() const {
 
 bool ProgramRig::ptt() const {
     return m_.state().transmitting();
+}
+
+std::optional<double> ProgramRig::level(RigLevel which) {
+    // The two lists name the same levels in the same order.
+    static_assert(kRigLevelCount == kRadioLevelCount);
+    const auto level = RadioLevel(int(which));
+    m_.state().WantLevel(level);
+    return m_.state().level(level);
 }
 
 bool ProgramRig::setFrequency(double hz) {

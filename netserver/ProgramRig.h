@@ -28,6 +28,7 @@ class ProgramRig : public RigBackend {
     double meter() const override { return meter_; }
     QString meterLabel() const override { return meterLabel_; }
     int passbandHz() const override;
+    std::optional<double> level(RigLevel which) override;
     bool responding() const override;
     bool frequencySettled() const override;
 

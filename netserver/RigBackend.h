@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <array>
+#include <optional>
 
 namespace tv {
 
@@ -27,6 +28,10 @@ enum RigMode : int {
 
 enum class RigVfo { A, B, Main, Sub };
 
+// Transmit levels: output power (0..1 of full), SWR (1 and up), ALC (0..1).
+enum class RigLevel { RfPower, Swr, Alc };
+constexpr int kRigLevelCount = 3;
+
 // What the selected radio offers, from the radio catalogue and the port settings.
 struct RigCaps {
     bool radio = false;  // false: no radio is selected, and every set is refused
@@ -39,6 +44,7 @@ struct RigCaps {
     bool meter = false;
     // PKTUSB is the radio's data mode on the upper sideband: set by its own command and read back.
     bool dataMode = false;
+    std::array<bool, kRigLevelCount> levels{};  // the transmit levels the radio's command set reads
     // The longest a client should wait for an answer: the radio's reply wait and the queue ahead.
     int answerTimeoutMs = 0;
 };
@@ -61,6 +67,9 @@ class RigBackend {
     virtual QString meterLabel() const = 0;
     // The passband in force in Hz, 0 when the program doesn't know it.
     virtual int passbandHz() const = 0;
+    // A transmit level as the radio last reported it, none before its first report. Asking makes the
+    // program read it for a while.
+    virtual std::optional<double> level(RigLevel which) = 0;
     // The radio answers the program's polls.
     virtual bool responding() const = 0;
     // No frequency set from here still waits for the radio to report where it went: a frequency read

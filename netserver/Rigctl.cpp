@@ -176,6 +176,33 @@ bool isExtendedMark(char c) {
 // Bits of the protocol's VFO and level masks.
 constexpr quint64 kVfoA = 1u << 0, kVfoB = 1u << 1, kVfoSub = 1u << 25, kVfoMain = 1u << 26;
 constexpr quint64 kLevelRawStr = 1u << 26, kLevelStrength = 1u << 30;
+// The transmit levels, in RigLevel's order: their names and bits.
+constexpr const char* kTxLevelNames[kRigLevelCount] = {"RFPOWER", "SWR", "ALC"};
+constexpr quint64 kTxLevelBits[kRigLevelCount] = {1u << 12, 1u << 28, 1u << 29};
+
+// The transmit level a level name asks for, none for other names.
+std::optional<RigLevel> txLevel(QByteArrayView name) {
+    for (int i = 0; i < kRigLevelCount; ++i)
+        if (equalsNoCase(name, kTxLevelNames[i])) return RigLevel(i);
+    return std::nullopt;
+}
+
+quint64 readLevelBits(const RigCaps& caps) {
+    quint64 bits = caps.meter ? kLevelRawStr | kLevelStrength : 0;
+    for (int i = 0; i < kRigLevelCount; ++i)
+        if (caps.levels[size_t(i)]) bits |= kTxLevelBits[i];
+    return bits;
+}
+
+// The names of the levels read, as "l ?" lists them, each followed by a blank; with ranges for
+// \dump_caps.
+QByteArray readLevelNames(const RigCaps& caps, bool ranges) {
+    QByteArray out;
+    if (caps.meter) out += ranges ? "RAWSTR(0..255/0) STRENGTH(0..0/0) " : "RAWSTR STRENGTH ";
+    for (int i = 0; i < kRigLevelCount; ++i)
+        if (caps.levels[size_t(i)]) out += QByteArray(kTxLevelNames[i]) + (ranges ? "(0..0/0) " : " ");
+    return out;
+}
 // Frequency-targetable and mode-targetable: a client then sends the split frequency as one command
 // instead of switching VFOs around it.
 constexpr quint64 kTargetableFreqMode = 0x3;
@@ -441,7 +468,7 @@ QByteArray rigctlDumpState(const RigCaps& caps, const QString& serverName) {
     out += "\n\n";       // no preamplifier or attenuator steps
     // Functions, levels and parameters, each got and set: only the meter's levels are read.
     out += "0x0\n0x0\n";
-    out += hex(caps.meter ? kLevelRawStr | kLevelStrength : 0) + "\n0x0\n";
+    out += hex(readLevelBits(caps)) + "\n0x0\n";
     out += "0x0\n0x0\n";
     out += "vfo_ops=0x0\n";
     out += "ptt_type=" + hex(caps.ptt ? 1 : 0) + '\n';
@@ -474,7 +501,7 @@ QByteArray rigctlDumpCaps(const RigCaps& caps) {
     out += "Max RIT: -0.0kHz/+0.0kHz\nMax XIT: -0.0kHz/+0.0kHz\nMax IF-SHIFT: -0.0kHz/+0.0kHz\n";
     out += "Preamp: None\nAttenuator: None\nAGC levels: \nCTCSS: None\nDCS: None\n";
     out += "Get functions: \nSet functions: \n";
-    out += QByteArray("Get level: ") + (caps.meter ? "RAWSTR(0..255/0) STRENGTH(0..0/0) " : "") + '\n';
+    out += QByteArray("Get level: ") + readLevelNames(caps, true) + '\n';
     out += "Set level: \nGet parameters: \nSet parameters: \n";
     out += "Mode list: " + modes + '\n';
     out += "VFO list: " + vfos + '\n';
@@ -538,7 +565,7 @@ QByteArray rigctlDumpCaps(const RigCaps& caps) {
                {"set Func", false},
                {"get Func", false},
                {"set Level", false},
-               {"get Level", caps.meter},
+               {"get Level", readLevelBits(caps) != 0},
                {"set Param", false},
                {"get Param", false},
                {"send DTMF", false},
@@ -728,7 +755,14 @@ RigctlSession::Result RigctlSession::run(const RigctlRequest& r) {
         }
         case Op::GetLevel: {
             const QByteArray& level = a[0];
-            if (level == "?") return {Ok, {caps.meter ? "RAWSTR STRENGTH " : ""}};
+            if (level == "?") return {Ok, {readLevelNames(caps, false)}};
+            if (const auto which = txLevel(level)) {
+                if (!caps.levels[size_t(*which)]) return {NotAvailable, {}};
+                const auto value = rig_.level(*which);
+                // Held until the radio has reported it; a radio that never does times out.
+                if (!value) return {RigctlCode::Timeout, {}};
+                return {Ok, {QByteArray::number(*value, 'f', 6)}};
+            }
             const bool strength = equalsNoCase(level, "STRENGTH"), raw = equalsNoCase(level, "RAWSTR");
             if (strength || raw) {
                 if (!caps.meter) return {NotAvailable, {}};
@@ -899,13 +933,22 @@ QByteArray RigctlSession::resume(bool force) {
     return answerHeld(force);
 }
 
+bool RigctlSession::awaitsLevel(const RigctlRequest& r) {
+    // A level the radio reads but hasn't reported yet: asking starts its reads.
+    if (r.command->op != Op::GetLevel || r.args.isEmpty()) return false;
+    const auto which = txLevel(r.args[0]);
+    return which && rig_.caps().levels[size_t(*which)] && !rig_.level(*which);
+}
+
 QByteArray RigctlSession::answerHeld(bool force) {
     QByteArray out;
     while (!held_.isEmpty() && !closing_) {
         const RigctlRequest& r = held_.front();
         // What a client reads right after tuning is where the radio went: it may round the number.
-        const bool awaitsRadio = r.command && !r.malformed && r.command->op == Op::GetFreq &&
-                                 target(r).value_or(1) == 0 && !rig_.frequencySettled();
+        const bool awaitsRadio = r.command && !r.malformed &&
+                                 ((r.command->op == Op::GetFreq && target(r).value_or(1) == 0 &&
+                                   !rig_.frequencySettled()) ||
+                                  awaitsLevel(r));
         if (awaitsRadio && !force) return out;
         force = false;
         if (!r.command)

@@ -149,6 +149,7 @@ class RigctlSession {
         QList<QByteArray> values;
     };
     QByteArray answerHeld(bool force);
+    bool awaitsLevel(const RigctlRequest& r);
     Result run(const RigctlRequest& r);
     Result set(bool queued) const;
     QByteArray format(const RigctlRequest& r, const Result& result) const;

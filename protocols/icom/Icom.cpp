@@ -84,6 +84,24 @@ int IcomProtocol::ModeArgument(int mode) const {
     return c_.state.RadioFilterGroup;
 }
 
+void IcomProtocol::reportLevel(RadioLevel level, int reading) {
+    // Readings run 0..255. Power is a share of full power; ALC's zone ends at 120; SWR follows the
+    // meter's printed scale: 0 is 1.0, 48 is 1.5, 80 is 2.0, 120 is 3.0, and 240 is 6.0.
+    double value = reading / 255.0;
+    if (level == RadioLevel::Alc) value = std::min(reading / 120.0, 1.0);
+    if (level == RadioLevel::Swr) {
+        static constexpr double kScale[][2] = {{0, 1.0}, {48, 1.5}, {80, 2.0}, {120, 3.0}, {240, 6.0}};
+        value = 6.0;
+        for (size_t i = 1; i < std::size(kScale); ++i)
+            if (reading <= kScale[i][0]) {
+                const double t = (reading - kScale[i - 1][0]) / (kScale[i][0] - kScale[i - 1][0]);
+                value = kScale[i - 1][1] + t * (kScale[i][1] - kScale[i - 1][1]);
+                break;
+            }
+    }
+    c_.state.ReportLevel(level, value);
+}
+
 int IcomProtocol::FilterGroupWidthHz(int mode, const QString& group) const {
     // The factory widths of filter positions 1, 2 and 3 (widest first), by the program's mode number:
     // the layout of the CI-V radios' default filters. An operator who set other widths on the radio
@@ -189,7 +207,11 @@ int IcomProtocol::InterrogationStep(int phase) {
     switch (phase) {
         case 0:
         case 2:
-            if (radio_.sMeter) {
+            if (const auto level = phase == 2 && radio_.txLevels ? c_.state.TakeWantedLevel() : std::nullopt) {
+                // A level a client asks for takes the second meter read of the round: no extra frame.
+                static constexpr std::uint8_t kLevelRead[kRadioLevelCount][2] = {{0x14, 0x0A}, {0x15, 0x12}, {0x15, 0x13}};
+                send(c_.radio.address(), bytes({kLevelRead[int(*level)][0], kLevelRead[int(*level)][1]}));
+            } else if (radio_.sMeter) {
                 // To the address in force, checked or not: the meter poll has no test of its own.
                 send(c_.radio.address(), bytes({0x15, 0x02}));
             } else {
@@ -240,6 +262,11 @@ void IcomProtocol::Decode(const QByteArray& m) {
     } else if (cmd == 0x15 && b(6) == 0x02 && n == 9) {
         const int value = b(7) * 100 + (b(8) / 16) * 10 + (b(8) % 16);
         c_.state.ReportMeter(value / 255.0);
+    } else if ((cmd == 0x14 && b(6) == 0x0A) || (cmd == 0x15 && (b(6) == 0x12 || b(6) == 0x13))) {
+        if (n == 9 && radio_.txLevels) reportLevel(cmd == 0x14 ? RadioLevel::RfPower
+                                                   : b(6) == 0x12 ? RadioLevel::Swr
+                                                                  : RadioLevel::Alc,
+                                                   b(7) * 100 + (b(8) / 16) * 10 + (b(8) % 16));
     } else if (cmd == kMemoryControl && b(6) == kDataMode && n == 9 && radio_.dataMode) {
         dataOn_ = b(7) != 0;
         if (reportedMode_ >= 0) c_.state.UpdateXcvrMode(modeWithData(reportedMode_));

@@ -40,6 +40,7 @@ public:
     void Execute(const XcvrCmd& cmd) override;
     int ModeArgument(int mode) const override;
     int FilterGroupWidthHz(int mode, const QString& group) const override;
+    bool ReadsLevel(RadioLevel) const override { return radio_.txLevels; }
     int InterrogationStep(int phase) override;
     void RequestFrequency() override;
     void RequestMode() override;
@@ -54,6 +55,8 @@ private:
     // The mode frame, and on a radio with a data mode the data sub-command when PKT asks for it or
     // when it has to be switched off again.
     void sendMode(std::uint8_t address, int mode, int filter);
+    // A transmit level's reading (0..255) in the units clients read.
+    void reportLevel(RadioLevel level, int reading);
     // The mode the radio reported, read with its data flag: USB with data on is PKT.
     int modeWithData(int reported) const;
 

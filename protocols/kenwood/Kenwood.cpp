@@ -8,6 +8,7 @@
 #include "services/Convert.h"
 #include "services/Errors.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -265,7 +266,10 @@ int KenwoodProtocol::InterrogationStep(int phase) {
     switch (phase) {
         case 0:
         case 2:
-            if (hasMeter()) {
+            if (phase == 2 && ReadsLevel(RadioLevel::RfPower) && c_.state.TakeWantedLevel()) {
+                // The power setting a client asks for takes the second meter read of the round.
+                send("PC;");
+            } else if (hasMeter()) {
                 if (model_ && model_->meterRequest) send(model_->meterRequest);
             } else {
                 send("IF;");
@@ -331,6 +335,11 @@ void KenwoodProtocol::decodeMessage() {
         reportMode(GetModeFromKenwoodStatus(int(number(3, 3))));
     } else if (letters == "SM") {
         decodeSMeter();
+    } else if (letters == "PC" && ReadsLevel(RadioLevel::RfPower)) {
+        // Watts out of the hundred these radios give on HF.
+        const QByteArray watts = field(3, 5);
+        if (watts.size() == 3 && std::all_of(watts.begin(), watts.end(), [](char ch) { return ch >= '0' && ch <= '9'; }))
+            c_.state.ReportLevel(RadioLevel::RfPower, std::min(watts.toInt(), 100) / 100.0);
     } else if (letters == "FW" || letters == "IS" || letters == "SH" || letters == "SL") {
         decodeFilterReply(letters);
     }

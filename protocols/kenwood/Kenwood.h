@@ -68,6 +68,7 @@ public:
     void RequestMode() override;
     void Decode(const QByteArray& message) override;
     QString SMeterFile() const override;
+    bool ReadsLevel(RadioLevel level) const override { return radio_.txLevels && level == RadioLevel::RfPower; }
 
     const KenwoodModel* model() const { return model_; }
     int modelId() const { return *modelId_; }

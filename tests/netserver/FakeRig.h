@@ -26,6 +26,10 @@ class FakeRig : public RigBackend {
     double meter() const override { return meterFraction; }
     QString meterLabel() const override { return label; }
     int passbandHz() const override { return passband; }
+    std::optional<double> level(RigLevel which) override {
+        asked[size_t(which)] = true;
+        return levels[size_t(which)];
+    }
     bool responding() const override { return answering; }
     bool frequencySettled() const override { return settled; }
 
@@ -57,6 +61,8 @@ class FakeRig : public RigBackend {
     bool settled = true;
     QString label;
     bool accept = true;  // false: the program's queue refuses
+    std::array<std::optional<double>, kRigLevelCount> levels{};
+    std::array<bool, kRigLevelCount> asked{};
     QStringList sets;
 
   private:

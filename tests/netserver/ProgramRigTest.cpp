@@ -124,6 +124,56 @@ TEST_F(ProgramRigTest, APassbandPicksTheNearestFilterAndIsReadBack) {
     EXPECT_EQ(sent(), civ("FEFE5CE0060101FD"));
 }
 
+// Output power, SWR and ALC are read only while a client asks, each read taking a meter read's place
+// (the line carries no more), and a read waits for the radio's report; a radio whose commands can't read
+// them says "not available".
+TEST_F(ProgramRigTest, TransmitLevelsAreReadInPlaceOfMeterReadsWhileAClientAsks) {
+    bringUp("IC-7300");
+    st.p().config.Interrogation.setChecked(true);
+    const QByteArray power = civ("FEFE94E0140AFD"), meter = civ("FEFE94E01502FD");
+    auto polls = [&](int ms) {
+        st.serial()->written.clear();
+        st.loop.advance(ms);
+        return st.serial()->written;
+    };
+    const QByteArray quiet = polls(4000);
+    EXPECT_FALSE(quiet.contains(power));
+    EXPECT_EQ(ask("l RFPOWER"), "") << "held until the radio reports";
+    const QByteArray asked = polls(4000);
+    EXPECT_TRUE(asked.contains(power)) << asked.toHex(' ').toStdString();
+    EXPECT_EQ(asked.count(power) + asked.count(meter), quiet.count(meter)) << "in a meter read's place";
+    st.serial()->feed(civ("FEFEE094140A0128FD"));
+    st.loop.advance(10);
+    EXPECT_EQ(session->resume(), "0.501961\n");
+    EXPECT_EQ(ask("l SWR"), "");
+    polls(2000);
+    st.serial()->feed(civ("FEFEE09415120048FD"));
+    st.loop.advance(10);
+    EXPECT_EQ(session->resume(), "1.500000\n");
+    EXPECT_EQ(ask("l ?"), "RAWSTR STRENGTH RFPOWER SWR ALC \n");
+    polls(4000);
+    EXPECT_FALSE(polls(4000).contains(power)) << "reads stop when the asking does";
+}
+
+TEST_F(ProgramRigTest, AKenwoodReadsItsPowerSettingAndNothingElse) {
+    bringUp("TS-2000");
+    st.p().config.Interrogation.setChecked(true);
+    EXPECT_EQ(ask("l SWR"), "RPRT -11\n");
+    EXPECT_EQ(ask("l RFPOWER"), "");
+    st.serial()->written.clear();
+    st.loop.advance(3000);
+    EXPECT_TRUE(st.serial()->written.contains("PC;")) << st.serial()->written.toStdString();
+    st.serial()->feed("PC050;");
+    st.loop.advance(10);
+    EXPECT_EQ(session->resume(), "0.500000\n");
+}
+
+TEST_F(ProgramRigTest, ARadioWithoutTransmitLevelsSaysSo) {
+    bringUp("IC-756PRO");
+    EXPECT_EQ(ask("l RFPOWER"), "RPRT -11\n");
+    EXPECT_EQ(ask("l ?"), "RAWSTR STRENGTH \n");
+}
+
 TEST_F(ProgramRigTest, ListensWhereTheSettingsSayAndShowsItsClients) {
     st.preset(kGeneral, QStringLiteral("NetServerAddress"), QStringLiteral("localhost"));
     st.onCreate = [](Program& p) { p.netOptions = {true, 0}; };  // port 0: any free one

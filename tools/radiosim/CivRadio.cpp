@@ -30,7 +30,7 @@ CivRadio::CivRadio(CivModel model) : model_(std::move(model)) {}
 
 std::optional<CivModel> CivRadio::model(const QString& name) {
     static const CivModel models[] = {
-        {QStringLiteral("IC-7300"), 0x94, true, false, true, true},
+        {QStringLiteral("IC-7300"), 0x94, true, false, true, true, true},
         {QStringLiteral("IC-756PRO"), 0x5C, true, false, true, false},
         {QStringLiteral("IC-706MKIIG"), 0x58, true, false, false, false},
         {QStringLiteral("IC-735"), 0x04, false, true, false, false},
@@ -195,14 +195,29 @@ QByteArray CivRadio::handleFrame(const QByteArray& frame) {
         if (data.size() != 2 || at(data, 0) != 0x00 || at(data, 1) > 1) return ng;
         ptt_ = at(data, 1) == 1;
         return ok;
+    case 0x14: {
+        if (!model_.hasTxLevels || data.isEmpty() || at(data, 0) != 0x0A) return ng;
+        if (data.size() == 1) return reply(from, 0x14, levelReport(0x0A, power_));
+        const auto value = data.size() == 3 ? fromBcd(data.mid(1).right(1) + data.mid(1, 1)) : std::nullopt;
+        if (!value || *value > 255) return ng;
+        power_ = int(*value);
+        return ok;
+    }
     case 0x15:
-        if (!model_.hasMeter || data.size() != 1 || at(data, 0) != 0x02) return ng;
-        // Hundreds as a plain byte, then tens and units packed: 255 goes out as 02 55.
-        return reply(from, 0x15,
-                     bytesOf({0x02, uint8_t(meter_ / 100), uint8_t((((meter_ / 10) % 10) << 4) | (meter_ % 10))}));
+        if (data.size() != 1) return ng;
+        if (model_.hasMeter && at(data, 0) == 0x02) return reply(from, 0x15, levelReport(0x02, meter_));
+        // While transmitting into the simulated load: SWR 1.5 (48), ALC at half its zone (60).
+        if (model_.hasTxLevels && at(data, 0) == 0x12) return reply(from, 0x15, levelReport(0x12, ptt_ ? 48 : 0));
+        if (model_.hasTxLevels && at(data, 0) == 0x13) return reply(from, 0x15, levelReport(0x13, ptt_ ? 60 : 0));
+        return ng;
     default:
         return ng;
     }
+}
+
+QByteArray CivRadio::levelReport(uint8_t sub, int value) {
+    // Hundreds as a plain byte, then tens and units packed: 255 goes out as 02 55.
+    return bytesOf({sub, uint8_t(value / 100), uint8_t((((value / 10) % 10) << 4) | (value % 10))});
 }
 
 QByteArray CivRadio::setFrequency(qint64 hz) {

@@ -20,6 +20,9 @@ struct CivModel {
     bool hasMeter = false;
     // Command 1A 06: the data mode of SSB, AM and FM, with its own filter choice (IC-7300 and later).
     bool hasDataMode = false;
+    // 14 0A (the power setting, read and set) and the transmit meters 15 12 (SWR) and 15 13 (ALC),
+    // which read 0 while receiving.
+    bool hasTxLevels = false;
 };
 
 class CivRadio {
@@ -95,6 +98,8 @@ private:
     qint64 maxFrequency() const;
     QByteArray frequencyReport() const;
     QByteArray modeReport() const;
+    // A level reply after its sub-command: 0..255 as a plain hundreds byte and packed tens and units.
+    static QByteArray levelReport(uint8_t sub, int value);
 
     CivModel model_;
     QByteArray partial_;  // bytes of a frame not yet ended
@@ -104,6 +109,7 @@ private:
     bool dualWatch_ = false;
     bool ptt_ = false;
     int meter_ = 0;
+    int power_ = 128;  // the power setting, 0..255
     bool transceive_ = true;
     bool silent_ = false;
     bool rejectNext_ = false;

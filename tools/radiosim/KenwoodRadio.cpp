@@ -23,9 +23,9 @@ KenwoodRadio::KenwoodRadio(KenwoodModelSpec model) : model_(std::move(model)) {}
 
 std::optional<KenwoodModelSpec> KenwoodRadio::model(const QString& name) {
     static const KenwoodModelSpec models[] = {
-        {QStringLiteral("TS-2000"), "019", 1'300'000'000, 30, true, true, true, false},
-        {QStringLiteral("TS-570"), "017", 60'000'000, 15, false, true, true, false},
-        {QStringLiteral("TS-870"), "015", 30'000'000, 30, false, false, true, false},
+        {QStringLiteral("TS-2000"), "019", 1'300'000'000, 30, true, true, true, false, true},
+        {QStringLiteral("TS-570"), "017", 60'000'000, 15, false, true, true, false, true},
+        {QStringLiteral("TS-870"), "015", 30'000'000, 30, false, false, true, false, true},
         {QStringLiteral("TS-440"), "004", 30'000'000, 0, false, false, false, true},
         // A radio this controller has never heard of.
         {QStringLiteral("TS-990"), "023", 60'000'000, 0, false, false, false, false},
@@ -174,6 +174,12 @@ QByteArray KenwoodRadio::execute(const QByteArray& command) {
         if (query) return letters + QByteArray::number(which) + ';';
         if (!oneDigit || p.toInt() > 1) return kRefused;
         which = p.toInt();
+        return {};
+    }
+    if (letters == "PC" && model_.powerSetting) {
+        if (query) return "PC" + padded(watts_, 3) + ';';
+        if (p.size() != 3 || !allDigits(p) || p.toInt() < 5 || p.toInt() > 100) return kRefused;
+        watts_ = p.toInt();
         return {};
     }
     if (letters == "SM" && model_.meterFullScale > 0) {

@@ -23,6 +23,7 @@ struct KenwoodModelSpec {
     bool cutoffCodes = false;  // SL and SH
     bool widthAndShift = false;  // FW and IS
     bool singleVfoSelect = false;  // old radios: FN and SP instead of FR and FT
+    bool powerSetting = false;  // PC: the output power in watts, 005 to 100
 };
 
 class KenwoodRadio {
@@ -97,6 +98,7 @@ private:
     bool ptt_ = false;
     int ai_ = 0;
     int meter_ = 0;
+    int watts_ = 100;
     int low_ = 0, high_ = 11, width_ = 500, shift_ = 0;
     bool transceive_ = true;
     bool silent_ = false;

@@ -155,8 +155,11 @@ TEST_F(ProgramRigTest, TransmitLevelsAreReadInPlaceOfMeterReadsWhileAClientAsks)
     EXPECT_FALSE(polls(4000).contains(power)) << "reads stop when the asking does";
 }
 
-TEST_F(ProgramRigTest, AKenwoodReadsItsPowerSettingAndNothingElse) {
+TEST_F(ProgramRigTest, AKenwoodReadsItsPowerSettingAndHasNoDataMode) {
     bringUp("TS-2000");
+    // Its command set has no data mode: refused, with nothing on the line.
+    EXPECT_EQ(ask("M PKTUSB -1"), "RPRT -11\n");
+    EXPECT_EQ(sent(), QByteArray());
     st.p().config.Interrogation.setChecked(true);
     EXPECT_EQ(ask("l SWR"), "RPRT -11\n");
     EXPECT_EQ(ask("l RFPOWER"), "");

@@ -120,6 +120,8 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     suite.OpenWindows = [this] { return openWindows(); };
     suiteLink.connect();
     rig.connect();
+    QObject::connect(&module.state(), &RadioState::transmitOwnerChanged, &module.state(),
+                     [this](const QString& owner) { netServer.setTransmitOwner(owner); });
 }
 
 std::vector<Form*> Program::openWindows() {

@@ -239,7 +239,7 @@ class StillRig : public tv::RigBackend {
     bool setVfo(tv::RigVfo) override { return true; }
     bool setSplit(bool) override { return true; }
     bool setTxFrequency(double) override { return true; }
-    bool setPtt(bool) override { return true; }
+    bool setPtt(bool, const QString&) override { return true; }
     bool sendRaw(const QByteArray&) override { return true; }
 };
 

@@ -15,6 +15,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+
 #include <unistd.h>
 
 namespace tv {
@@ -81,7 +83,28 @@ KavModule::KavModule(Common& common, KavMain& main, KavConfig& config, KavMessag
     QObject::connect(&state_, &RadioState::identified, &state_, [this](const RadioIdentity&) { UpdateCaption(); });
     // While the program holds the radio keyed a marker lies beside the settings, so that a run that ends
     // without unkeying it (a crash, kill -9, a power cut) is made good by the next.
-    QObject::connect(&state_, &RadioState::transmittingChanged, &state_, [this](bool on) { markKeyed(on); });
+    QObject::connect(&state_, &RadioState::transmittingChanged, &state_, [this](bool on) {
+        markKeyed(on);
+        if (!on) SetTransmitOwner(QString());
+        // Whoever keyed, the keyed period has a cap.
+        bool ok = false;
+        int seconds = config_.TxTimeout.text().trimmed().toInt(&ok);
+        if (!ok || seconds < 0) seconds = 300;  // a setting that names no time keeps the cap
+        seconds = std::min(seconds, 24 * 3600);
+        txWatchdog_->setEnabled(false);
+        if (on && seconds > 0) {
+            txWatchdog_->setInterval(seconds * 1000);
+            txWatchdog_->setEnabled(true);
+        }
+    });
+    txWatchdog_ = loop().createTimer();
+    txWatchdog_->onTick = [this] {
+        txWatchdog_->setEnabled(false);
+        const QString seconds = QString::number(txWatchdog_->interval() / 1000);
+        ReleaseTransmitter(QStringLiteral("for the transmit time-out of ") + seconds + QStringLiteral(" s"));
+        txWatchdogNote_ = QStringLiteral(" - unkeyed after ") + seconds + QStringLiteral(" s transmitting");
+        UpdateCaption();
+    };
 }
 
 KavModule::~KavModule() = default;
@@ -173,6 +196,7 @@ void KavModule::Initialize() {
         hooks.ShowMemoryBanks(ShowMemoryBankSetting);
         config_.DualReceiveEnableBox.setChecked(readBool(QStringLiteral("DualReceiveEnabled"), QStringLiteral("1")));
         config_.PollInterval.setText(settings().GetSetting(kGeneral, QStringLiteral("InterrogateInterval"), QStringLiteral("200")));
+        config_.TxTimeout.setText(settings().GetSetting(kGeneral, QStringLiteral("TxTimeout"), QStringLiteral("300")));
         // 6. The interval is known now; the command timer runs from here on.
         queue_.InitializeXcvrCmdBuffer();
         // 7.
@@ -270,6 +294,7 @@ void KavModule::Terminate() {
         s.SaveSetting(kGeneral, QStringLiteral("DTR"), QString::number(port_.DTRControl));
         s.SaveSetting(kGeneral, QStringLiteral("RTS"), QString::number(port_.RTSControl));
         s.SaveSetting(kGeneral, QStringLiteral("InterrogateInterval"), config_.PollInterval.text());
+        s.SaveSetting(kGeneral, QStringLiteral("TxTimeout"), config_.TxTimeout.text());
         radio_.stopFamilyLinks();
         if (hooks.FilterGroupChangesUnsaved()) {
             if (dialogs().messageBox(QStringLiteral("Save changes to Filter Group settings?"), common_.info().title,
@@ -328,6 +353,11 @@ void KavModule::SelectHexadecimalRadix() {
 void KavModule::Transmit() {
     // Keyed first, so that the marker is on disk before any key reaches the radio.
     state_.SetTransmitting(true);
+    SetTransmitOwner(QString::fromLatin1(kOperatorOwner));
+    if (!txWatchdogNote_.isEmpty()) {
+        txWatchdogNote_.clear();
+        UpdateCaption();
+    }
     comm_.Transmit();
     queue_.SetXcvrTransmit();
 }
@@ -350,6 +380,24 @@ void KavModule::ReleaseTransmitter(const QString& why) {
         comm_.Receive();
         queue_.SendReceiveNow();
     });
+}
+
+bool KavModule::ClientMayTransmit(const QString& client, bool on, bool unkeyOthers) const {
+    if (!state_.transmitting() || transmitOwner_.isEmpty() || transmitOwner_ == client) return true;
+    if (transmitOwner_ == QLatin1String(kOperatorOwner)) return false;
+    return !on && unkeyOthers;
+}
+
+void KavModule::SetTransmitOwner(const QString& owner) {
+    if (owner == transmitOwner_) return;
+    if (!owner.isEmpty()) common_.LogLine(QStringLiteral("KavModule: transmitting for ") + owner);
+    transmitOwner_ = owner;
+    emit state_.transmitOwnerChanged(owner);
+}
+
+void KavModule::ClientGone(const QString& client) {
+    if (!client.isEmpty() && state_.transmitting() && transmitOwner_ == client)
+        ReleaseTransmitter(QStringLiteral("by ") + client + QStringLiteral(", which has gone"));
 }
 
 QString KavModule::keyedMarkerPath() const {
@@ -391,7 +439,7 @@ QString KavModule::composeCaption() const {
                 loop().utcNow().toString(QStringLiteral("hh:mm:ss")) + QStringLiteral("Z ") +
                 main_.FreqDisplay.text() + QLatin1Char(' ') + ModeName(state_.RadioMode);
     if (main_.SplitBox.checked()) c += QStringLiteral(" Split");
-    return c + suffix;
+    return c + txWatchdogNote_ + suffix;
 }
 
 void KavModule::UpdateCaption() {

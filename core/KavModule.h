@@ -17,6 +17,7 @@
 #include <QString>
 
 #include <array>
+#include <memory>
 
 namespace tv {
 
@@ -94,6 +95,17 @@ public:
     void ReleaseTransmitter(const QString& why);
     // The marker, beside the settings, that says the program holds the radio keyed.
     QString keyedMarkerPath() const;
+    // Who holds the transmitter while it is keyed: kOperatorOwner for the operator's own ways (the
+    // window, the suite link, a sequence) or a rig client's name; "" while receiving.
+    static constexpr const char* kOperatorOwner = "window";
+    const QString& TransmitOwner() const { return transmitOwner_; }
+    // A client's key or unkey goes ahead only when it holds the transmission or nobody does; the
+    // operator's stands against every client, another client's unless clients may unkey each other.
+    bool ClientMayTransmit(const QString& client, bool on, bool unkeyOthers) const;
+    // The key just given was this client's.
+    void SetTransmitOwner(const QString& owner);
+    // A client has gone (closed, reset, dropped): if it held the transmission, the radio is unkeyed now.
+    void ClientGone(const QString& client);
 
     // ---- radix of the address fields ----
     void SelectDecimalRadix();
@@ -147,6 +159,11 @@ private:
     bool terminateRequested_ = false;
     // Why the radio is to be unkeyed at its bring-up ("" when the last run left it unkeyed).
     QString leftKeyedByLastRun_;
+    QString transmitOwner_;
+    // Caps every keyed period (setting TxTimeout, seconds; 0 turns it off); its note stays in the
+    // caption until the next key.
+    std::unique_ptr<LoopTimer> txWatchdog_;
+    QString txWatchdogNote_;
     // The radio is declared after the parts its protocol uses, so that the protocol goes first.
     RadioState state_;
     RadioLink link_;

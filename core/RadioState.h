@@ -123,6 +123,8 @@ signals:
     void respondingChanged(bool responding);
     void controlReleased();
     void transmittingChanged(bool on);
+    // Who holds the transmitter ("" when nobody does): the operator's ways or a rig client.
+    void transmitOwnerChanged(const QString& owner);
     void passbandModelChosen(const tv::PassbandModel* model);
     void passbandLayoutDue();
     void passbandTextReported(int list, const QString& text);

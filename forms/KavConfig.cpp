@@ -54,6 +54,10 @@ KavConfig::KavConfig(EventLoop& loop)
     Describe(PTTFrame, QStringLiteral("PTT"));
     Describe(PTTonCmd, QStringLiteral("On"), QStringLiteral("click to transmit"));
     Describe(PTTOffCmd, QStringLiteral("Off"), QStringLiteral("click to receive"));
+    Describe(TxTimeoutLabel, QStringLiteral("Time-out, s"));
+    Describe(TxTimeout, QString(),
+        QStringLiteral("No transmission lasts longer than this many seconds, whoever keyed the radio: "
+                       "it is unkeyed then. 0 turns the time-out off."));
     Describe(Frame5, QStringLiteral("Dual Receive"));
     Describe(DualReceiveEnableBox, QStringLiteral("Enable if directed by other apps"),
         QStringLiteral("Check to allow other applications to enable Dual Receive"));
@@ -144,6 +148,7 @@ int KavConfig::tabOf(const Control& c) const {
         QStringLiteral("AutorepeatFrame"), QStringLiteral("AutoRepeatScroll"), QStringLiteral("AutoRepeatFastLabel"),
         QStringLiteral("AutoRepeatSlowLabel"), QStringLiteral("Frame4"), QStringLiteral("UserCommandsEnableBox"),
         QStringLiteral("PTTFrame"),     QStringLiteral("PTTonCmd"),       QStringLiteral("PTTOffCmd"),
+        QStringLiteral("TxTimeoutLabel"), QStringLiteral("TxTimeout"),
         QStringLiteral("Frame5"),       QStringLiteral("DualReceiveEnableBox"), QStringLiteral("Frame6"),
         QStringLiteral("InitialXcvrCommand"), QStringLiteral("DebugCheck"), QStringLiteral("DualMonitorCheck")};
     static const QStringList com = {

@@ -60,6 +60,8 @@ public:
     Frame PTTFrame{this, QStringLiteral("PTTFrame")};
     CommandButton PTTonCmd{this, QStringLiteral("PTTonCmd")};
     CommandButton PTTOffCmd{this, QStringLiteral("PTTOffCmd")};
+    Label TxTimeoutLabel{this, QStringLiteral("TxTimeoutLabel")};
+    TextBox TxTimeout{this, QStringLiteral("TxTimeout")};
 
     Frame Frame5{this, QStringLiteral("Frame5")};
     CheckBox DualReceiveEnableBox{this, QStringLiteral("DualReceiveEnableBox")};

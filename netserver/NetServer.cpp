@@ -124,6 +124,7 @@ void NetServer::showStatus() {
                    .arg(n)
                    .arg(n == 1 ? QStringLiteral("client") : QStringLiteral("clients"));
     }
+    if (!transmitOwner_.isEmpty()) text += QStringLiteral(" - PTT: ") + transmitOwner_;
     status_.setCaption(text);
 }
 

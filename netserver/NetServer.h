@@ -37,6 +37,12 @@ class NetServer {
     // The address as the settings give it: loopback when the text names no address.
     static QHostAddress parseAddress(const QString& text, bool* valid = nullptr);
 
+    // Who holds the transmitter, for the status line ("" when nobody does).
+    void setTransmitOwner(const QString& owner) {
+        transmitOwner_ = owner;
+        showStatus();
+    }
+
   private:
     void showStatus();
 
@@ -47,6 +53,7 @@ class NetServer {
     QHostAddress address_;
     quint16 port_ = kDefaultPort;
     QString failure_;  // why it isn't listening, when it was meant to
+    QString transmitOwner_;
     bool enabled_ = false;
 };
 

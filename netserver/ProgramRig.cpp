@@ -3,6 +3,7 @@
 #include "core/KavModule.h"
 #include "core/Protocol.h"
 #include "core/SelectedRadio.h"
+#include "platform/SettingsStore.h"
 #include "services/Common.h"
 #include "core/RadioLink.h"
 #include "forms/KavMain.h"
@@ -249,18 +250,34 @@ bool ProgramRig::setTxFrequency(double hz) {
     return true;
 }
 
-bool ProgramRig::setPtt(bool on) {
+bool ProgramRig::setPtt(bool on, const QString& client) {
     KavMain& w = m_.main();
     CommandButton& button = on ? w.PTTonCmd : w.PTTOffCmd;
     const RadioInfo* r = m_.radio().info();
     if (!r) return false;
+    const bool unkeyOthers =
+        SettingIsTrue(m_.settings().GetSetting(QStringLiteral("General"), QStringLiteral("NetServerUnkeyOthers"),
+                                               QStringLiteral("False")));
+    if (!m_.ClientMayTransmit(client, on, unkeyOthers)) {
+        m_.common().LogLine(QStringLiteral("RigServer: %1 refused to %2: %3 is transmitting")
+                                .arg(client, on ? QStringLiteral("key") : QStringLiteral("unkey"),
+                                     m_.TransmitOwner()));
+        return false;
+    }
+    bool done = true;
     if (!r->ptt || !on) {
         // Keyed by a port line: nothing to queue, done at once. An unkey is never refused: a full queue
         // doesn't hold it back either.
         button.click();
-        return true;
+    } else {
+        done = queued([&] { button.click(); });
     }
-    return queued([&] { button.click(); });
+    if (done && on) m_.SetTransmitOwner(client);
+    return done;
+}
+
+void ProgramRig::clientGone(const QString& client) {
+    m_.ClientGone(client);
 }
 
 bool ProgramRig::sendRaw(const QByteArray& command) {

@@ -37,7 +37,8 @@ class ProgramRig : public RigBackend {
     bool setVfo(RigVfo vfo) override;
     bool setSplit(bool on) override;
     bool setTxFrequency(double hz) override;
-    bool setPtt(bool on) override;
+    bool setPtt(bool on, const QString& client) override;
+    void clientGone(const QString& client) override;
     bool sendRaw(const QByteArray& command) override;
 
   private:

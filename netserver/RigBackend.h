@@ -83,7 +83,11 @@ class RigBackend {
     virtual bool setVfo(RigVfo vfo) = 0;
     virtual bool setSplit(bool on) = 0;
     virtual bool setTxFrequency(double hz) = 0;
-    virtual bool setPtt(bool on) = 0;
+    // client: who asks, as the log names it ("rig client 127.0.0.1:53412"). The transmission has one
+    // owner: a key or unkey that isn't the owner's is refused (false).
+    virtual bool setPtt(bool on, const QString& client) = 0;
+    // A client has gone (closed, reset or dropped): whatever it keyed is unkeyed.
+    virtual void clientGone(const QString& client) { (void)client; }
     // A client's own command for the radio, as the user command sequences write it: text behind an
     // apostrophe, else hexadecimal bytes.
     virtual bool sendRaw(const QByteArray& command) = 0;

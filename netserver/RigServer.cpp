@@ -12,7 +12,9 @@ struct RigServer::Client {
     Client(RigBackend& backend, const QString& serverName, bool rawCommands, QTcpSocket* s)
         : socket(s),
           session(backend, serverName, rawCommands),
-          peer(s->peerAddress().toString() + QLatin1Char(':') + QString::number(s->peerPort())) {}
+          peer(s->peerAddress().toString() + QLatin1Char(':') + QString::number(s->peerPort())) {
+        session.setClient(QStringLiteral("rig client ") + peer);
+    }
     QPointer<QTcpSocket> socket;
     RigctlSession session;
     QString peer;
@@ -93,6 +95,8 @@ void RigServer::drop(const std::shared_ptr<Client>& c, const QString& why, bool 
     }
     c->pending.clear();
     log(QStringLiteral("RigServer: client %1 %2, %3 connected").arg(c->peer, why).arg(clients_.size()));
+    // A client that keyed and went, however it went, leaves no transmitter keyed behind it.
+    backend_.clientGone(c->session.client());
     if (onClientsChanged) onClientsChanged();
 }
 

@@ -706,7 +706,7 @@ RigctlSession::Result RigctlSession::run(const RigctlRequest& r) {
             const auto on = parseInt(a[0]);
             if (!on || *on < 0 || *on > 3) return {Invalid, {}};
             if (!caps.ptt) return {NotAvailable, {}};
-            return set(rig_.setPtt(*on != 0));
+            return set(rig_.setPtt(*on != 0, client_));
         }
         case Op::GetSplitVfo: {
             const bool mainSubOnly = caps.mainSub && !caps.vfoAB;

@@ -136,6 +136,9 @@ class RigctlSession {
     // waits for the radio's report, and the commands after it with it (holding()).
     QByteArray answer(QByteArrayView line);
     bool holding() const { return !held_.isEmpty(); }
+    // Who this session serves, as the log and the transmit owner name it.
+    void setClient(const QString& client) { client_ = client; }
+    const QString& client() const { return client_; }
     // The answers held back, once the radio has reported, or at once with force (the wait is over:
     // the frequency on show is given).
     QByteArray resume(bool force = false);
@@ -162,6 +165,7 @@ class RigctlSession {
     bool closing_ = false;
     bool vfoMode_ = false;  // this client's own: another's \set_vfo_opt doesn't change it
     QList<RigctlRequest> held_;
+    QString client_;
 };
 
 }  // namespace tv

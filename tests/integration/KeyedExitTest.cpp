@@ -14,6 +14,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include <csignal>
 #include <ostream>
 
@@ -99,13 +101,21 @@ class KeyedExit : public ::testing::TestWithParam<Family> {
         const QString line = QStringLiteral("<- ") + QLatin1String(what);
         return waitFor([&] { return simLog().indexOf(line, from) >= 0; }, 8000);
     }
-    // Keys the radio through a client, and waits until the radio has heard it.
+    // Keys the radio through a client that stays connected (one that leaves takes its transmission with
+    // it), and waits until the radio has heard it.
     void key(qsizetype from) {
-        EXPECT_EQ(ask("T 1"), QByteArray("RPRT 0"));
+        keyer = std::make_unique<QTcpSocket>();
+        keyer->connectToHost(QHostAddress::LocalHost, port);
+        ASSERT_TRUE(keyer->waitForConnected(5000));
+        keyer->write("T 1\n");
+        QByteArray in;
+        EXPECT_TRUE(waitFor([&] { return (in += keyer->readAll()).endsWith('\n'); }, 5000));
+        EXPECT_EQ(in.trimmed(), QByteArray("RPRT 0"));
         ASSERT_TRUE(simReceived(GetParam().transmit, from)) << simLog().mid(from).toStdString();
     }
 
     QTemporaryDir dir;
+    std::unique_ptr<QTcpSocket> keyer;
     QProcess sim, program;
     QByteArray output;
     QString log;

@@ -147,8 +147,6 @@ TEST_P(RigctlLink, RigctlTunesKeysAndSplitsTheRadio) {
         const char *set, *frame, *get, *answer;
     } steps[] = {{"F 14025500", model.freq, "f", "14025500"},
                  {"M CW 500", model.modeCW, "m", "CW\n500"},
-                 {"T 1", model.transmit, "t", "1"},
-                 {"T 0", model.receive, "t", "0"},
                  {"S 1 VFOB", model.split, "s", "1\nVFOB"}};
     for (const auto& step : steps) {
         EXPECT_EQ(run(step.set).first, 0) << step.set;
@@ -156,6 +154,11 @@ TEST_P(RigctlLink, RigctlTunesKeysAndSplitsTheRadio) {
             << step.set << simLog.right(800).toStdString();
         EXPECT_EQ(run(step.get), std::make_pair(0, QString::fromLatin1(step.answer))) << step.set;
     }
+    // Keyed for as long as the client that keyed is there: one run keys and reads, and its end unkeys.
+    EXPECT_EQ(run("T 1 t"), std::make_pair(0, QStringLiteral("1")));
+    EXPECT_TRUE(simReceived(QString::fromLatin1(model.transmit)));
+    EXPECT_TRUE(simReceived(QString::fromLatin1(model.receive)));
+    EXPECT_EQ(run("t"), std::make_pair(0, QStringLiteral("0")));
     // The radio's own dial moves on, and a client reads where it went.
     sim.write("dial +100\n");
     EXPECT_TRUE(waitFor([&] { return run("f").second == QLatin1String("14025600"); }, 15000));
@@ -212,6 +215,27 @@ struct Reader {
     QByteArray in;
     int answers = 0, wrong = 0;
 };
+
+// A client that keys and then dies (its socket reset, as a crashed program's is) leaves no transmitter
+// keyed: the receive command reaches the radio within a second, and the log names the client.
+TEST_F(RigctlStation, AClientThatKeysAndDiesLeavesTheRadioUnkeyed) {
+    startStation(kIcom);
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, port);
+    ASSERT_TRUE(client.waitForConnected(5000));
+    client.write("T 1\n");
+    QByteArray in;
+    ASSERT_TRUE(waitFor([&] { return (in += client.readAll()).contains("RPRT 0\n"); }, 10000)) << in.toStdString();
+    ASSERT_TRUE(simReceived(QString::fromLatin1(kIcom.transmit), 10000));
+    const qsizetype before = readSim().size();
+    QElapsedTimer gone;
+    gone.start();
+    client.abort();
+    ASSERT_TRUE(waitFor([&] { return readSim().mid(before).contains(QLatin1String(kIcom.receive)); }, 5000));
+    EXPECT_LT(gone.elapsed(), 1000);
+    EXPECT_TRUE(waitFor([&] { return (output += program.readAll()).contains(", which has gone; unkeyed"); }, 5000))
+        << output.toStdString();
+}
 
 TEST_F(RigctlStation, TenClientsReadingAsFastAsTheyCanCostTheRadioNothing) {
     startStation(kIcom);

@@ -44,7 +44,7 @@ class FakeRig : public RigBackend {
     bool setTxFrequency(double hz) override {
         return set(QStringLiteral("tx %1").arg(hz, 0, 'f', 0), txFreq, hz);
     }
-    bool setPtt(bool on) override { return set(QStringLiteral("ptt %1").arg(on), ptt_, on); }
+    bool setPtt(bool on, const QString&) override { return set(QStringLiteral("ptt %1").arg(on), ptt_, on); }
     bool sendRaw(const QByteArray& command) override {
         sets << QStringLiteral("raw ") + QString::fromLatin1(command);
         return accept;

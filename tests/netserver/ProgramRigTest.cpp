@@ -171,6 +171,53 @@ TEST_F(ProgramRigTest, AKenwoodReadsItsPowerSettingAndHasNoDataMode) {
     EXPECT_EQ(session->resume(), "0.500000\n");
 }
 
+// The transmission has one owner: another client can neither unkey nor take it over, the operator
+// always can, and a client that keyed and goes away leaves the radio unkeyed.
+TEST_F(ProgramRigTest, TheTransmissionHasOneOwnerAndGoesWithIt) {
+    bringUp("IC-756PRO");
+    session->setClient(QStringLiteral("rig client A"));
+    RigctlSession other(st.p().rig, QStringLiteral("Tolvane"));
+    other.setClient(QStringLiteral("rig client B"));
+    const QByteArray key = civ("FEFE5CE01C0001FD"), unkey = civ("FEFE5CE01C0000FD");
+    EXPECT_EQ(ask("T 1"), "RPRT 0\n");
+    EXPECT_EQ(sent(), key);
+    EXPECT_EQ(other.answer("T 0"), "RPRT -9\n");
+    EXPECT_EQ(other.answer("T 1"), "RPRT -9\n");
+    EXPECT_EQ(other.answer("t"), "1\n");
+    EXPECT_EQ(sent(), QByteArray()) << "nothing of B's reaches the radio";
+    EXPECT_TRUE(st.p().main.NetServerLabel.caption().endsWith(QStringLiteral(" - PTT: rig client A")))
+        << st.p().main.NetServerLabel.caption().toStdString();
+    st.p().main.PTTOffCmd.click();  // the operator
+    EXPECT_EQ(sent(), unkey);
+    EXPECT_EQ(other.answer("T 1"), "RPRT 0\n");
+    EXPECT_EQ(sent(), key);
+    st.p().rig.clientGone(QStringLiteral("rig client A"));
+    EXPECT_EQ(sent(), QByteArray()) << "A holds nothing now";
+    st.serial()->written.clear();
+    st.p().rig.clientGone(QStringLiteral("rig client B"));
+    EXPECT_EQ(st.serial()->written, unkey) << "at once, ahead of the queue";
+    EXPECT_EQ(ask("t"), "0\n");
+    st.p().main.PTTonCmd.click();
+    sent();
+    EXPECT_EQ(ask("T 0"), "RPRT -9\n") << "the operator's transmission is the operator's";
+    EXPECT_EQ(sent(), QByteArray());
+}
+
+TEST_F(ProgramRigTest, NoKeyedPeriodOutlastsTheTransmitTimeOut) {
+    st.preset(kGeneral, QStringLiteral("TxTimeout"), QStringLiteral("60"));
+    bringUp("IC-756PRO");
+    EXPECT_EQ(ask("T 1"), "RPRT 0\n");
+    sent();
+    st.serial()->written.clear();
+    st.loop.advance(58000);
+    EXPECT_EQ(ask("t"), "1\n");
+    st.loop.advance(3000);
+    EXPECT_TRUE(st.serial()->written.contains(civ("FEFE5CE01C0000FD")));
+    EXPECT_EQ(ask("t"), "0\n");
+    EXPECT_TRUE(st.p().main.caption().contains(QStringLiteral("unkeyed after 60 s transmitting")))
+        << st.p().main.caption().toStdString();
+}
+
 TEST_F(ProgramRigTest, ARadioWithoutTransmitLevelsSaysSo) {
     bringUp("IC-756PRO");
     EXPECT_EQ(ask("l RFPOWER"), "RPRT -11\n");

@@ -277,7 +277,7 @@ FormWindow* Windows::buildConfig(KavConfig& c) {
         return fw;
     };
     g->addWidget(frameWith(c.RadixFrame, {&c.HexSel, &c.DecSel}, page[0]), 0, 1);
-    g->addWidget(frameWith(c.PTTFrame, {&c.PTTonCmd, &c.PTTOffCmd}, page[0]), 1, 1);
+    g->addWidget(frameWith(c.PTTFrame, {&c.PTTonCmd, &c.PTTOffCmd, &c.TxTimeoutLabel, &c.TxTimeout}, page[0]), 1, 1);
     g->addWidget(frameWith(c.Frame1, {&c.TooltipsCheckbox, &c.BrowserPathnameLabel, &c.BrowserPathname,
                                       &c.BrowserSelectCmd, &c.ConfigGenHelpCmd},
                            page[0]),

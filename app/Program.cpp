@@ -122,6 +122,8 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     rig.connect();
     QObject::connect(&module.state(), &RadioState::transmitOwnerChanged, &module.state(),
                      [this](const QString& owner) { netServer.setTransmitOwner(owner); });
+    QObject::connect(&module.state(), &RadioState::clientLockChanged, &module.state(),
+                     [this](bool locked) { netServer.setLocked(locked); });
 }
 
 std::vector<Form*> Program::openWindows() {

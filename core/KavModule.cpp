@@ -395,6 +395,14 @@ void KavModule::SetTransmitOwner(const QString& owner) {
     emit state_.transmitOwnerChanged(owner);
 }
 
+void KavModule::LockClientSets(bool on, const QString& by) {
+    if (on == clientSetsLocked_) return;
+    clientSetsLocked_ = on;
+    common_.LogLine(QStringLiteral("KavModule: clients' frequency and mode sets ") +
+                    (on ? QStringLiteral("locked by ") : QStringLiteral("unlocked by ")) + by);
+    emit state_.clientLockChanged(on);
+}
+
 void KavModule::ClientGone(const QString& client) {
     if (!client.isEmpty() && state_.transmitting() && transmitOwner_ == client)
         ReleaseTransmitter(QStringLiteral("by ") + client + QStringLiteral(", which has gone"));

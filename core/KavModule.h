@@ -106,6 +106,9 @@ public:
     void SetTransmitOwner(const QString& owner);
     // A client has gone (closed, reset, dropped): if it held the transmission, the radio is unkeyed now.
     void ClientGone(const QString& client);
+    // While locked, clients' frequency and mode sets are ignored; by is who locked or lifted it.
+    bool ClientSetsLocked() const { return clientSetsLocked_; }
+    void LockClientSets(bool on, const QString& by);
 
     // ---- radix of the address fields ----
     void SelectDecimalRadix();
@@ -160,6 +163,7 @@ private:
     // Why the radio is to be unkeyed at its bring-up ("" when the last run left it unkeyed).
     QString leftKeyedByLastRun_;
     QString transmitOwner_;
+    bool clientSetsLocked_ = false;
     // Caps every keyed period (setting TxTimeout, seconds; 0 turns it off); its note stays in the
     // caption until the next key.
     std::unique_ptr<LoopTimer> txWatchdog_;

@@ -125,6 +125,8 @@ signals:
     void transmittingChanged(bool on);
     // Who holds the transmitter ("" when nobody does): the operator's ways or a rig client.
     void transmitOwnerChanged(const QString& owner);
+    // Clients' frequency and mode sets are ignored (true) or taken again.
+    void clientLockChanged(bool locked);
     void passbandModelChosen(const tv::PassbandModel* model);
     void passbandLayoutDue();
     void passbandTextReported(int list, const QString& text);

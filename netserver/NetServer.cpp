@@ -12,6 +12,7 @@ const QString kEnabledKey = QStringLiteral("NetServerEnabled");
 const QString kPortKey = QStringLiteral("NetServerPort");
 const QString kAddressKey = QStringLiteral("NetServerAddress");
 const QString kRawKey = QStringLiteral("NetServerRawCommands");
+const QString kReadOnlyKey = QStringLiteral("NetServerReadOnly");
 
 bool isTrue(const QString& value) {
     const QString v = value.trimmed();
@@ -61,6 +62,10 @@ void NetServer::Initialize(const NetServerOptions& options) {
     const QString rawText = settings_.GetSetting(kGeneral, kRawKey, QStringLiteral("False"));
     settings_.SaveSetting(kGeneral, kRawKey, rawText);
     server_.setRawCommands(isTrue(rawText));
+    const QString readOnlyText = settings_.GetSetting(kGeneral, kReadOnlyKey, QStringLiteral("False"));
+    settings_.SaveSetting(kGeneral, kReadOnlyKey, readOnlyText);
+    server_.setReadOnly(isTrue(readOnlyText));
+    if (isTrue(readOnlyText)) common_.LogLine(QStringLiteral("NetServer: clients may only read (setting NetServerReadOnly)"));
 
     enabled_ = options.allowed && isTrue(enabledText);
     failure_.clear();
@@ -124,6 +129,7 @@ void NetServer::showStatus() {
                    .arg(n)
                    .arg(n == 1 ? QStringLiteral("client") : QStringLiteral("clients"));
     }
+    if (locked_) text += QStringLiteral(" - locked");
     if (!transmitOwner_.isEmpty()) text += QStringLiteral(" - PTT: ") + transmitOwner_;
     status_.setCaption(text);
 }

@@ -42,6 +42,11 @@ class NetServer {
         transmitOwner_ = owner;
         showStatus();
     }
+    // Clients' frequency and mode sets are locked out, for the status line.
+    void setLocked(bool on) {
+        locked_ = on;
+        showStatus();
+    }
 
   private:
     void showStatus();
@@ -54,6 +59,7 @@ class NetServer {
     quint16 port_ = kDefaultPort;
     QString failure_;  // why it isn't listening, when it was meant to
     QString transmitOwner_;
+    bool locked_ = false;
     bool enabled_ = false;
 };
 

@@ -276,6 +276,14 @@ bool ProgramRig::setPtt(bool on, const QString& client) {
     return done;
 }
 
+bool ProgramRig::locked() const {
+    return m_.ClientSetsLocked();
+}
+
+void ProgramRig::setLocked(bool on, const QString& client) {
+    m_.LockClientSets(on, client);
+}
+
 void ProgramRig::clientGone(const QString& client) {
     m_.ClientGone(client);
 }

@@ -39,6 +39,8 @@ class ProgramRig : public RigBackend {
     bool setTxFrequency(double hz) override;
     bool setPtt(bool on, const QString& client) override;
     void clientGone(const QString& client) override;
+    bool locked() const override;
+    void setLocked(bool on, const QString& client) override;
     bool sendRaw(const QByteArray& command) override;
 
   private:

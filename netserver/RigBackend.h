@@ -86,6 +86,13 @@ class RigBackend {
     // client: who asks, as the log names it ("rig client 127.0.0.1:53412"). The transmission has one
     // owner: a key or unkey that isn't the owner's is refused (false).
     virtual bool setPtt(bool on, const QString& client) = 0;
+    // Frequency and mode sets from clients are ignored while locked (a spot click in a logger can't
+    // retune the radio during a contest exchange); any client or the operator may lift it.
+    virtual bool locked() const { return false; }
+    virtual void setLocked(bool on, const QString& client) {
+        (void)on;
+        (void)client;
+    }
     // A client has gone (closed, reset or dropped): whatever it keyed is unkeyed.
     virtual void clientGone(const QString& client) { (void)client; }
     // A client's own command for the radio, as the user command sequences write it: text behind an

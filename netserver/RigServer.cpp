@@ -9,9 +9,9 @@
 namespace tv {
 
 struct RigServer::Client {
-    Client(RigBackend& backend, const QString& serverName, bool rawCommands, QTcpSocket* s)
+    Client(RigBackend& backend, const QString& serverName, bool rawCommands, bool readOnly, QTcpSocket* s)
         : socket(s),
-          session(backend, serverName, rawCommands),
+          session(backend, serverName, rawCommands, readOnly),
           peer(s->peerAddress().toString() + QLatin1Char(':') + QString::number(s->peerPort())) {
         session.setClient(QStringLiteral("rig client ") + peer);
     }
@@ -63,7 +63,7 @@ void RigServer::accept() {
             continue;
         }
         s->setReadBufferSize(kReadAhead);
-        auto c = std::make_shared<Client>(backend_, serverName_, rawCommands_, s);
+        auto c = std::make_shared<Client>(backend_, serverName_, rawCommands_, readOnly_, s);
         clients_.push_back(c);
         std::weak_ptr<Client> weak = c;
         QObject::connect(s, &QTcpSocket::readyRead, this, [this, weak] {

@@ -53,6 +53,8 @@ class RigServer : public QObject {
     // Whether clients may put raw commands on the radio's line ("w", "\send_cmd"); for clients that
     // connect from now on.
     void setRawCommands(bool allowed) { rawCommands_ = allowed; }
+    // Whether clients may only read; for clients that connect from now on.
+    void setReadOnly(bool on) { readOnly_ = on; }
 
     std::function<void(const QString&)> onLog;
     std::function<void()> onClientsChanged;
@@ -73,6 +75,7 @@ class RigServer : public QObject {
     RigBackend& backend_;
     QString serverName_;
     bool rawCommands_ = false;
+    bool readOnly_ = false;
     QTcpServer server_;
     std::vector<std::shared_ptr<Client>> clients_;
 };

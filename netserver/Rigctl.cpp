@@ -54,7 +54,7 @@ constexpr RigctlCommand kCommands[] = {
     {0xf0, "chk_vfo", Op::ChkVfo, 0, 0, false, {"ChkVFO"}, Tail::Plain},
     {0xf2, "set_vfo_opt", Op::SetVfoOpt, 1, 0, false, {}, Tail::Plain},
     {0, "get_lock_mode", Op::GetLockMode, 0, 0, false, {"Locked"}, Tail::Rprt},
-    {0, "set_lock_mode", Op::NotAvailable, 1, 0, false, {}, Tail::Plain},
+    {0, "set_lock_mode", Op::SetLockMode, 1, 0, false, {}, Tail::Plain},
     {0, "get_clock", Op::GetClock, 0, 0, false, {}, Tail::Rprt},
     {0, "set_clock", Op::NotAvailable, 1, 0, false, {}, Tail::Plain},
     {'2', "power2mW", Op::Power2mW, 3, 0, false, {"Power mW"}, Tail::Plain},
@@ -272,6 +272,48 @@ bool returnsValues(Op op) {
 }
 
 // Answers that are a block of text of their own, sent as they are.
+// What the radio would have to answer: with a radio that doesn't, a client gets the timeout code, not a
+// value that may be minutes old.
+bool readsRadio(Op op) {
+    switch (op) {
+        case Op::GetFreq:
+        case Op::GetMode:
+        case Op::GetVfo:
+        case Op::GetSplitVfo:
+        case Op::GetSplitFreq:
+        case Op::GetSplitMode:
+        case Op::GetSplitFreqMode:
+        case Op::GetLevel:
+        case Op::GetVfoInfo:
+        case Op::GetRigInfo:
+            return true;
+        default:
+            return false;
+    }
+}
+
+// What changes the radio; lockable: what retunes it.
+bool changesRadio(Op op, bool* lockable) {
+    *lockable = false;
+    switch (op) {
+        case Op::SetFreq:
+        case Op::SetMode:
+        case Op::SetSplitFreq:
+        case Op::SetSplitMode:
+        case Op::SetSplitFreqMode:
+            *lockable = true;
+            return true;
+        case Op::SetVfo:
+        case Op::SetPtt:
+        case Op::SetSplitVfo:
+        case Op::SendCmd:
+        case Op::SendMorse:
+            return true;
+        default:
+            return false;
+    }
+}
+
 bool isTextBlock(Op op) {
     return op == Op::DumpState || op == Op::DumpCaps || op == Op::GetRigInfo;
 }
@@ -588,8 +630,8 @@ QByteArray rigctlDumpCaps(const RigCaps& caps) {
     return out;
 }
 
-RigctlSession::RigctlSession(RigBackend& backend, QString serverName, bool rawCommands)
-    : rig_(backend), serverName_(std::move(serverName)), rawCommands_(rawCommands) {}
+RigctlSession::RigctlSession(RigBackend& backend, QString serverName, bool rawCommands, bool readOnly)
+    : rig_(backend), serverName_(std::move(serverName)), rawCommands_(rawCommands), readOnly_(readOnly) {}
 
 RigctlSession::Result RigctlSession::set(bool queued) const {
     return {queued ? RigctlCode::Ok : RigctlCode::Rejected, {}};
@@ -620,6 +662,17 @@ RigctlSession::Result RigctlSession::run(const RigctlRequest& r) {
         vfo = *t;
     }
     const bool otherVfo = vfo == 1;
+    bool lockable = false;
+    const bool changes = changesRadio(op, &lockable);
+    // An unkey is never refused: not by a silent radio, a read-only server or a lock.
+    const bool unkey = op == Op::SetPtt && !a.isEmpty() && parseInt(a[0]).value_or(1) == 0;
+    const bool asking = !a.isEmpty() && a.back() == "?";
+    if (changes && !unkey && !asking && readOnly_) return {Rejected, {}};
+    if (caps.radio && !rig_.responding() && !asking) {
+        if (readsRadio(op)) return {Timeout, {}};
+        if (changes && !unkey) return {IoError, {}};
+    }
+    if (lockable && !asking && rig_.locked()) return {Ok, {}};  // ignored, as a locked rigctld does
     const int rxMode = rig_.mode();
     auto width = [this](int mode) {
         const int inForce = rig_.passbandHz();
@@ -860,7 +913,13 @@ RigctlSession::Result RigctlSession::run(const RigctlRequest& r) {
             return {Ok, {}};
         }
         case Op::GetLockMode:
-            return {Ok, {"0"}};
+            return {Ok, {rig_.locked() ? "1" : "0"}};
+        case Op::SetLockMode: {
+            const auto on = onOff(a[0]);
+            if (!on) return {Invalid, {}};
+            rig_.setLocked(*on, client_);
+            return {Ok, {}};
+        }
         case Op::GetClock:
             return {NotAvailable, {}};  // the radio's clock isn't read
         case Op::Power2mW:

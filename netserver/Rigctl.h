@@ -65,6 +65,7 @@ enum class RigctlOp {
     ChkVfo,
     SetVfoOpt,
     GetLockMode,
+    SetLockMode,
     GetClock,
     Power2mW,
     MW2Power,
@@ -130,7 +131,7 @@ QByteArray rigctlDumpCaps(const RigCaps& caps);
 // One client's conversation: each line in, the bytes of its answer out.
 class RigctlSession {
   public:
-    RigctlSession(RigBackend& backend, QString serverName, bool rawCommands = false);
+    RigctlSession(RigBackend& backend, QString serverName, bool rawCommands = false, bool readOnly = false);
 
     // The answers to a line's commands, as far as they can be given now: a frequency read after a set
     // waits for the radio's report, and the commands after it with it (holding()).
@@ -162,6 +163,7 @@ class RigctlSession {
     RigBackend& rig_;
     QString serverName_;
     bool rawCommands_ = false;
+    bool readOnly_ = false;  // every change refused (an unkey excepted)
     bool closing_ = false;
     bool vfoMode_ = false;  // this client's own: another's \set_vfo_opt doesn't change it
     QList<RigctlRequest> held_;

@@ -31,6 +31,8 @@ class FakeRig : public RigBackend {
         return levels[size_t(which)];
     }
     bool responding() const override { return answering; }
+    bool locked() const override { return locked_; }
+    void setLocked(bool on, const QString&) override { locked_ = on; }
     bool frequencySettled() const override { return settled; }
 
     bool setFrequency(double hz) override {
@@ -58,6 +60,7 @@ class FakeRig : public RigBackend {
     double meterFraction = 0;
     int passband = 0;
     bool answering = true;
+    bool locked_ = false;
     bool settled = true;
     QString label;
     bool accept = true;  // false: the program's queue refuses

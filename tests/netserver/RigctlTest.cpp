@@ -23,6 +23,37 @@ void converse(RigctlSession& s, std::initializer_list<std::pair<const char*, con
         EXPECT_EQ(s.answer(QByteArray(line)), QByteArray(reply)) << line;
 }
 
+// A radio that doesn't answer gets no stale values read from it and no changes queued for it, but an
+// unkey always goes; a locked server ignores retuning; a read-only one refuses every change but an
+// unkey.
+TEST(Rigctl, ASilentRadioALockAndAReadOnlyServerAnswerHonestly) {
+    FakeRig rig;
+    RigctlSession s(rig, QStringLiteral("Tolvane"));
+    rig.answering = false;
+    converse(s, {{"f", "RPRT -5\n"},
+                 {"m", "RPRT -5\n"},
+                 {"\\get_powerstat", "0\n"},
+                 {"t", "0\n"},
+                 {"F 7000000", "RPRT -6\n"},
+                 {"T 1", "RPRT -6\n"},
+                 {"T 0", "RPRT 0\n"},
+                 {"M ?", "LSB USB AM CW RTTY FM CWR RTTYR PKTUSB \nRPRT 0\n"}});
+    rig.answering = true;
+    converse(s, {{"f", "7010000\n"},
+                 {"\\set_lock_mode 1", "RPRT 0\n"},
+                 {"\\get_lock_mode", "1\nRPRT 0\n"},
+                 {"F 14074000", "RPRT 0\n"},
+                 {"M USB 0", "RPRT 0\n"},
+                 {"f", "7010000\n"},
+                 {"T 1", "RPRT 0\n"},
+                 {"\\set_lock_mode 0", "RPRT 0\n"},
+                 {"F 14074000", "RPRT 0\n"},
+                 {"f", "14074000\n"}});
+    RigctlSession reader(rig, QStringLiteral("Tolvane"), false, true);
+    converse(reader, {{"F 7000000", "RPRT -9\n"}, {"T 1", "RPRT -9\n"}, {"T 0", "RPRT 0\n"}, {"f", "14074000\n"}});
+    EXPECT_EQ(rig.sets, QStringList({"ptt 0", "ptt 1", "freq 14074000", "ptt 0"}));
+}
+
 TEST(Rigctl, GetsAnswerValuesSetsTheirCodeAndAGetAfterASetHasTheNewValue) {
     FakeRig rig;
     RigctlSession s(rig, QStringLiteral("Tolvane 0.1.0"));

@@ -78,6 +78,13 @@ KavModule::KavModule(Common& common, KavMain& main, KavConfig& config, KavMessag
     // What the radio tells of itself shows in the caption.
     QObject::connect(&state_, &RadioState::respondingChanged, &state_, [this](bool responding) {
         if (responding) common_.LogLine(QStringLiteral("KavModule: the radio answers again"));
+        // A radio lost while keyed may have heard none of what followed: when it is found again, the
+        // receive command is the first thing it gets.
+        if (!responding) keyedWhenLost_ = state_.transmitting();
+        if (responding && keyedWhenLost_) {
+            keyedWhenLost_ = false;
+            ReleaseTransmitter(QStringLiteral("when the radio stopped answering"));
+        }
         UpdateCaption();
     });
     QObject::connect(&state_, &RadioState::identified, &state_, [this](const RadioIdentity&) { UpdateCaption(); });

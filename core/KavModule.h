@@ -164,6 +164,7 @@ private:
     QString leftKeyedByLastRun_;
     QString transmitOwner_;
     bool clientSetsLocked_ = false;
+    bool keyedWhenLost_ = false;  // the radio stopped answering while the program held it keyed
     // Caps every keyed period (setting TxTimeout, seconds; 0 turns it off); its note stays in the
     // caption until the next key.
     std::unique_ptr<LoopTimer> txWatchdog_;

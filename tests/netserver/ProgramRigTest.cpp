@@ -203,6 +203,22 @@ TEST_F(ProgramRigTest, TheTransmissionHasOneOwnerAndGoesWithIt) {
     EXPECT_EQ(sent(), QByteArray());
 }
 
+// A radio lost while keyed gets the receive command first when it answers again.
+TEST_F(ProgramRigTest, ARadioFoundAgainAfterItWasLostWhileKeyedIsUnkeyedFirst) {
+    bringUp("IC-756PRO");
+    st.p().config.Interrogation.setChecked(true);
+    EXPECT_EQ(ask("T 1"), "RPRT 0\n");
+    for (int i = 0; i < 600 && st.m().state().Responding; ++i) st.loop.advance(100);
+    ASSERT_FALSE(st.m().state().Responding);
+    EXPECT_EQ(ask("f"), "RPRT -5\n");
+    st.serial()->written.clear();
+    st.serial()->feed(civ("FEFEE05C030055021400FD"));
+    st.loop.advance(1);
+    EXPECT_TRUE(st.serial()->written.startsWith(civ("FEFE5CE01C0000FD"))) << st.serial()->written.toHex(' ').toStdString();
+    EXPECT_EQ(ask("t"), "0\n");
+    EXPECT_EQ(ask("f"), "14025500\n");
+}
+
 TEST_F(ProgramRigTest, NoKeyedPeriodOutlastsTheTransmitTimeOut) {
     st.preset(kGeneral, QStringLiteral("TxTimeout"), QStringLiteral("60"));
     bringUp("IC-756PRO");

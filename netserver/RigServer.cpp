@@ -23,11 +23,25 @@ struct RigServer::Client {
     bool busy = false;       // answering: a handler that lets events through must not start another pass
     bool scheduled = false;  // a pass for the lines left over is posted
     QElapsedTimer held;      // since when an answer waits for the radio
+    QElapsedTimer active;    // since its last line (or its connection)
 };
 
 RigServer::RigServer(RigBackend& backend, QString serverName, QObject* parent)
     : QObject(parent), backend_(backend), serverName_(std::move(serverName)) {
     QObject::connect(&server_, &QTcpServer::newConnection, this, &RigServer::accept);
+    QObject::connect(&idleCheck_, &QTimer::timeout, this, [this] {
+        const auto all = clients_;
+        for (const auto& c : all)
+            if (c->active.elapsed() >= idleTimeout_.count())
+                drop(c, QStringLiteral("closed: idle for %1 s").arg(c->active.elapsed() / 1000));
+    });
+    setIdleLimits(kYieldAfter, kIdleTimeout);
+}
+
+void RigServer::setIdleLimits(std::chrono::milliseconds yieldAfter, std::chrono::milliseconds timeout) {
+    yieldAfter_ = yieldAfter;
+    idleTimeout_ = timeout;
+    idleCheck_.start(int(std::clamp<qint64>(timeout.count() / 4, 10, 30'000)));
 }
 
 RigServer::~RigServer() {
@@ -55,6 +69,14 @@ void RigServer::log(const QString& text) const {
 void RigServer::accept() {
     while (QTcpSocket* s = server_.nextPendingConnection()) {
         if (int(clients_.size()) >= kMaxClients) {
+            const auto idlest = std::max_element(clients_.begin(), clients_.end(), [](const auto& a, const auto& b) {
+                return a->active.elapsed() < b->active.elapsed();
+            });
+            if ((*idlest)->active.elapsed() >= yieldAfter_.count())
+                drop(*idlest, QStringLiteral("gave way to a new client after %1 s idle")
+                                  .arg((*idlest)->active.elapsed() / 1000));
+        }
+        if (int(clients_.size()) >= kMaxClients) {
             log(QStringLiteral("RigServer: refused %1: already %2 clients")
                     .arg(s->peerAddress().toString())
                     .arg(kMaxClients));
@@ -64,6 +86,7 @@ void RigServer::accept() {
         }
         s->setReadBufferSize(kReadAhead);
         auto c = std::make_shared<Client>(backend_, serverName_, rawCommands_, readOnly_, s);
+        c->active.start();
         clients_.push_back(c);
         std::weak_ptr<Client> weak = c;
         QObject::connect(s, &QTcpSocket::readyRead, this, [this, weak] {
@@ -149,6 +172,7 @@ void RigServer::serve(const std::shared_ptr<Client>& c) {
         const QByteArray line = c->pending.left(end);
         c->pending.remove(0, end + 1);
         ++lines;
+        c->active.restart();
         if (!deliver(c, c->session.answer(line))) return;
     }
     // Its turn is over; what it has sent already is answered on the next turn of the loop.

@@ -11,6 +11,7 @@
 #include <QPointer>
 #include <QString>
 #include <QTcpServer>
+#include <QTimer>
 
 #include <chrono>
 #include <functional>
@@ -55,6 +56,11 @@ class RigServer : public QObject {
     void setRawCommands(bool allowed) { rawCommands_ = allowed; }
     // Whether clients may only read; for clients that connect from now on.
     void setReadOnly(bool on) { readOnly_ = on; }
+    // Idle connections can't lock the others out: with every place taken, the one idle longest gives way
+    // to a newcomer once it has been idle yieldAfter; any is closed after timeout without a line. Both
+    // well above any client's poll period.
+    static constexpr std::chrono::milliseconds kYieldAfter{60'000}, kIdleTimeout{900'000};
+    void setIdleLimits(std::chrono::milliseconds yieldAfter, std::chrono::milliseconds timeout);
 
     std::function<void(const QString&)> onLog;
     std::function<void()> onClientsChanged;
@@ -77,6 +83,8 @@ class RigServer : public QObject {
     bool rawCommands_ = false;
     bool readOnly_ = false;
     QTcpServer server_;
+    std::chrono::milliseconds yieldAfter_ = kYieldAfter, idleTimeout_ = kIdleTimeout;
+    QTimer idleCheck_;
     std::vector<std::shared_ptr<Client>> clients_;
 };
 

@@ -123,3 +123,31 @@ TEST_F(RigServerTest, ClientsHaveTheirOwnLinesAndBadOnesAreCutOffWhileTheOthersA
 
 }  // namespace
 }  // namespace tv::test
+
+namespace tv::test {
+namespace {
+
+// Idle connections can't lock the others out: with every place taken, the one idle longest gives way to
+// a newcomer, and a connection that sends nothing for long enough is closed.
+TEST_F(RigServerTest, IdleConnectionsGiveWayAndTimeOut) {
+    using namespace std::chrono_literals;
+    server.setIdleLimits(0ms, 60'000ms);
+    std::vector<std::unique_ptr<QTcpSocket>> crowd;
+    for (int i = 0; i < RigServer::kMaxClients; ++i) {
+        crowd.push_back(client());
+        ASSERT_TRUE(waitFor([&] { return server.clientCount() == i + 1; }));
+    }
+    EXPECT_EQ(ask(*crowd.front(), "f\n", "\n"), QByteArray("7010000\n")) << "the first one is busy now";
+    auto newcomer = client();
+    EXPECT_EQ(ask(*newcomer, "f\n", "\n"), QByteArray("7010000\n"));
+    auto gaveWay = [&] { return std::count_if(crowd.begin(), crowd.end(), [](const auto& c) { return closed(*c); }); };
+    EXPECT_TRUE(waitFor([&] { return gaveWay() == 1; })) << "an idle one made room";
+    EXPECT_FALSE(closed(*crowd.front())) << "not the busy one";
+    EXPECT_TRUE(log.contains(QStringLiteral("gave way to a new client")));
+    server.setIdleLimits(60'000ms, 300ms);
+    EXPECT_TRUE(waitFor([&] { return server.clientCount() == 0; }, 10000)) << server.clientCount();
+    EXPECT_TRUE(log.contains(QStringLiteral("closed: idle for")));
+}
+
+}  // namespace
+}  // namespace tv::test

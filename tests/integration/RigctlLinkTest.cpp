@@ -25,16 +25,13 @@ namespace tv {
 namespace {
 
 using test::PtyPair;
+using test::stopProcess;
 using test::waitFor;
 
 QString bin(const QString& name) {
     return QStringLiteral(TOLVANE_BINARY_DIR "/") + name;
 }
 
-void stopProcess(QProcess& p) {
-    p.terminate();
-    if (!p.waitForFinished(5000)) p.kill();
-}
 
 // A model, its address, and what the simulator receives for F 14025500, M CW 500, T 1, T 0, S 1 VFOB.
 struct Model {

@@ -19,20 +19,13 @@
 namespace tv {
 namespace {
 
+using test::stopProcess;
 using test::waitFor;
 
 QString bin(const QString& name) {
     return QStringLiteral(TOLVANE_BINARY_DIR "/") + name;
 }
 
-void stopProcess(QProcess& p) {
-    if (p.state() == QProcess::NotRunning) return;
-    p.terminate();
-    if (!p.waitForFinished(5000)) {
-        p.kill();
-        p.waitForFinished(3000);
-    }
-}
 
 class SdrConsoleLink : public ::testing::Test {
   protected:

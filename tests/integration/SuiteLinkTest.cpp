@@ -22,17 +22,10 @@
 namespace tv {
 namespace {
 
+using test::stopProcess;
 using test::waitFor;
 using test::PtyPair;
 
-void stopProcess(QProcess& p) {
-    if (p.state() == QProcess::NotRunning) return;
-    p.terminate();
-    if (!p.waitForFinished(5000)) {
-        p.kill();
-        p.waitForFinished(3000);
-    }
-}
 
 class SuiteLink : public ::testing::Test {
 protected:

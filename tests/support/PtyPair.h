@@ -23,6 +23,16 @@ bool waitFor(F cond, int ms = 5000) {
     return true;
 }
 
+// Asks a program of the test to end, and ends it when it won't.
+inline void stopProcess(QProcess& p) {
+    if (p.state() == QProcess::NotRunning) return;
+    p.terminate();
+    if (!p.waitForFinished(5000)) {
+        p.kill();
+        p.waitForFinished(3000);
+    }
+}
+
 class PtyPair {
 public:
     static bool available() { return !QStandardPaths::findExecutable(QStringLiteral("socat")).isEmpty(); }

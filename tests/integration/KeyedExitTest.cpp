@@ -7,6 +7,7 @@
 #include "platform/SettingsStore.h"
 #include "support/PtyPair.h"
 
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -154,6 +155,27 @@ TEST_P(KeyedExit, AKillWhileKeyedIsMadeGoodByTheNextStartAndAHangUpUnkeysBeforeT
     output += program.readAll();
     EXPECT_TRUE(output.contains("stop requested by signal SIGHUP")) << output.right(600).toStdString();
     EXPECT_TRUE(output.contains("the transmitter was keyed at shutdown; unkeyed"))
+        << output.right(600).toStdString();
+}
+
+// A client's transmission is its own: another client's unkey is refused and the radio stays keyed; the
+// owner dies (its socket reset, as a crashed program's is) and the radio hears its receive command within
+// a second, with the client named in the log.
+TEST_P(KeyedExit, AClientsTransmissionIsItsOwnAndEndsWhenItDies) {
+    const Family& f = GetParam();
+    ASSERT_TRUE(startProgram());
+    key(0);
+    const qsizetype keyedAt = simLog().indexOf(QLatin1String(f.transmit));
+    EXPECT_EQ(ask("T 0"), QByteArray("RPRT -9"));
+    EXPECT_EQ(ask("t"), QByteArray("1"));
+    const qsizetype before = simLog().size();
+    EXPECT_EQ(simLog().indexOf(QLatin1String(f.receive), keyedAt), -1) << "still keyed";
+    QElapsedTimer gone;
+    gone.start();
+    keyer->abort();
+    EXPECT_TRUE(simReceived(f.receive, before)) << simLog().mid(before).toStdString();
+    EXPECT_LT(gone.elapsed(), 1000);
+    EXPECT_TRUE(waitFor([&] { return (output += program.readAll()).contains(", which has gone; unkeyed"); }))
         << output.right(600).toStdString();
 }
 

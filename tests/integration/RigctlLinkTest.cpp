@@ -213,27 +213,6 @@ struct Reader {
     int answers = 0, wrong = 0;
 };
 
-// A client that keys and then dies (its socket reset, as a crashed program's is) leaves no transmitter
-// keyed: the receive command reaches the radio within a second, and the log names the client.
-TEST_F(RigctlStation, AClientThatKeysAndDiesLeavesTheRadioUnkeyed) {
-    startStation(kIcom);
-    QTcpSocket client;
-    client.connectToHost(QHostAddress::LocalHost, port);
-    ASSERT_TRUE(client.waitForConnected(5000));
-    client.write("T 1\n");
-    QByteArray in;
-    ASSERT_TRUE(waitFor([&] { return (in += client.readAll()).contains("RPRT 0\n"); }, 10000)) << in.toStdString();
-    ASSERT_TRUE(simReceived(QString::fromLatin1(kIcom.transmit), 10000));
-    const qsizetype before = readSim().size();
-    QElapsedTimer gone;
-    gone.start();
-    client.abort();
-    ASSERT_TRUE(waitFor([&] { return readSim().mid(before).contains(QLatin1String(kIcom.receive)); }, 5000));
-    EXPECT_LT(gone.elapsed(), 1000);
-    EXPECT_TRUE(waitFor([&] { return (output += program.readAll()).contains(", which has gone; unkeyed"); }, 5000))
-        << output.toStdString();
-}
-
 TEST_F(RigctlStation, TenClientsReadingAsFastAsTheyCanCostTheRadioNothing) {
     startStation(kIcom);
     const qsizetype from = readSim().size();

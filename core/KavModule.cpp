@@ -360,7 +360,7 @@ void KavModule::SelectHexadecimalRadix() {
 void KavModule::Transmit() {
     // Keyed first, so that the marker is on disk before any key reaches the radio.
     state_.SetTransmitting(true);
-    SetTransmitOwner(QString::fromLatin1(kOperatorOwner));
+    SetTransmitOwner(nextKeyOwner_.isEmpty() ? QString::fromLatin1(kOperatorOwner) : nextKeyOwner_);
     if (!txWatchdogNote_.isEmpty()) {
         txWatchdogNote_.clear();
         UpdateCaption();

@@ -102,7 +102,8 @@ public:
     // A client's key or unkey goes ahead only when it holds the transmission or nobody does; the
     // operator's stands against every client, another client's unless clients may unkey each other.
     bool ClientMayTransmit(const QString& client, bool on, bool unkeyOthers) const;
-    // The key just given was this client's.
+    // The next key is this client's ("" again: the operator's ways).
+    void SetNextKeyOwner(const QString& owner) { nextKeyOwner_ = owner; }
     void SetTransmitOwner(const QString& owner);
     // A client has gone (closed, reset, dropped): if it held the transmission, the radio is unkeyed now.
     void ClientGone(const QString& client);
@@ -162,7 +163,7 @@ private:
     bool terminateRequested_ = false;
     // Why the radio is to be unkeyed at its bring-up ("" when the last run left it unkeyed).
     QString leftKeyedByLastRun_;
-    QString transmitOwner_;
+    QString transmitOwner_, nextKeyOwner_;
     bool clientSetsLocked_ = false;
     bool keyedWhenLost_ = false;  // the radio stopped answering while the program held it keyed
     // Caps every keyed period (setting TxTimeout, seconds; 0 turns it off); its note stays in the

@@ -250,7 +250,9 @@ bool ProgramRig::setTxFrequency(double hz) {
     return true;
 }
 
-bool ProgramRig::setPtt(bool on, const QString& client) {
+bool ProgramRig::setPtt(bool on, const QString& named) {
+    // A client that can't be named is a client still, never the operator.
+    const QString client = named.isEmpty() ? QStringLiteral("rig client") : named;
     KavMain& w = m_.main();
     CommandButton& button = on ? w.PTTonCmd : w.PTTOffCmd;
     const RadioInfo* r = m_.radio().info();
@@ -265,6 +267,7 @@ bool ProgramRig::setPtt(bool on, const QString& client) {
         return false;
     }
     bool done = true;
+    m_.SetNextKeyOwner(client);
     if (!r->ptt || !on) {
         // Keyed by a port line: nothing to queue, done at once. An unkey is never refused: a full queue
         // doesn't hold it back either.
@@ -272,7 +275,7 @@ bool ProgramRig::setPtt(bool on, const QString& client) {
     } else {
         done = queued([&] { button.click(); });
     }
-    if (done && on) m_.SetTransmitOwner(client);
+    m_.SetNextKeyOwner(QString());
     return done;
 }
 

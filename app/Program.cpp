@@ -123,7 +123,11 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     QObject::connect(&module.state(), &RadioState::transmitOwnerChanged, &module.state(),
                      [this](const QString& owner) { netServer.setTransmitOwner(owner); });
     QObject::connect(&module.state(), &RadioState::clientLockChanged, &module.state(),
-                     [this](bool locked) { netServer.setLocked(locked); });
+                     [this](bool locked) {
+                         netServer.setLocked(locked);
+                         main.NetServerUnlockCmd.setVisible(locked);
+                     });
+    main.NetServerUnlockCmd.Click = [this] { module.LockClientSets(false, QStringLiteral("the operator")); };
 }
 
 std::vector<Form*> Program::openWindows() {

@@ -89,6 +89,9 @@ KavMain::KavMain(EventLoop& loop) : Form(loop, QStringLiteral("KavMain"), QStrin
     Describe(MessagesCmd, "Msgs", "display CI-V messages");
     Describe(ControlHelpCmd, "Help", "display help panel for Control");
     Describe(ConfigCmd, "Config", "display configuration window");
+    Describe(NetServerUnlockCmd, "Unlock",
+             "a rig client locked out frequency and mode changes from clients; click to let them tune again");
+    NetServerUnlockCmd.setVisible(false);
 }
 
 }  // namespace tv

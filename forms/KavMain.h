@@ -135,6 +135,8 @@ public:
 
     // ---- the rig server for other programs: where it listens, how many are connected ----
     Label NetServerLabel{this, QStringLiteral("NetServerLabel")};
+    // Shown while clients' frequency and mode sets are locked out: lifts the lock.
+    CommandButton NetServerUnlockCmd{this, QStringLiteral("NetServerUnlockCmd")};
 
     // The mode captions as designed, by mode number.
     static const char* const kModeCaptions[10];

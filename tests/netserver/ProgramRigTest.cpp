@@ -219,6 +219,21 @@ TEST_F(ProgramRigTest, ARadioFoundAgainAfterItWasLostWhileKeyedIsUnkeyedFirst) {
     EXPECT_EQ(ask("f"), "14025500\n");
 }
 
+// A client's lock shows on the main window, which can lift it.
+TEST_F(ProgramRigTest, TheWindowShowsAClientsLockAndLiftsIt) {
+    bringUp("IC-756PRO");
+    CommandButton& unlock = st.p().main.NetServerUnlockCmd;
+    EXPECT_FALSE(unlock.visible());
+    EXPECT_EQ(ask("\\set_lock_mode 1"), "RPRT 0\n");
+    EXPECT_TRUE(unlock.visible());
+    EXPECT_TRUE(st.p().main.NetServerLabel.caption().contains(QStringLiteral("locked")));
+    EXPECT_EQ(ask("F 7000000"), "RPRT 0\n");
+    EXPECT_EQ(sent(), QByteArray()) << "ignored while locked";
+    unlock.click();
+    EXPECT_FALSE(unlock.visible());
+    EXPECT_EQ(ask("\\get_lock_mode"), "0\nRPRT 0\n");
+}
+
 TEST_F(ProgramRigTest, NoKeyedPeriodOutlastsTheTransmitTimeOut) {
     st.preset(kGeneral, QStringLiteral("TxTimeout"), QStringLiteral("60"));
     bringUp("IC-756PRO");

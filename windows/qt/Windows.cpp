@@ -205,6 +205,7 @@ FormWindow* Windows::buildMain(KavMain& m) {
     for (Control* c : std::initializer_list<Control*>{&m.MBCmd, &m.FDCmd}) buttons->addWidget(W(*c));
     buttons->addStretch(1);
     buttons->addWidget(W(m.NetServerLabel));
+    buttons->addWidget(W(m.NetServerUnlockCmd));
     for (Control* c : std::initializer_list<Control*>{&m.MessagesCmd, &m.ConfigCmd, &m.ControlHelpCmd}) buttons->addWidget(W(*c));
     root->addLayout(buttons);
     W(m.OriginalFormHeight)->setVisible(false);

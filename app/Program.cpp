@@ -188,6 +188,7 @@ bool Program::FormLoad() {
         // 8.
         module.hooks.DDEInitialize();
         netServer.Initialize(netOptions);
+        flrigServer.Initialize(flrigOptions);
         // 9.
         main.ClockTimer.setInterval(1000);
         main.ClockTimer.setEnabled(true);
@@ -211,6 +212,7 @@ void Program::FormUnload() {
         // 2.
         module.hooks.DDETerminate();
         netServer.Terminate();
+        flrigServer.Terminate();
         // 3.
         common.Terminate();
         // 4.

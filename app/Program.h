@@ -12,6 +12,7 @@
 #include "forms/KavMessages.h"
 #include "forms/MemoryNotes.h"
 #include "forms/UserCommandSequenceDefinition.h"
+#include "netserver/FlrigServer.h"
 #include "netserver/NetServer.h"
 #include "netserver/ProgramRig.h"
 #include "operating/Bands.h"
@@ -100,6 +101,9 @@ public:
     ProgramRig rig{module};
     NetServer netServer;
     NetServerOptions netOptions;
+    // The XML-RPC front door, over the same backend.
+    FlrigServer flrigServer{rig, settings, common};
+    FlrigServerOptions flrigOptions;
     // The program's windows in the order they load ("iconify", "resetwindows").
     std::vector<Form*> openWindows();
 

@@ -105,12 +105,18 @@ int main(int argc, char** argv) {
                                   QStringLiteral("Serve rigctld clients on TCP port PORT (over the setting NetServerPort)."),
                                   QStringLiteral("PORT"));
     QCommandLineOption noNetOpt(QStringLiteral("no-net"), QStringLiteral("Run no rig server for other programs."));
+    QCommandLineOption xmlrpcPortOpt(QStringLiteral("xmlrpc-port"),
+                                     QStringLiteral("Serve XML-RPC rig clients on TCP port PORT of loopback (over the "
+                                                    "setting XmlRpcPort, default 12345)."),
+                                     QStringLiteral("PORT"));
+    QCommandLineOption noXmlrpcOpt(QStringLiteral("no-xmlrpc"), QStringLiteral("Run no XML-RPC server."));
     QCommandLineOption modelOpt(QStringLiteral("model"),
                                 QStringLiteral("The demo's simulated radio: ") + tv::DemoRadio::names() +
                                     QStringLiteral(" (default ") + QLatin1String(tv::DemoRadio::defaultModel().name) +
                                     QStringLiteral(")."),
                                 QStringLiteral("NAME"));
-    parser.addOptions({headlessOpt, demoOpt, configOpt, appOpt, shotsOpt, netPortOpt, noNetOpt, modelOpt});
+    parser.addOptions({headlessOpt, demoOpt, configOpt, appOpt, shotsOpt, netPortOpt, noNetOpt, xmlrpcPortOpt,
+                       noXmlrpcOpt, modelOpt});
     // ---- memories from the shell ----
     QCommandLineOption exportMemoriesOpt(QStringLiteral("export-memories"),
                                          QStringLiteral("Write all stored memories to FILE and exit."), QStringLiteral("FILE"));
@@ -130,6 +136,17 @@ int main(int argc, char** argv) {
             return 2;
         }
         netOptions.port = quint16(port);
+    }
+    tv::FlrigServerOptions flrigOptions;
+    flrigOptions.allowed = !parser.isSet(noXmlrpcOpt);
+    if (parser.isSet(xmlrpcPortOpt)) {
+        bool ok = false;
+        const uint port = parser.value(xmlrpcPortOpt).toUInt(&ok);
+        if (!ok || port == 0 || port > 65535) {
+            std::fprintf(stderr, "tolvane: --xmlrpc-port wants a port number from 1 to 65535\n");
+            return 2;
+        }
+        flrigOptions.port = quint16(port);
     }
 
     const QString exeDir = QCoreApplication::applicationDirPath();
@@ -202,6 +219,7 @@ int main(int argc, char** argv) {
     tv::Program program(loop, *dialogs, paths, [] { return std::make_unique<tv::QtSerialDevice>(); },
                         suiteBus.get());
     program.netOptions = netOptions;
+    program.flrigOptions = flrigOptions;
     if (headlessDialogs) headlessDialogs->setSink([&program](const QString& line) { program.common.LogLine(line); });
     if (demo) tv::captureFromFirstLook(program);
     if (headless) {

@@ -11,6 +11,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <functional>
 #include <cstdlib>
 
 namespace tv {
@@ -151,6 +152,17 @@ int ProgramRig::passbandHz() const {
     const int shown = mode();
     if (!protocol || shown < 0 || shown >= kRigModeCount) return 0;
     return protocol->FilterGroupWidthHz(shown, m_.main().FilterGroupCombo.text());
+}
+
+QList<int> ProgramRig::passbandChoices(int mode) const {
+    const Protocol* protocol = m_.radio().protocol();
+    QList<int> widths;
+    if (!protocol || mode < 0 || mode >= kRigModeCount) return widths;
+    const ComboBox& groups = m_.main().FilterGroupCombo;
+    for (int i = 0; i < groups.ListCount(); ++i)
+        if (const int w = protocol->FilterGroupWidthHz(mode, groups.List(i)); w > 0 && !widths.contains(w)) widths << w;
+    std::sort(widths.begin(), widths.end(), std::greater<int>());
+    return widths;
 }
 
 QString ProgramRig::nearestFilterGroup(int mode, int passbandHz) const {

@@ -29,6 +29,7 @@ class ProgramRig : public RigBackend {
     QString meterLabel() const override { return meterLabel_; }
     int passbandHz() const override;
     std::optional<double> level(RigLevel which) override;
+    QList<int> passbandChoices(int mode) const override;
     bool responding() const override;
     bool frequencySettled() const override;
 

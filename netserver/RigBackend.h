@@ -4,6 +4,7 @@
 // polls it anyway); a set goes to the program's queue like an operator's gesture and says whether it
 // was queued. The server, its parser and their tests know only this interface.
 
+#include <QList>
 #include <QString>
 
 #include <array>
@@ -67,6 +68,11 @@ class RigBackend {
     virtual QString meterLabel() const = 0;
     // The passband in force in Hz, 0 when the program doesn't know it.
     virtual int passbandHz() const = 0;
+    // The widths (Hz) the radio offers in a mode, narrowest last; empty when the program knows none.
+    virtual QList<int> passbandChoices(int mode) const {
+        (void)mode;
+        return {};
+    }
     // A transmit level as the radio last reported it, none before its first report. Asking makes the
     // program read it for a while.
     virtual std::optional<double> level(RigLevel which) = 0;

@@ -7,7 +7,7 @@
 #   scripts/install-deps.sh --check   print the missing packages, one a line; exit 1 if there are any
 set -euo pipefail
 pkgs=(build-essential cmake ninja-build pkg-config
-      qt6-base-dev qt6-base-dev-tools qt6-serialport-dev libqt6serialport6-dev qt6-qpa-plugins
+      qt6-base-dev qt6-base-dev-tools qt6-serialport-dev libqt6serialport6-dev qt6-qpa-plugins qt6-httpserver-dev qt6-websockets-dev
       libgtest-dev libgmock-dev libbenchmark-dev
       socat dbus dbus-x11 xvfb xauth clang-format
       desktop-file-utils appstream man-db lintian file

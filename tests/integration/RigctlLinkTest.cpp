@@ -72,16 +72,17 @@ class RigctlStation : public ::testing::Test {
             s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty.ends[0]);
             s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
         }
-        {
+        for (quint16* free : {&port, &xmlrpcPort}) {
             QTcpServer probe;  // a free port
             probe.listen(QHostAddress::LocalHost, 0);
-            port = probe.serverPort();
+            *free = probe.serverPort();
         }
         program.setProcessChannelMode(QProcess::MergedChannels);
         program.start(bin(QStringLiteral("tolvane")),
                       {QStringLiteral("--headless"), QStringLiteral("--config-dir"), dir.path(),
                        QStringLiteral("--app-dir"), QStringLiteral(TOLVANE_SOURCE_DIR "/data"),
-                       QStringLiteral("--net-port"), QString::number(port)});
+                       QStringLiteral("--net-port"), QString::number(port), QStringLiteral("--xmlrpc-port"),
+                       QString::number(xmlrpcPort)});
         ASSERT_TRUE(program.waitForStarted(10000));
         ASSERT_TRUE(waitFor(
             [&] {
@@ -125,7 +126,7 @@ class RigctlStation : public ::testing::Test {
     QProcess sim, program;
     QByteArray output;
     QString simLog;
-    quint16 port = 0;
+    quint16 port = 0, xmlrpcPort = 0;
 };
 
 class RigctlLink : public RigctlStation, public ::testing::WithParamInterface<const Model*> {};
@@ -189,6 +190,40 @@ TEST_F(RigctlStation, HamlibsNetworkClientRunsWsjtxsSequenceAndTheDataModeReache
     EXPECT_TRUE(simReceived(QStringLiteral("FE FE 94 E0 1C 00 00 FD")));
     EXPECT_TRUE(waitFor(
         [&] { return rigctl({QStringLiteral("m")}).second.startsWith(QLatin1String("PKTUSB\n")); }, 10000));
+}
+
+// The programs set up for the XML-RPC rig server reach the same radio: every method Python's own client
+// calls is answered from what the radio has, its sets reach the radio, and Hamlib's own client for that
+// server (model 4) reads and tunes.
+TEST_F(RigctlStation, XmlRpcClientsAndHamlibsFlrigModelDriveTheRadio) {
+    startStation(kIcom);
+    ASSERT_TRUE(output.contains("XmlRpc: listening on 127.0.0.1:" + QByteArray::number(xmlrpcPort))) << output.toStdString();
+    QProcess python;
+    python.setProcessChannelMode(QProcess::MergedChannels);
+    python.start(QStringLiteral("/usr/bin/python3"),
+                 {QStringLiteral(TOLVANE_SOURCE_DIR "/tests/integration/xmlrpc-clients.py"), QString::number(xmlrpcPort)});
+    ASSERT_TRUE(python.waitForFinished(60000));
+    const QString said = QString::fromLocal8Bit(python.readAll());
+    EXPECT_EQ(python.exitCode(), 0) << said.toStdString();
+    EXPECT_TRUE(said.endsWith(QLatin1String("done\n"))) << said.toStdString();
+    EXPECT_TRUE(simReceived(QStringLiteral("FE FE 94 E0 05 00 40 07 14 00 FD"))) << simLog.right(800).toStdString();
+    EXPECT_TRUE(simReceived(QStringLiteral("FE FE 94 E0 06 03 02 FD"))) << simLog.right(800).toStdString();
+    EXPECT_TRUE(simReceived(QStringLiteral("FE FE 94 E0 1C 00 00 FD")));
+
+    auto hamlib = [&](const QStringList& commands) {
+        QProcess p;
+        p.setProcessChannelMode(QProcess::MergedChannels);
+        p.start(QStringLiteral("rigctl"), QStringList{QStringLiteral("-m"), QStringLiteral("4"), QStringLiteral("-r"),
+                                                      QStringLiteral("127.0.0.1:%1").arg(xmlrpcPort)} +
+                                              commands);
+        p.waitForFinished(20000);
+        return std::make_pair(p.exitCode(), QString::fromLocal8Bit(p.readAll()).trimmed());
+    };
+    EXPECT_EQ(hamlib({QStringLiteral("F"), QStringLiteral("7074000")}).first, 0);
+    EXPECT_TRUE(simReceived(QStringLiteral("FE FE 94 E0 05 00 40 07 07 00 FD"))) << simLog.right(800).toStdString();
+    EXPECT_TRUE(waitFor([&] { return hamlib({QStringLiteral("f")}).second.endsWith(QLatin1String("7074000")); }, 10000));
+    EXPECT_EQ(hamlib({QStringLiteral("M"), QStringLiteral("LSB"), QStringLiteral("0")}).first, 0);
+    EXPECT_TRUE(simReceived(QStringLiteral("FE FE 94 E0 06 00"))) << simLog.right(800).toStdString();
 }
 
 // One client of the load test: asks "f", "m" and "t" again as soon as they are answered, so many times.

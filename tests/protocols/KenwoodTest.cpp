@@ -159,15 +159,11 @@ TEST_F(Kenwood, QueueCommandsLeaveAsTheirStringsInOneBurst) {
         std::function<void()> call;
         const char* sent;
     } cases[] = {
-        {[&] { m().queue().SetXcvrSplit(true); }, "FR0;FT1;"},
-        {[&] { m().queue().SetXcvrSplit(false); }, "FT0;FR0;"},
+        // On VFO A, and the VFO and keying commands, are in the wire transcripts.
         {[&] { m().state().CurrentVFO = 1; m().queue().SetXcvrSplit(true); }, "FR1;FT0;"},
         {[&] { m().queue().SetXcvrSplit(false); }, "FT1;FR1;"},
         {[&] { m().queue().SetXcvrFreq(14025.5); }, "FB00014025500;"},
         {[&] { m().queue().SetXcvrSBFreq(21000.001); }, "FB00021000001;"},
-        {[&] { m().queue().SetXcvrVFOA(); m().queue().SetXcvrVFOB(); }, "FR0;FT0;FR1;FT1;"},
-        {[&] { m().queue().SetXcvrTransmit(); m().queue().SetXcvrReceive(); }, "TX;RX;"},
-        {[&] { m().queue().SetXcvrMode(ModePKT); m().queue().SetXcvrMode(ModeWBFM); }, "MD2;MD4;"},
         {[&] { m().queue().SetXcvrDual(true); m().queue().SetXcvrMain(); m().queue().SetXcvrMainSubXch(); }, ""},
     };
     for (const auto& c : cases) {
@@ -193,9 +189,6 @@ TEST_F(Kenwood, QueueCommandsLeaveAsTheirStringsInOneBurst) {
     EXPECT_EQ(sentAfterTick(), QByteArray("MD2;FA00014200000;FB00003500000;"));
     EXPECT_DOUBLE_EQ(m().state().VFOAFreq, 14200);
     EXPECT_EQ(m().state().VFOBMode, ModeCW);
-    m().state().RadioFreq = 7010.001;
-    m().queue().SetXcvrVFOEqual();
-    EXPECT_EQ(sentAfterTick(), QByteArray("FA00007010001;FB00007010001;"));
 }
 
 TEST_F(Kenwood, FrequenciesNoFieldHoldsAreRefusedNotWrapped) {
@@ -316,21 +309,6 @@ TEST_F(Kenwood, OutlandishNumbersInRepliesAreHarmless) {
     radioSays("SM-001;");
     EXPECT_GE(meter, -1.0);
     EXPECT_EQ(m().state().RadioMode, ModeCW);
-}
-
-TEST_F(Kenwood, PollingAlternatesMeterAndStatus) {
-    bringUp("ID019;");
-    st.p().config.Interrogation.setChecked(true);
-    auto polls = [this](int ticks) {
-        QByteArray out;
-        for (int i = 0; i < ticks; ++i) out += sentAfterTick();
-        return out;
-    };
-    EXPECT_EQ(polls(4), QByteArray("SM0;IF;SM0;IF;"));
-    radioSays("ID011;");
-    EXPECT_EQ(polls(2), QByteArray("SM;IF;"));
-    radioSays("ID013;");  // no meter: status only
-    EXPECT_EQ(polls(4), QByteArray("IF;IF;IF;IF;"));
 }
 
 TEST_F(Kenwood, MeterReplyStartsTheChainThatFollowsThePassband) {

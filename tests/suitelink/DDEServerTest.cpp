@@ -189,17 +189,6 @@ TEST_F(SuiteServer, WindowCommandsCascadeMinimiseAndRaise) {
     EXPECT_EQ(raised, 1);
 }
 
-TEST_F(SuiteServer, ShutdownIsAnsweredFirstAndTheProgramThenClosesWithItsSettings) {
-    startWith(QStringLiteral("IC-756PRO"));
-    ASSERT_TRUE(send(QStringLiteral("000shutdown")));
-    EXPECT_FALSE(st.p().unloaded());
-    st.loop.advance(1000);
-    EXPECT_TRUE(st.p().unloaded());
-    EXPECT_EQ(st.stored(QStringLiteral("General"), QStringLiteral("Debug")), QStringLiteral("0"));
-    EXPECT_FALSE(bus->send(kServer, QStringLiteral("000test")).has_value());
-    EXPECT_TRUE(bus->served.isEmpty());
-}
-
 TEST_F(SuiteServer, StartAndEndAreAnnouncedToRunningSiblingsOnly) {
     siblings = {QStringLiteral("Brindlecast"), QStringLiteral("Sorrelgate")};
     ASSERT_TRUE(st.start());

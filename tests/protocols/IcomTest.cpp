@@ -116,15 +116,11 @@ TEST_F(Icom, ReportsSetTheStateEchoesAndOtherRadiosDoNot) {
     EXPECT_DOUBLE_EQ(meter, 128 / 255.0);
 }
 
-TEST_F(Icom, AcknowledgementPacesTheQueueAndRejectionReinterrogates) {
+TEST_F(Icom, ARejectionIsShownAndReinterrogates) {
     bringUp("IC-756PRO");
-    for (int i = 0; i < 3; ++i) m().queue().SetXcvrFreq(7000 + i);
-    EXPECT_EQ(sentAfterTick().size(), 11);
-    // OK: the next record leaves 1 ms later instead of a whole interval.
-    st.serial()->written.clear();
-    radioSays(hex("FEFEE05CFBFD"));
-    st.loop.advance(1);
-    EXPECT_EQ(st.serial()->written, hex("FEFE5CE0050010000700FD"));
+    // (An acknowledgement's pacing is in the scheduler's tests and the wire transcripts.)
+    m().queue().SetXcvrFreq(7000);
+    sentAfterTick();
     // NG: the notice names the refused command, auto-repeat stops, a fresh interrogation is queued.
     st.p().main.AutoRepeatTimer.setInterval(100);
     st.p().main.AutoRepeatTimer.setEnabled(true);

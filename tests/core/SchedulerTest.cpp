@@ -42,6 +42,7 @@ TEST_F(Scheduler, OverflowShowsOneBoxPerFurtherCallAndKeepsTheBufferInOrder) {
     ASSERT_EQ(boxes.size(), 2);
     EXPECT_EQ(boxes[0], QStringLiteral("transceiver command buffer overflow"));
     EXPECT_EQ(rig.dialogs.shown.back().title, QStringLiteral("Tolvane"));
+    EXPECT_EQ(rig.log().count(QStringLiteral("transceiver command buffer overflow")), 2);
     EXPECT_EQ(q().XcvrCmdCount, 256);
     // A Kenwood tick drains the whole buffer, in the order it was filled.
     rig.loop.advance(timer().Interval());

@@ -75,6 +75,10 @@ TEST_F(SuiteServer, VerbsMatchAsPrefixesAndWhatIsNotUnderstoodIsRefused) {
     EXPECT_TRUE(send(QStringLiteral("001QSY14025.5")));
     EXPECT_EQ(queued(), QStringList{CommandName(XcvrCmdFreq)});
     EXPECT_DOUBLE_EQ(m().state().RadioFreq, 14025.5);
+    // A full queue costs the record, not the answer: the command is still accepted.
+    while (m().queue().XcvrCmdCount < CommandQueue::kBufferSlots) m().queue().SetXcvrFreq(7000);
+    EXPECT_TRUE(send(QStringLiteral("001qsy7010")));
+    EXPECT_EQ(m().queue().XcvrCmdCount, CommandQueue::kBufferSlots);
 }
 
 TEST_F(SuiteServer, ATuneByRecordSendsModeFirstEndsSplitAndDualAndTellsTheItems) {

@@ -58,6 +58,12 @@ TEST_F(Transceivers, ATuneFollowsTheRadioOfItsBandAndOnlyThen) {
     EXPECT_EQ(st.p().main.XcvrSelButton[1].toolTip(), QStringLiteral("click to switch to the Kenwood"));
     EXPECT_FALSE(st.p().main.XcvrSelButton[2].visible());
     const int bringUps = m().radio().generation();
+    // Things a switch must leave as they are: the monitor's lines, the sequences' bank.
+    st.p().messages.AppendToMessageDisplay(QStringLiteral("before the switch"), 0);
+    const QString monitorBefore = st.p().messages.MessageDisplay.text();
+    ASSERT_FALSE(monitorBefore.isEmpty());
+    st.p().main.AltCheckBox.setChecked(true);
+    const auto names = st.p().sequences.SequenceNames;
 
     // 29.5 MHz goes by the 28 MHz band.
     m().queue().SetXcvrFreq(29500);
@@ -88,6 +94,9 @@ TEST_F(Transceivers, ATuneFollowsTheRadioOfItsBandAndOnlyThen) {
     EXPECT_EQ(m().radio().model(), QStringLiteral("IC-756PRO"));
     EXPECT_EQ(st.serial()->path(), QStringLiteral("/dev/fake1"));
     EXPECT_FALSE(st.log().contains(QStringLiteral("program error")));
+    EXPECT_TRUE(st.p().messages.MessageDisplay.text().startsWith(monitorBefore));
+    EXPECT_TRUE(st.p().main.AltCheckBox.checked());
+    EXPECT_EQ(st.p().sequences.SequenceNames, names);
 }
 
 TEST_F(Transceivers, TwoEntriesOfOneModelSwitchOnlyTheLinkAndKeepTheSpeedWhereNoneIsChosen) {

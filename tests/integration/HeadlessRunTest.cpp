@@ -201,7 +201,9 @@ TEST(HeadlessRunOptions, HelpNeedsNoDisplayAndMissingCatalogueEndsWithItsMessage
     ASSERT_TRUE(p.waitForFinished(20000));
     EXPECT_NE(p.exitCode(), 0);
     const QString err = QString::fromUtf8(p.readAllStandardError() + p.readAllStandardOutput());
-    EXPECT_TRUE(err.contains(QStringLiteral("Terminating due to inability to open radio configuration file: ")));
+    EXPECT_TRUE(err.contains(QStringLiteral("Terminating due to inability to open radio configuration file: ") +
+                             empty.path()))
+        << err.toStdString();
 }
 
 // The message every Linux operator meets once: the port is there, but the user may not open it. Made real

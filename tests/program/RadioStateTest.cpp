@@ -67,7 +67,8 @@ TEST_F(RadioState, TuningStopsAtTheTopAndTheNextStepDownWorks) {
 TEST_F(RadioState, WithoutASubReceiverTheSecondaryIsVfoB) {
     start("TS-2000");
     m().queue().SelectSecondary();
-    EXPECT_EQ(m().queue().XcvrCmdBuffer[1].theCmd, XcvrCmdVFOB);
+    ASSERT_EQ(m().queue().queued().size(), 1u);
+    EXPECT_EQ(m().queue().queued().front().theCmd, XcvrCmdVFOB);
 }
 
 TEST_F(RadioState, TheCaptionTellsTheStateOfLinkRadioAndLog) {

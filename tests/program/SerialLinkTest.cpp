@@ -109,14 +109,6 @@ TEST(SerialLink, ChosenParametersReachTheDeviceWithOneAndAHalfStopBitsAsOne) {
     EXPECT_EQ(st.serial()->lastSettings.dataBits, 7);
     EXPECT_EQ(st.serial()->lastSettings.stopBits, 1);
     EXPECT_EQ(st.p().comm.settingsText(), QStringLiteral("4800,e,7,1"));
-
-    // Choosing a speed in the window reopens the port and stores the choice; during load it wouldn't.
-    st.p().config.Show();
-    st.p().config.Speed[8].setValue(true);
-    st.m().port().SelectPortSpeed(8);
-    EXPECT_EQ(st.serial()->lastSettings.baud, 57600);
-    st.loop.runPosted();
-    EXPECT_EQ(st.stored(G, QStringLiteral("CommSpeed")), QStringLiteral("57600"));
 }
 
 TEST(SerialLink, PttByModemLinesKeysAheadOfTheQueue) {

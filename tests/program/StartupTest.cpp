@@ -140,14 +140,5 @@ TEST(Startup, CorruptSettingsFileIsReadAsFarAsItGoesAndKept) {
     EXPECT_EQ(st.dialogs.boxTexts().filter(QStringLiteral("could not be read")).size(), 1);
 }
 
-TEST(Startup, MissingCatalogueEndsTheProgramWithItsMessage) {
-    TestStation st{QString()};
-    EXPECT_FALSE(st.start());
-    const QString expected = QStringLiteral("Terminating due to inability to open radio configuration file: ");
-    ASSERT_FALSE(st.dialogs.boxTexts().isEmpty());
-    EXPECT_TRUE(st.dialogs.boxTexts().last().startsWith(expected));
-    EXPECT_TRUE(st.dialogs.boxTexts().last().contains(st.appDir));
-}
-
 }  // namespace
 }  // namespace tv::test

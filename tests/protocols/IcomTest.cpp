@@ -61,10 +61,8 @@ TEST_F(Icom, FrequencyFramesFollowTheFilterByteFlagAndRoundAwayBinaryFractions) 
     EXPECT_EQ(IcomFrequencyBytes(9999999.999, true), hex("9999999999"));
 }
 
-TEST_F(Icom, OldRadioGetsFourBytesAndReportsFourBytes) {
-    bringUp("IC-735");
-    m().queue().SetXcvrFreq(14025.5);
-    EXPECT_EQ(sentAfterTick(), hex("FEFE04E00500550214FD"));
+TEST_F(Icom, OldRadioReportsFourBytes) {
+    bringUp("IC-735");  // its commands' four-byte frames are in the IC-735 wire transcript
     radioSays(hex("FEFEE0040300550214FD"));
     EXPECT_DOUBLE_EQ(m().state().RadioFreq, 14025.5);
     // A mode report of eight bytes from a radio without the filter byte: the byte is ignored.
@@ -72,35 +70,23 @@ TEST_F(Icom, OldRadioGetsFourBytesAndReportsFourBytes) {
     radioSays(hex("FEFEE004040302FD"));
     EXPECT_EQ(m().state().RadioMode, 3);
     EXPECT_EQ(m().state().RadioFilterGroup, group);
-    m().queue().SetXcvrMode(1);
-    EXPECT_EQ(sentAfterTick(), hex("FEFE04E00601FD"));
 }
 
-TEST_F(Icom, EveryQueueCommandHasItsFrame) {
+TEST_F(Icom, MainSubAndFilterCommandsHaveTheirFrames) {
     bringUp("IC-756PRO");
     const struct {
         std::function<void()> call;
         const char* frame;
     } cases[] = {
-        {[&] { m().queue().SetXcvrSplit(true); }, "0F01"},   {[&] { m().queue().SetXcvrSplit(false); }, "0F00"},
-        {[&] { m().queue().SetXcvrDual(true); }, "07C1"},    {[&] { m().queue().SetXcvrDual(false); }, "07C0"},
-        {[&] { m().queue().SetXcvrVFOA(); }, "0700"},        {[&] { m().queue().SetXcvrVFOB(); }, "0701"},
-        {[&] { m().queue().SetXcvrVFOEqual(); }, "07A0"},    {[&] { m().queue().SetXcvrVFOXch(); }, "07B0"},
-        {[&] { m().queue().SetXcvrMain(); }, "07D0"},        {[&] { m().queue().SetXcvrSub(); }, "07D1"},
+        // The rest of the frames, with the requests of an interrogation, are in the wire transcripts.
         {[&] { m().queue().SetXcvrMainSubEqual(); }, "07B1"}, {[&] { m().queue().SetXcvrMainSubXch(); }, "07B0"},
-        {[&] { m().queue().SetXcvrTransmit(); }, "1C0001"},  {[&] { m().queue().SetXcvrReceive(); }, "1C0000"},
-        {[&] { m().queue().SetXcvrModeAndFilterGroup(3, 2); }, "060302"},
-        {[&] { m().queue().SetXcvrFilters(1, 2); }, ""},     {[&] { m().queue().InterrogateRadio(); }, ""},
+        {[&] { m().queue().SetXcvrFilters(1, 2); }, ""},
     };
     for (const auto& c : cases) {
         c.call();
         const QByteArray want = c.frame[0] ? hex("FEFE5CE0") + hex(c.frame) + hex("FD") : QByteArray();
         EXPECT_EQ(sentAfterTick().toHex(), want.toHex()) << c.frame;
     }
-    // The two requests of an interrogation follow, each behind its Wait.
-    EXPECT_EQ(sentAfterTick(), hex("FEFE5CE003FD"));
-    sentAfterTick();
-    EXPECT_EQ(sentAfterTick(), hex("FEFE5CE004FD"));
 }
 
 TEST_F(Icom, ReportsSetTheStateEchoesAndOtherRadiosDoNot) {
@@ -130,15 +116,11 @@ TEST_F(Icom, ReportsSetTheStateEchoesAndOtherRadiosDoNot) {
     EXPECT_DOUBLE_EQ(meter, 128 / 255.0);
 }
 
-TEST_F(Icom, AcknowledgementPacesTheQueueAndRejectionReinterrogates) {
+TEST_F(Icom, ARejectionIsShownAndReinterrogates) {
     bringUp("IC-756PRO");
-    for (int i = 0; i < 3; ++i) m().queue().SetXcvrFreq(7000 + i);
-    EXPECT_EQ(sentAfterTick().size(), 11);
-    // OK: the next record leaves 1 ms later instead of a whole interval.
-    st.serial()->written.clear();
-    radioSays(hex("FEFEE05CFBFD"));
-    st.loop.advance(1);
-    EXPECT_EQ(st.serial()->written, hex("FEFE5CE0050010000700FD"));
+    // (An acknowledgement's pacing is in the scheduler's tests and the wire transcripts.)
+    m().queue().SetXcvrFreq(7000);
+    sentAfterTick();
     // NG: the notice names the refused command, auto-repeat stops, a fresh interrogation is queued.
     st.p().main.AutoRepeatTimer.setInterval(100);
     st.p().main.AutoRepeatTimer.setEnabled(true);

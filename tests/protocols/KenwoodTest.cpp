@@ -137,14 +137,9 @@ TEST_F(Kenwood, UnknownAndOldModels) {
     EXPECT_TRUE(w.ModeSel[7].visible() && w.ModeSel[8].visible());
     EXPECT_TRUE(st.p().main.caption().contains(QStringLiteral("Kenwood 007")));
 
-    // The oldest radios: the literal "N0;", then one VFO select command and "SP" for split.
-    EXPECT_EQ(radioSays("ID004;"), QByteArray("N0;"));
+    // The oldest radios' "N0;", VFO select and split commands are in the TS-440S wire transcript.
+    radioSays("ID004;");
     EXPECT_EQ(m().state().RadioDisplayName, QStringLiteral("Kenwood TS-440S"));
-    m().queue().SetXcvrVFOB();
-    EXPECT_EQ(sentAfterTick(), QByteArray("FN1;"));
-    m().queue().SetXcvrVFOA();
-    m().queue().SetXcvrSplit(true);
-    EXPECT_EQ(sentAfterTick(), QByteArray("FN0;SP1;"));
     // Not numeric: the model stays as it was, and the failure is reported under the decoder's name.
     EXPECT_TRUE(radioSays("IDx1;").isEmpty());
     EXPECT_EQ(kw().modelId(), 0);
@@ -159,15 +154,11 @@ TEST_F(Kenwood, QueueCommandsLeaveAsTheirStringsInOneBurst) {
         std::function<void()> call;
         const char* sent;
     } cases[] = {
-        {[&] { m().queue().SetXcvrSplit(true); }, "FR0;FT1;"},
-        {[&] { m().queue().SetXcvrSplit(false); }, "FT0;FR0;"},
+        // On VFO A, and the VFO and keying commands, are in the wire transcripts.
         {[&] { m().state().CurrentVFO = 1; m().queue().SetXcvrSplit(true); }, "FR1;FT0;"},
         {[&] { m().queue().SetXcvrSplit(false); }, "FT1;FR1;"},
         {[&] { m().queue().SetXcvrFreq(14025.5); }, "FB00014025500;"},
         {[&] { m().queue().SetXcvrSBFreq(21000.001); }, "FB00021000001;"},
-        {[&] { m().queue().SetXcvrVFOA(); m().queue().SetXcvrVFOB(); }, "FR0;FT0;FR1;FT1;"},
-        {[&] { m().queue().SetXcvrTransmit(); m().queue().SetXcvrReceive(); }, "TX;RX;"},
-        {[&] { m().queue().SetXcvrMode(ModePKT); m().queue().SetXcvrMode(ModeWBFM); }, "MD2;MD4;"},
         {[&] { m().queue().SetXcvrDual(true); m().queue().SetXcvrMain(); m().queue().SetXcvrMainSubXch(); }, ""},
     };
     for (const auto& c : cases) {
@@ -193,9 +184,6 @@ TEST_F(Kenwood, QueueCommandsLeaveAsTheirStringsInOneBurst) {
     EXPECT_EQ(sentAfterTick(), QByteArray("MD2;FA00014200000;FB00003500000;"));
     EXPECT_DOUBLE_EQ(m().state().VFOAFreq, 14200);
     EXPECT_EQ(m().state().VFOBMode, ModeCW);
-    m().state().RadioFreq = 7010.001;
-    m().queue().SetXcvrVFOEqual();
-    EXPECT_EQ(sentAfterTick(), QByteArray("FA00007010001;FB00007010001;"));
 }
 
 TEST_F(Kenwood, FrequenciesNoFieldHoldsAreRefusedNotWrapped) {
@@ -318,21 +306,6 @@ TEST_F(Kenwood, OutlandishNumbersInRepliesAreHarmless) {
     EXPECT_EQ(m().state().RadioMode, ModeCW);
 }
 
-TEST_F(Kenwood, PollingAlternatesMeterAndStatus) {
-    bringUp("ID019;");
-    st.p().config.Interrogation.setChecked(true);
-    auto polls = [this](int ticks) {
-        QByteArray out;
-        for (int i = 0; i < ticks; ++i) out += sentAfterTick();
-        return out;
-    };
-    EXPECT_EQ(polls(4), QByteArray("SM0;IF;SM0;IF;"));
-    radioSays("ID011;");
-    EXPECT_EQ(polls(2), QByteArray("SM;IF;"));
-    radioSays("ID013;");  // no meter: status only
-    EXPECT_EQ(polls(4), QByteArray("IF;IF;IF;IF;"));
-}
-
 TEST_F(Kenwood, MeterReplyStartsTheChainThatFollowsThePassband) {
     bringUp("ID019;");
     radioSays(ifReply(14200000, '2', '0'));
@@ -341,11 +314,7 @@ TEST_F(Kenwood, MeterReplyStartsTheChainThatFollowsThePassband) {
     EXPECT_EQ(radioSays("SL03;"), QByteArray("SH;"));
     EXPECT_TRUE(radioSays("SH07;").isEmpty());
     EXPECT_EQ(filterReplies, (QStringList{QStringLiteral("SL"), QStringLiteral("SH")}));
-    radioSays("MD3;");
-    EXPECT_EQ(radioSays("SM00030;"), QByteArray("FW;"));
-    EXPECT_DOUBLE_EQ(meter, 1.0);
-    EXPECT_EQ(radioSays("FW0500;"), QByteArray("IS;"));
-    EXPECT_TRUE(radioSays("IS -0200;").isEmpty());
+    // The CW chain (width, then shift) of each model is in the wire transcripts.
     radioSays("MD6;");  // RTTY on the TS-2000: width, but no shift
     EXPECT_TRUE(radioSays("FW0250;").isEmpty());
     radioSays("MD5;");
@@ -373,9 +342,6 @@ TEST_F(Kenwood, MeterReplyStartsTheChainThatFollowsThePassband) {
     EXPECT_EQ(radioSays("FW0020;"), QByteArray("IS;"));
     EXPECT_EQ(radioSays("SL05;"), QByteArray("SH;"));  // on any model
 
-    radioSays("ID011;");  // TS-690: the meter, and no chain
-    EXPECT_TRUE(radioSays("SM0030;").isEmpty());
-    EXPECT_DOUBLE_EQ(meter, 1.0);
     radioSays("ID013;");  // no meter: the reply is ignored
     meter = -1;
     radioSays("SM0030;");

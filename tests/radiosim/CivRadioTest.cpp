@@ -1,20 +1,11 @@
-// The simulated CI-V radio against byte-exact frames, and the program on a real pseudo-terminal (as a
-// CI-V radio and as a Yaesu at serial pace).
+// The simulated CI-V radio against byte-exact frames. (The simulator as a program on its pty is met by
+// the integration tests, which drive it through its stdin.)
 // A simulator that answers wrongly would make the controller's tests pass against a radio that
 // doesn't exist, so the frames here are written out by hand, not built with the simulator's helpers.
 
 #include "tools/radiosim/CivRadio.h"
 
-#include <QElapsedTimer>
-#include <QFileInfo>
-#include <QProcess>
-#include <QThread>
-
 #include <gtest/gtest.h>
-
-#include <fcntl.h>
-#include <termios.h>
-#include <unistd.h>
 
 namespace tv::sim {
 namespace {
@@ -154,108 +145,6 @@ TEST(CivRadio, GarbageNeverHoldsAPreambleAndIsRepeatable) {
     EXPECT_FALSE(g.contains(char(0xFE)));
     EXPECT_EQ(g, CivRadio::garbage(2000, 7));
     EXPECT_NE(g, CivRadio::garbage(2000, 8));
-}
-
-// ---- The program on its own pseudo-terminal ----
-
-class RadiosimProgram : public ::testing::Test {
-protected:
-    // Starts the simulator with the arguments and opens the pseudo-terminal it names, raw.
-    void start(const QStringList& args) {
-        const QString exe = QStringLiteral(TOLVANE_BINARY_DIR "/tolvane-radiosim");
-        ASSERT_TRUE(QFileInfo(exe).isExecutable())
-            << exe.toStdString() << " is not built; build the target tolvane-radiosim first";
-        proc.start(exe, args);
-        ASSERT_TRUE(proc.waitForStarted(5000));
-        QElapsedTimer t;
-        t.start();
-        while (!proc.canReadLine() && t.elapsed() < 10000) proc.waitForReadyRead(100);
-        const QString line = QString::fromLocal8Bit(proc.readLine()).trimmed();
-        ASSERT_TRUE(line.startsWith(QLatin1String("PTY /"))) << line.toStdString();
-        fd = ::open(QFile::encodeName(line.mid(4)).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK);
-        ASSERT_GE(fd, 0) << line.toStdString();
-        termios tio{};
-        ASSERT_EQ(::tcgetattr(fd, &tio), 0);
-        ::cfmakeraw(&tio);
-        ASSERT_EQ(::tcsetattr(fd, TCSANOW, &tio), 0);
-    }
-    void TearDown() override {
-        if (fd >= 0) ::close(fd);
-        if (proc.state() != QProcess::NotRunning) {
-            proc.kill();
-            proc.waitForFinished(3000);
-        }
-    }
-    void send(const QByteArray& b) { EXPECT_EQ(::write(fd, b.constData(), size_t(b.size())), b.size()); }
-    // Reads until n bytes came or the time is up, counting the pieces they came in.
-    QByteArray readBytes(int n, int* pieces = nullptr) {
-        QByteArray got;
-        QElapsedTimer t;
-        t.start();
-        char buf[512];
-        while (got.size() < n && t.elapsed() < 5000) {
-            const ssize_t k = ::read(fd, buf, sizeof buf);
-            if (k <= 0) {
-                QThread::msleep(2);
-                continue;
-            }
-            got.append(buf, int(k));
-            if (pieces) ++*pieces;
-        }
-        return got;
-    }
-    void expectCleanExit() {
-        ASSERT_TRUE(proc.waitForFinished(5000));
-        EXPECT_EQ(proc.exitStatus(), QProcess::NormalExit);
-        EXPECT_EQ(proc.exitCode(), 0);
-    }
-    QProcess proc;
-    int fd = -1;
-};
-
-TEST_F(RadiosimProgram, AnswersOnThePtyFollowsStdinAndEndsCleanlyOnTerminate) {
-    start({QStringLiteral("--freq"), QStringLiteral("14025.5")});
-    const QByteArray request = hex("FEFE94E003FD");
-    send(request);
-    EXPECT_EQ(readBytes(17), request + hex("FEFEE09403" "0055021400" "FD"));
-    // A command on stdin turns the radio's dial, and the transceive report reaches the line.
-    proc.write("freq 7010.5\n");
-    ASSERT_TRUE(proc.waitForBytesWritten(5000));
-    EXPECT_EQ(readBytes(11), hex("FEFE009400" "0005010700" "FD"));
-    proc.terminate();
-    expectCleanExit();
-}
-
-TEST_F(RadiosimProgram, AsAYaesuAnswersTheLongReadAtSerialPaceAndQuits) {
-    start({QStringLiteral("--model"), QStringLiteral("FT-747"), QStringLiteral("--slow"), QStringLiteral("4800")});
-    // The first three bytes alone get nothing.
-    send(QByteArray(3, '\0'));
-    QThread::msleep(100);
-    char probe[16];
-    EXPECT_LE(::read(fd, probe, sizeof probe), 0);
-    QElapsedTimer t;
-    t.start();
-    int pieces = 0;
-    send(hex("0010"));
-    const QByteArray status = readBytes(345, &pieces);
-    const qint64 took = t.elapsed();
-    ASSERT_EQ(status.size(), 345);
-    EXPECT_EQ(status.mid(2, 4), hex("14025500"));
-    // 345 bytes of ten bits at 4800 baud: 0.72 s.
-    EXPECT_GE(took, 600);
-    EXPECT_LT(took, 3000);
-    EXPECT_GT(pieces, 10);
-
-    proc.write("freq 7010.5\nslow off\nmode AM\n");
-    ASSERT_TRUE(proc.waitForBytesWritten(5000));
-    QThread::msleep(200);
-    t.restart();
-    send(hex("0000000010"));
-    EXPECT_EQ(readBytes(345).mid(1, 6), hex("0007010500" "80"));
-    EXPECT_LT(t.elapsed(), 500);
-    proc.write("quit\n");
-    expectCleanExit();
-    EXPECT_TRUE(QString::fromLocal8Bit(proc.readAllStandardError()).contains(QLatin1String("Yaesu FT-747")));
 }
 
 }  // namespace

@@ -82,7 +82,7 @@ TEST_F(Handlers, XfcListensToTheOtherVfoWhileHeld) {
     w().XFCCmd.mouseUp(kLeftButton, 0, 0, 0);
     EXPECT_FALSE(st.p().mainLogic.xfcHeld());
     EXPECT_EQ(m().queue().XcvrCmdCount, 10);
-    EXPECT_EQ(m().queue().XcvrCmdBuffer[6].theCmd, XcvrCmdVFOXch);
+    EXPECT_EQ(m().queue().queued()[5].theCmd, XcvrCmdVFOXch);
 }
 
 TEST_F(Handlers, ConfigurationFieldsStoreOnlyWhenTheOperatorChangesThem) {

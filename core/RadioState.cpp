@@ -57,7 +57,8 @@ void RadioState::ReportDual(bool on) { emit dualReported(on); }
 void RadioState::ReportControlReleased() { emit controlReleased(); }
 void RadioState::ReportMeter(double fraction) { emit meterReported(fraction); }
 void RadioState::ReportFilterGroup(int group) { emit filterGroupReported(group); }
-void RadioState::ReportRefusal() { emit commandRefused(); }
+void RadioState::ReportRefusal(const QString& command) { emit commandRefused(command); }
+void RadioState::ReportLinkFault() { emit linkFaultChanged(); }
 void RadioState::ReportIdentity(const RadioIdentity& identity) {
     RadioDisplayName = identity.displayName;
     emit identified(identity);

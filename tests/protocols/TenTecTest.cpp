@@ -116,19 +116,6 @@ TEST_F(TenTec, JupiterModeCommandKeepsTheOtherVfosMode) {
     EXPECT_EQ(sentAfterTick(), QByteArray("*B") + JupiterFreqString(7010200) + '\r');
 }
 
-TEST_F(TenTec, OmniViNudgesAfterAVfoSwitch) {
-    bringUp("OMNIV.9");
-    m().queue().SetXcvrVFOB();
-    EXPECT_EQ(sentAfterTick(), QByteArray::fromHex("FEFE04E00701FD"));
-    radioSays(QByteArray::fromHex("FEFEE004030050021400FD"));  // 14,025.000 kHz
-    EXPECT_EQ(sentAfterTick(), QByteArray::fromHex("FEFE04E0050060021400FD"));
-    st.loop.advance(2000);
-    m().queue().InitializeXcvrCmdBuffer();
-    // Only once per switch.
-    radioSays(QByteArray::fromHex("FEFEE004030050021400FD"));
-    EXPECT_TRUE(sentAfterTick().isEmpty());
-}
-
 TEST_F(TenTec, PegasusWritesAndFollowsTheFolder) {
     QTemporaryDir dir;
     bringUp("PEGASUS", dir.path());

@@ -27,10 +27,14 @@ namespace {
 // own command set, the long reads of the FT-1000MP, and the FT-767's handshake; and an SDR through its
 // console.
 constexpr DemoModel kDemoModels[] = {
-    {"IC-7300", "IC-7300", "94", "19200"}, {"TS-2000", "TS-2000", "", "9600"},
-    {"FT-817", "FT817", "", "4800"},       {"FT-1000MP", "MP1000", "", "4800"},
-    {"FT-767", "FT767", "", "4800"},       {"FLEX-5000", "FLEX-5000", "", "9600", true},
-    {"ORION", "ORION", "", "57600"},       {"PEGASUS", "PEGASUS", "", "", false, true},
+    {"IC-7300", "IC-7300", "94", "19200"},
+    {"TS-2000", "TS-2000", "", "9600"},
+    {"FT-817", "FT817", "", "4800"},
+    {"FT-1000MP", "MP1000", "", "4800"},
+    {"FT-767", "FT767", "", "4800"},
+    {"FLEX-5000", "FLEX-5000", "", "9600", true},
+    {"ORION", "ORION", "", "57600"},
+    {"PEGASUS", "PEGASUS", "", "", false, true},
 };
 // How long a helper program (the simulator, a private bus) gets to say where it can be reached.
 constexpr int kHelperStartMs = 5000;
@@ -44,9 +48,7 @@ const DemoModel* DemoRadio::find(const QString& name) {
     return nullptr;
 }
 
-const DemoModel& DemoRadio::defaultModel() {
-    return kDemoModels[0];
-}
+const DemoModel& DemoRadio::defaultModel() { return kDemoModels[0]; }
 
 QString DemoRadio::names() {
     QStringList out;
@@ -54,9 +56,7 @@ QString DemoRadio::names() {
     return out.join(QStringLiteral(", "));
 }
 
-DemoRadio::~DemoRadio() {
-    stop();
-}
+DemoRadio::~DemoRadio() { stop(); }
 
 bool DemoRadio::ensureSessionBus(QString* error) {
     if (!model_->console) return true;
@@ -65,8 +65,7 @@ bool DemoRadio::ensureSessionBus(QString* error) {
         (!runtime.isEmpty() && QFileInfo::exists(runtime + QStringLiteral("/bus"))))
         return true;
     bus_.setProgram(QStringLiteral("dbus-daemon"));
-    bus_.setArguments(
-        {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
+    bus_.setArguments({QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
     bus_.setStandardErrorFile(QProcess::nullDevice());
     bus_.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
     bus_.start();
@@ -78,9 +77,7 @@ bool DemoRadio::ensureSessionBus(QString* error) {
             if (!bus_.waitForReadyRead(200) && bus_.state() == QProcess::NotRunning) break;
     if (bus_.canReadLine()) address = bus_.readLine().trimmed();
     if (address.isEmpty()) {
-        if (error)
-            *error =
-                QStringLiteral("the demo's console needs a session bus, and dbus-daemon did not start one");
+        if (error) *error = QStringLiteral("the demo's console needs a session bus, and dbus-daemon did not start one");
         bus_.kill();
         bus_.waitForFinished(2000);
         return false;
@@ -97,16 +94,15 @@ QString DemoRadio::start(const QString& exeDir, QString* error) {
     }
     // The dial turns by itself, so that the demo shows the program following the radio.
     sim_.setProgram(program);
-    QStringList args{QStringLiteral("--freq"), QStringLiteral("14025.5"),      QStringLiteral("--dial-step"),
-                     QStringLiteral("100"),    QStringLiteral("--dial-every"), QStringLiteral("1000")};
+    QStringList args{QStringLiteral("--freq"), QStringLiteral("14025.5"), QStringLiteral("--dial-step"),
+                     QStringLiteral("100"), QStringLiteral("--dial-every"), QStringLiteral("1000")};
     if (model_->console)
         args << QStringLiteral("--sdr-console") << QStringLiteral("--mode") << QStringLiteral("CWL");
     else if (model_->folder)
-        args << QStringLiteral("--pegasus-folder") << controlFolder_.emplace().path()
-             << QStringLiteral("--mode") << QStringLiteral("CW");
-    else
-        args << QStringLiteral("--model") << QString::fromLatin1(model_->name) << QStringLiteral("--mode")
+        args << QStringLiteral("--pegasus-folder") << controlFolder_.emplace().path() << QStringLiteral("--mode")
              << QStringLiteral("CW");
+    else
+        args << QStringLiteral("--model") << QString::fromLatin1(model_->name) << QStringLiteral("--mode") << QStringLiteral("CW");
     sim_.setArguments(args);
     sim_.setProcessChannelMode(QProcess::SeparateChannels);
     sim_.setStandardErrorFile(QProcess::nullDevice());
@@ -128,8 +124,7 @@ QString DemoRadio::start(const QString& exeDir, QString* error) {
     while (t.elapsed() < kHelperStartMs) {
         const qsizetype at = out.indexOf(tag);
         if (at >= 0 && out.indexOf('\n', at) > at)
-            return QString::fromLocal8Bit(out.mid(at + tag.size(), out.indexOf('\n', at) - at - tag.size()))
-                .trimmed();
+            return QString::fromLocal8Bit(out.mid(at + tag.size(), out.indexOf('\n', at) - at - tag.size())).trimmed();
         if (!sim_.waitForReadyRead(200) && sim_.state() == QProcess::NotRunning) break;
         out += sim_.readAllStandardOutput();
     }
@@ -185,9 +180,8 @@ void DemoRadio::presetStation(SettingsStore& s, const QString& folder) const {
     QSaveFile f(table);
     if (f.open(QIODevice::WriteOnly)) {
         f.write("Band,Tune,Load\n");
-        for (int k = 0; k < 15; ++k)
-            f.write(QByteArray::number(14000 + 25 * k) + ",B," + QByteArray::number(40 + k) + "," +
-                    QByteArray::number(80 - 2 * k) + "\n");
+        for (int k = 0; k < 15; ++k) f.write(QByteArray::number(14000 + 25 * k) + ",B," + QByteArray::number(40 + k) + "," +
+                                             QByteArray::number(80 - 2 * k) + "\n");
         f.commit();
     }
     const QString d = QStringLiteral("Devices");
@@ -198,8 +192,7 @@ void DemoRadio::presetStation(SettingsStore& s, const QString& folder) const {
     const QString x = QStringLiteral("MultiXCVR");
     s.SaveSetting(x, QStringLiteral("MultiModel0"), QString::fromLatin1(model_->catalogue));
     s.SaveSetting(x, QStringLiteral("MultiAddr0"), QString::fromLatin1(model_->address));
-    s.SaveSetting(x, QStringLiteral("MultiName0"),
-                  QStringLiteral("Demo ") + QString::fromLatin1(model_->name));
+    s.SaveSetting(x, QStringLiteral("MultiName0"), QStringLiteral("Demo ") + QString::fromLatin1(model_->name));
     s.SaveSetting(x, QStringLiteral("MultiPort0"), QStringLiteral("0"));
     s.SaveSetting(x, QStringLiteral("MultiBaud0"), QString::fromLatin1(model_->speed));
     s.SaveSetting(x, QStringLiteral("MultiParity0"), QStringLiteral("N"));
@@ -223,8 +216,8 @@ QString DemoFolder::base() {
 
 int DemoFolder::removeStale(const QString& base) {
     int removed = 0;
-    const QFileInfoList folders = QDir(base).entryInfoList(
-        {QStringLiteral("tolvane-demo-*")}, QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks);
+    const QFileInfoList folders =
+        QDir(base).entryInfoList({QStringLiteral("tolvane-demo-*")}, QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks);
     for (const QFileInfo& folder : folders) {
         const QString owner = folder.absoluteFilePath() + QLatin1String(kOwnerFile);
         const int fd = ::open(QFile::encodeName(owner).constData(), O_RDONLY | O_CLOEXEC);

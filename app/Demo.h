@@ -25,7 +25,7 @@ struct DemoModel {
 };
 
 class DemoRadio {
-  public:
+public:
     // The model by either of its names (any case); nullptr for one the demo doesn't offer.
     static const DemoModel* find(const QString& name);
     static const DemoModel& defaultModel();
@@ -48,7 +48,7 @@ class DemoRadio {
     // A device table beside the settings and the demo radio as the first transceiver.
     void presetStation(SettingsStore& s, const QString& folder) const;
 
-  private:
+private:
     const DemoModel* model_;
     QProcess sim_;
     QProcess bus_;
@@ -59,7 +59,7 @@ class DemoRadio {
 // else the temporary folder). Removed at the end of the demo; one left behind by a demo that crashed is
 // removed at the next demo's start, once nothing holds the lock on its ".owner" file any more.
 class DemoFolder {
-  public:
+public:
     DemoFolder();
     ~DemoFolder();
     DemoFolder(const DemoFolder&) = delete;
@@ -71,7 +71,7 @@ class DemoFolder {
     // Removes the folders whose demo is gone; returns how many.
     static int removeStale(const QString& base);
 
-  private:
+private:
     QTemporaryDir dir_;
     int lockFd_ = -1;
 };

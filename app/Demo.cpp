@@ -33,6 +33,8 @@ constexpr DemoModel kDemoModels[] = {
     {"FT-1000MP", "MP1000", "", "4800"},
     {"FT-767", "FT767", "", "4800"},
     {"FLEX-5000", "FLEX-5000", "", "9600", true},
+    {"ORION", "ORION", "", "57600"},
+    {"PEGASUS", "PEGASUS", "", "", false, true},
 };
 // How long a helper program (the simulator, a private bus) gets to say where it can be reached.
 constexpr int kHelperStartMs = 5000;
@@ -96,6 +98,9 @@ QString DemoRadio::start(const QString& exeDir, QString* error) {
                      QStringLiteral("100"), QStringLiteral("--dial-every"), QStringLiteral("1000")};
     if (model_->console)
         args << QStringLiteral("--sdr-console") << QStringLiteral("--mode") << QStringLiteral("CWL");
+    else if (model_->folder)
+        args << QStringLiteral("--pegasus-folder") << controlFolder_.emplace().path() << QStringLiteral("--mode")
+             << QStringLiteral("CW");
     else
         args << QStringLiteral("--model") << QString::fromLatin1(model_->name) << QStringLiteral("--mode") << QStringLiteral("CW");
     sim_.setArguments(args);
@@ -109,8 +114,10 @@ QString DemoRadio::start(const QString& exeDir, QString* error) {
         if (error) *error = QStringLiteral("the radio simulator did not start: ") + sim_.errorString();
         return {};
     }
-    // A radio names its pseudo-terminal, a console the bus name it holds.
-    const QByteArray tag = model_->console ? QByteArrayLiteral("CONSOLE ") : QByteArrayLiteral("PTY ");
+    // A radio names its pseudo-terminal, a console the bus name it holds, a folder radio its folder.
+    const QByteArray tag = model_->console  ? QByteArrayLiteral("CONSOLE ")
+                           : model_->folder ? QByteArrayLiteral("FOLDER ")
+                                            : QByteArrayLiteral("PTY ");
     QByteArray out;
     QElapsedTimer t;
     t.start();
@@ -152,7 +159,9 @@ void DemoRadio::presetSettings(const QString& iniPath, const QString& pty) const
     s.SaveSetting(g, QStringLiteral("Radio"), QString::fromLatin1(model_->catalogue));
     s.SaveSetting(g, QStringLiteral("RadioId"), QString::fromLatin1(model_->address));
     s.SaveSetting(g, QStringLiteral("Radix"), QStringLiteral("Hexadecimal"));
-    if (!model_->console) {
+    if (model_->folder) {
+        s.SaveSetting(g, QStringLiteral("ControlFolder"), pty);
+    } else if (!model_->console) {
         s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
         s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty);
         s.SaveSetting(g, QStringLiteral("CommSpeed"), QString::fromLatin1(model_->speed));

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
+#include <optional>
+
 namespace tv {
 
 class Program;
@@ -19,6 +21,7 @@ struct DemoModel {
     const char* address;  // "" for radios without a bus address
     const char* speed;
     bool console = false;  // driven through a console program on the session bus, not on a line
+    bool folder = false;   // driven through files in a control folder, not on a line
 };
 
 class DemoRadio {
@@ -49,6 +52,7 @@ private:
     const DemoModel* model_;
     QProcess sim_;
     QProcess bus_;
+    std::optional<QTemporaryDir> controlFolder_;  // made only for a radio driven through files
 };
 
 // The demo's throw-away settings folder, "tolvane-demo-*" in the user's runtime folder ($XDG_RUNTIME_DIR,

@@ -17,6 +17,11 @@ public:
     virtual bool decimalRadix() const = 0;
     virtual bool interrogationEnabled() const = 0;
     virtual bool modeFiltersEnabled() const = 0;
+    // The folder through which a radio driven by another program is reached.
+    virtual QString controlFolderText() const = 0;
+    // The split and dual boxes as they stand: a radio setting both with one command needs the other.
+    virtual bool splitChecked() const = 0;
+    virtual bool dualChecked() const = 0;
 
     // ---- the message monitor ----
     virtual bool captureEnabled() const = 0;

@@ -88,6 +88,10 @@ KavModule::KavModule(Common& common, KavMain& main, KavConfig& config, KavMessag
         UpdateCaption();
     });
     QObject::connect(&state_, &RadioState::identified, &state_, [this](const RadioIdentity&) { UpdateCaption(); });
+    QObject::connect(&state_, &RadioState::linkFaultChanged, &state_, [this] { UpdateCaption(); });
+    hooks.ResetControlFolderErrorFlag = [this] {
+        if (Protocol* p = radio_.protocol()) p->ClearLinkFault();
+    };
     // While the program holds the radio keyed a marker lies beside the settings, so that a run that ends
     // without unkeying it (a crash, kill -9, a power cut) is made good by the next.
     QObject::connect(&state_, &RadioState::transmittingChanged, &state_, [this](bool on) {
@@ -487,6 +491,9 @@ void KavModule::clearAddress() { config_.Address.setText(QString()); }
 bool KavModule::decimalRadix() const { return config_.DecSel.value(); }
 bool KavModule::interrogationEnabled() const { return config_.Interrogation.checked(); }
 bool KavModule::modeFiltersEnabled() const { return config_.ModeFiltersEnabledCheck.checked(); }
+QString KavModule::controlFolderText() const { return config_.RadioFolder.text(); }
+bool KavModule::splitChecked() const { return main_.SplitBox.checked(); }
+bool KavModule::dualChecked() const { return main_.DualBox.checked(); }
 bool KavModule::captureEnabled() const { return messages_.CaptureEnabled.checked(); }
 
 void KavModule::DisplayLine(const QString& prefix, const QString& decimalLine, const QString& hexLine,

@@ -141,6 +141,9 @@ public:
     bool decimalRadix() const override;
     bool interrogationEnabled() const override;
     bool modeFiltersEnabled() const override;
+    QString controlFolderText() const override;
+    bool splitChecked() const override;
+    bool dualChecked() const override;
     bool captureEnabled() const override;
     void DisplayLine(const QString& prefix, const QString& decimalLine, const QString& hexLine,
                      const QString& asciiLine) override;

@@ -159,6 +159,8 @@ public:
     // ---- the caption ----
     // A fault of the link that the caption shows in place of the port's text ("" when none).
     virtual QString LinkFaultCaption() const { return QString(); }
+    // The operator changed what the fault was about (the control folder): the fault is forgotten.
+    virtual void ClearLinkFault() {}
     // The radio's state for the caption: "" when it answers, else what follows its name.
     virtual QString OfflineCaption(bool responding) const {
         return responding ? QString() : QStringLiteral(" - not answering");

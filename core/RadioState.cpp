@@ -81,7 +81,8 @@ void RadioState::ReportLevel(RadioLevel level, double value) {
     if (std::isfinite(value)) levels_[size_t(level)] = value;
 }
 void RadioState::ReportFilterGroup(int group) { emit filterGroupReported(group); }
-void RadioState::ReportRefusal() { emit commandRefused(); }
+void RadioState::ReportRefusal(const QString& command) { emit commandRefused(command); }
+void RadioState::ReportLinkFault() { emit linkFaultChanged(); }
 void RadioState::ReportIdentity(const RadioIdentity& identity) {
     RadioDisplayName = identity.displayName;
     emit identified(identity);

@@ -75,7 +75,10 @@ public:
     void ReportDual(bool on);
     void ReportMeter(double fraction);
     void ReportFilterGroup(int group);
-    void ReportRefusal();
+    // The radio refused a command; `command` names it ("": the last command sent).
+    void ReportRefusal(const QString& command = QString());
+    // The protocol's LinkFaultCaption changed.
+    void ReportLinkFault();
     void ReportIdentity(const RadioIdentity& identity);
     // The first frequency report of a run puts the keyboard on the frequency box.
     void ReportFirstFrequency();
@@ -117,7 +120,8 @@ signals:
     void dualReported(bool on);
     void meterReported(double fraction);
     void filterGroupReported(int group);
-    void commandRefused();
+    void commandRefused(const QString& command);
+    void linkFaultChanged();
     void identified(const tv::RadioIdentity& identity);
     void frequencyFocusWanted();
     void respondingChanged(bool responding);

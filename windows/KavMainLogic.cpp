@@ -131,12 +131,14 @@ void KavMainLogic::connect() {
         if (vfo == 0) m_.main().VFOFrame.setCaption(QStringLiteral("VFO A"));
         if (vfo == 1) m_.main().VFOFrame.setCaption(QStringLiteral("VFO B"));
     });
-    QObject::connect(&s, &RadioState::commandRefused, &s, [this] { Guard("KavReject.Show", [this] { ShowRejection(); }); });
+    QObject::connect(&s, &RadioState::commandRefused, &s, [this](const QString& command) {
+        Guard("KavReject.Show", [this, command] { ShowRejection(command); });
+    });
 }
 
-void KavMainLogic::ShowRejection() {
+void KavMainLogic::ShowRejection(const QString& refused) {
     KavReject& w = m_.messages().reject;
-    const QString command = m_.queue().LastCommandName;
+    const QString command = refused.isEmpty() ? m_.queue().LastCommandName : refused;
     w.Command.setCaption(command);
     const QDateTime now = m_.loop().localNow();
     w.Time.setCaption(QStringLiteral("%1-%2-%3")

@@ -3,6 +3,8 @@
 // its keyboard map, the choice of what the shared area shows, and its size. Toolkit-free: the Qt view
 // turns clicks and keys into gestures on the form model, and these handlers answer them.
 
+#include <QString>
+
 namespace tv {
 
 class KavModule;
@@ -26,7 +28,7 @@ public:
     // Keeps the window at its designed size: a maximised window comes back to normal.
     void UpdateWindow();
     // The notice of a command the radio refused.
-    void ShowRejection();
+    void ShowRejection(const QString& refused);
 
     // The modifier masks of the last presses.
     int MouseShiftState = 0;

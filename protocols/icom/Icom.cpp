@@ -29,8 +29,8 @@ QByteArray bytes(std::initializer_list<int> list) {
 }
 }  // namespace
 
-const CivDialect kIcomDialect{"Icom ", true, InterrogationRule::ForcedWithMeter};
-const CivDialect kTenTecCivDialect{"TenTec ", false, InterrogationRule::Unchanged};
+const CivDialect kIcomDialect{"Icom ", true, InterrogationRule::ForcedWithMeter, nullptr};
+const CivDialect kTenTecCivDialect{"TenTec ", false, InterrogationRule::Unchanged, "OMNIV.9"};
 
 QByteArray IcomFrequencyBytes(double f, bool fiveBytes) {
     // Each step truncates after adding 0.0005 kHz, so 14025.5 isn't read as 14025.4999...
@@ -127,6 +127,17 @@ int IcomProtocol::FilterGroupWidthHz(int mode, const QString& group) const {
 void IcomProtocol::Execute(const XcvrCmd& c) {
     // Frames go to the address that was current when the command was queued.
     const auto to = std::uint8_t(c.theRadio);
+    switch (c.theCmd) {
+        case XcvrCmdSplit:
+        case XcvrCmdVFOA:
+        case XcvrCmdVFOB:
+        case XcvrCmdVFOEqual:
+        case XcvrCmdVFOXch:
+            if (dialect_.nudgedModel && radio_.model.toUpper() == QLatin1String(dialect_.nudgedModel))
+                FreqNudgePending = true;
+            break;
+        default: break;
+    }
     switch (c.theCmd) {
         case XcvrCmdFreq: {
             // Ten digits of hertz are all a frame holds: anything else is refused, never wrapped.

@@ -26,6 +26,9 @@ struct CivDialect {
     // After the split and dual boxes the radio is asked again; a tune by record selects main first.
     bool asksAfterReceiverSwitch;
     InterrogationRule interrogation;
+    // The model whose display settles only after a second, different frequency once split or the VFOs
+    // were switched (nullptr: none).
+    const char* nudgedModel;
 };
 extern const CivDialect kIcomDialect;
 extern const CivDialect kTenTecCivDialect;

@@ -31,7 +31,8 @@ struct PlainView : CoreView {
         QString prefix, decimal, hex, ascii;
     };
     QString pollInterval = QStringLiteral("200");
-    QString address;
+    QString address, controlFolder;
+    bool split = false, dual = false;
     bool decimal = false, interrogation = true, modeFilters = false, capture = true;
     std::vector<Line> lines;
     QString awaited;
@@ -44,6 +45,9 @@ struct PlainView : CoreView {
     bool decimalRadix() const override { return decimal; }
     bool interrogationEnabled() const override { return interrogation; }
     bool modeFiltersEnabled() const override { return modeFilters; }
+    QString controlFolderText() const override { return controlFolder; }
+    bool splitChecked() const override { return split; }
+    bool dualChecked() const override { return dual; }
     bool captureEnabled() const override { return capture; }
     void DisplayLine(const QString& p, const QString& d, const QString& h, const QString& a) override {
         lines.push_back({p, d, h, a});

@@ -35,6 +35,9 @@ public:
     std::optional<FixedPortSettings> FixedPort() const override { return real_ ? real_->FixedPort() : std::nullopt; }
     QString SMeterFile() const override { return real_ ? real_->SMeterFile() : QString(); }
     QString LinkFaultCaption() const override { return real_ ? real_->LinkFaultCaption() : QString(); }
+    void ClearLinkFault() override {
+        if (real_) real_->ClearLinkFault();
+    }
     void BringUp() override {
         if (real_) real_->BringUp();
     }

@@ -195,6 +195,32 @@ TEST(WireTranscript, IcomRadios) {
     icomSession(QStringLiteral("IC-775"), QStringLiteral("46"), false);
 }
 
+void tenTecSession(const QString& radio, const QString& address, const std::vector<QByteArray>& replies,
+                   const QByteArray& refusal) {
+    Session s(radio, address);
+    s.start();
+    s.advance(1050);
+    for (const QByteArray& r : replies) {
+        s.feed(r);
+        s.advance(250);
+    }
+    operate(s);
+    s.feed(refusal);
+    s.advance(650);
+    s.stop();
+    s.check(radio);
+}
+
+TEST(WireTranscript, TenTecRadios) {
+    // 14,025.000 kHz in CW; the Omni VI's switches are followed by a nudge at the next report.
+    tenTecSession(QStringLiteral("OMNIV.9"), QStringLiteral("04"),
+                  {civ(4, "030050021400"), civ(4, "040301"), civ(4, "15020128")}, civ(4, "FA"));
+    tenTecSession(QStringLiteral("JUPITER"), QString(),
+                  {QByteArray("A") + QByteArray::fromHex("00D60128") + '\r', "M33\r", "S0A\r", "EA\r"}, "Z\r");
+    tenTecSession(QStringLiteral("ORION"), QString(),
+                  {"@AF14.025\r", "@BF7010200\r", "@RMM2\r", "@SRM12S\r", "@KVAAB\r"}, "Z!XY\r");
+}
+
 QByteArray ifReply(long long hz, char mode, char vfo, char split = '0') {
     QByteArray r = "IF" + QByteArray::number(hz).rightJustified(11, '0');
     r += "     +000000000";

@@ -19,8 +19,10 @@ namespace tv::test {
 
 class SimulatedRadio : public ::testing::Test {
 protected:
-    // Starts the simulator as the model (at 7010 kHz, CW) and the program with that radio on port 1.
-    void startStation(const QString& model, const QString& address = QString(), const QStringList& simArgs = {}) {
+    // Starts the simulator as the model (at 7010 kHz, CW) and the program with that radio on port 1
+    // (the catalogue's name for it, when that differs).
+    void startStation(const QString& model, const QString& address = QString(), const QStringList& simArgs = {},
+                      const QString& catalogue = QString()) {
         const QString simPath = QStringLiteral(TOLVANE_BINARY_DIR "/tolvane-radiosim");
         TV_REQUIRE_TOOL("socat");
         ASSERT_TRUE(QFileInfo(simPath).isExecutable()) << "build tolvane-radiosim first";
@@ -38,7 +40,7 @@ protected:
         {
             SettingsStore s(dir.filePath(QStringLiteral("Tolvane.ini")), nullptr);
             const QString g = QStringLiteral("General");
-            s.SaveSetting(g, QStringLiteral("Radio"), model);
+            s.SaveSetting(g, QStringLiteral("Radio"), catalogue.isEmpty() ? model : catalogue);
             if (!address.isEmpty()) s.SaveSetting(g, QStringLiteral("RadioId"), address);
             s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
             s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty.ends[0]);

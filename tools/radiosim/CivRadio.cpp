@@ -35,6 +35,8 @@ std::optional<CivModel> CivRadio::model(const QString& name) {
         {QStringLiteral("IC-706MKIIG"), 0x58, true, false, false, false},
         {QStringLiteral("IC-735"), 0x04, false, true, false, false},
         {QStringLiteral("IC-775"), 0x46, true, false, false, false},
+        // TenTec's Omni VI speaks CI-V at its own address.
+        {QStringLiteral("OMNI-VI"), 0x04, true, false, false, false},
     };
     for (const CivModel& m : models)
         if (m.name.compare(name.trimmed(), Qt::CaseInsensitive) == 0) return m;
@@ -42,7 +44,7 @@ std::optional<CivModel> CivRadio::model(const QString& name) {
 }
 
 QStringList CivRadio::modelNames() {
-    return {QStringLiteral("IC-7300"), QStringLiteral("IC-756PRO"), QStringLiteral("IC-706MKIIG"),
+    return {QStringLiteral("IC-7300"), QStringLiteral("IC-756PRO"), QStringLiteral("IC-706MKIIG"), QStringLiteral("OMNI-VI"),
             QStringLiteral("IC-735"), QStringLiteral("IC-775")};
 }
 

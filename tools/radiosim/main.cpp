@@ -3,6 +3,8 @@
 
 #include "tools/radiosim/CivRadio.h"
 #include "tools/radiosim/KenwoodRadio.h"
+#include "tools/radiosim/PegasusFolder.h"
+#include "tools/radiosim/TenTecRadio.h"
 #include "tools/radiosim/SdrConsole.h"
 #include "tools/radiosim/YaesuRadio.h"
 
@@ -35,6 +37,9 @@ using tv::sim::KenwoodRadio;
 using tv::sim::SdrConsole;
 using tv::sim::YaesuModel;
 using tv::sim::YaesuRadio;
+using tv::sim::PegasusFolder;
+using tv::sim::TenTecModelSpec;
+using tv::sim::TenTecRadio;
 
 namespace {
 
@@ -68,9 +73,10 @@ bool makeRaw(int fd) {
 int echoLength(const CivRadio&, const QByteArray& in) { return int(in.size()); }
 int echoLength(const KenwoodRadio&, const QByteArray&) { return 0; }
 int echoLength(const YaesuRadio&, const QByteArray&) { return 0; }
+int echoLength(const TenTecRadio&, const QByteArray&) { return 0; }
 QString shown(const CivRadio&, const QByteArray& bytes) { return QString::fromLatin1(bytes.toHex(' ').toUpper()); }
 QString shown(const YaesuRadio&, const QByteArray& bytes) { return QString::fromLatin1(bytes.toHex(' ').toUpper()); }
-QString shown(const KenwoodRadio&, const QByteArray& bytes) {
+QString textShown(const QByteArray& bytes) {
     QString text;
     for (char c : bytes)
         text += (c >= 0x20 && c < 0x7F) ? QString(QLatin1Char(c)) : QStringLiteral("<%1>").arg(uint8_t(c), 2, 16, QLatin1Char('0'));
@@ -80,6 +86,22 @@ QByteArray setMode(CivRadio& radio, int mode, const QStringList& w) {
     return radio.setMode(mode, w.size() > 2 ? w[2].toInt() : radio.filter());
 }
 QByteArray setMode(KenwoodRadio& radio, int mode, const QStringList&) { return radio.setMode(mode); }
+QString shown(const KenwoodRadio&, const QByteArray& bytes) { return textShown(bytes); }
+// TenTec's binary frequencies and mode bytes as <xx> among the text.
+QString shown(const TenTecRadio&, const QByteArray& bytes) { return textShown(bytes); }
+QByteArray setMode(TenTecRadio& radio, int mode, const QStringList&) { return radio.setMode(mode); }
+int meterTop(const TenTecRadio&) { return 15; }
+int modeIndex(const TenTecRadio&, const QString& name) {
+    const int m = CivRadio::modeIndex(name);
+    return m == CivRadio::RTTYR || m == CivRadio::WBFM ? -1 : m;
+}
+QString modeName(const TenTecRadio& radio) {
+    return QStringLiteral("%1, VFO %2%3%4").arg(CivRadio::modeName(radio.mode()),
+                                                radio.currentVfo() ? QStringLiteral("B") : QStringLiteral("A"),
+                                                radio.split() ? QStringLiteral(", split") : QString(),
+                                                radio.dual() ? QStringLiteral(", dual") : QString());
+}
+bool yaesuCommand(TenTecRadio&, const QStringList&, bool&) { return false; }
 // The top of each family's meter, in the radio's own units.
 int meterTop(const CivRadio&) { return 255; }
 int meterTop(const KenwoodRadio& r) { return r.config().meterFullScale; }
@@ -582,6 +604,59 @@ int serve(QCoreApplication& app, Radio& radio, const QString& device, const QStr
     return rc;
 }
 
+// The Pegasus's control program on its folder until "quit" or a signal: PEGASUS.IN is looked at ten
+// times a second, and the operator's dial and the restless demo dial are told in PEGASUS.OUT.
+int servePegasus(QCoreApplication& app, PegasusFolder& pegasus, qint64 dialStep, int dialEvery) {
+    quitOnSignals(app);
+    if (!pegasus.writeOut()) {
+        logLine(QStringLiteral("tolvane-radiosim: can't write PEGASUS.OUT in the folder"));
+        return 2;
+    }
+    std::printf("FOLDER %s\n", QFile::encodeName(pegasus.folder()).constData());
+    std::fflush(stdout);
+    auto report = [&pegasus](const QString& what) {
+        logLine(QStringLiteral("%1: %2 Hz %3").arg(what).arg(pegasus.frequency()).arg(pegasus.mode()));
+    };
+    report(QStringLiteral("Pegasus"));
+    readStdinLines(app, [&](const QString& line) {
+        const QStringList w = line.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        if (w.isEmpty()) return true;
+        const QString cmd = w[0].toLower();
+        const QString arg = w.size() > 1 ? w[1] : QString();
+        if (cmd == QLatin1String("quit") || cmd == QLatin1String("exit")) return false;
+        bool ok = false;
+        if (cmd == QLatin1String("dial")) {
+            const qint64 d = arg.toLongLong(&ok);
+            if (ok) pegasus.turnDial(d);
+        } else if (cmd == QLatin1String("freq")) {
+            const double khz = arg.toDouble(&ok);
+            if (ok) pegasus.setFrequency(qRound64(khz * 1000.0));
+        } else if (cmd == QLatin1String("mode")) {
+            ok = pegasus.setMode(arg);
+        }
+        if (ok) report(line.trimmed());
+        else logLine(QStringLiteral("bad command: %1 (dial, freq, mode, quit)").arg(line.trimmed()));
+        return true;
+    });
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, &app, [&] {
+        if (pegasus.poll()) report(QStringLiteral("PEGASUS.IN"));
+    });
+    watch.start(100);
+    QTimer dial;
+    int steps = 0;
+    if (dialStep != 0) {
+        QObject::connect(&dial, &QTimer::timeout, &app, [&] {
+            ++steps;
+            pegasus.turnDial((((steps - 1) / 20) % 2 == 0 ? 1 : -1) * dialStep);
+        });
+        dial.start(dialEvery);
+    }
+    const int rc = app.exec();
+    logLine(QStringLiteral("tolvane-radiosim: done"));
+    return rc;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -590,13 +665,14 @@ int main(int argc, char** argv) {
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
-        "A simulated CI-V, Kenwood or Yaesu radio on a pseudo-terminal. Prints \"PTY <path>\" on stdout, "
+        "A simulated CI-V, Kenwood, Yaesu or TenTec radio on a pseudo-terminal. Prints \"PTY <path>\" on stdout, "
         "logs the line on stderr (CI-V and Yaesu in hexadecimal, Kenwood as text), and reads commands on "
         "stdin: dial +100, freq 7010.5, mode CW, silent on|off (hears nothing), mute on|off (obeys, answers "
         "nothing), transceive on|off, reject, garbage 20, "
         "meter 120, slow 4800|off, quit; for Yaesu radios also vfo a|b, split on|off, clar -120|off, filter 2nd|3rd|sub VALUE."));
     parser.addHelpOption();
-    const QStringList allModels = CivRadio::modelNames() + KenwoodRadio::modelNames() + YaesuRadio::modelNames();
+    const QStringList allModels =
+        CivRadio::modelNames() + KenwoodRadio::modelNames() + YaesuRadio::modelNames() + TenTecRadio::modelNames();
     const QCommandLineOption modelOpt(QStringLiteral("model"),
                                       QStringLiteral("Radio model: %1.").arg(allModels.join(QStringLiteral(", "))),
                                       QStringLiteral("NAME"), QStringLiteral("IC-7300"));
@@ -621,8 +697,13 @@ int main(int argc, char** argv) {
         QStringLiteral("Be an SDR console on the session bus (ham.dde.SDRConsole) instead of a radio on a line; stdin "
                        "then takes dial +100, freq 7010.5, freqb, mode USB, modeb, split on|off, meter 0-100, hang on|off, "
                        "vanish, return, quit."));
+    const QCommandLineOption pegasusOpt(
+        QStringLiteral("pegasus-folder"),
+        QStringLiteral("Be the Pegasus's control program on this folder instead of a radio on a line: follows "
+                       "PEGASUS.IN, writes PEGASUS.OUT; stdin then takes dial +100, freq 7010.5, mode USB, quit."),
+        QStringLiteral("DIR"));
     parser.addOptions({modelOpt, addressOpt, deviceOpt, freqOpt, modeOpt, noTransceiveOpt, dialStepOpt, dialEveryOpt, slowOpt,
-                       consoleOpt});
+                       consoleOpt, pegasusOpt});
     parser.process(app);
 
     auto fail = [](const QString& msg) {
@@ -655,10 +736,32 @@ int main(int argc, char** argv) {
         return serveConsole(app, console, step, every);
     }
 
+    if (parser.isSet(pegasusOpt)) {
+        PegasusFolder pegasus(parser.value(pegasusOpt));
+        bool ok = true;
+        if (parser.isSet(freqOpt)) {
+            const double khz = parser.value(freqOpt).toDouble(&ok);
+            if (!ok || khz < 0) return fail(QStringLiteral("bad frequency %1").arg(parser.value(freqOpt)));
+            pegasus.setFrequency(qRound64(khz * 1000.0));
+        }
+        if (parser.isSet(modeOpt) && !pegasus.setMode(parser.value(modeOpt)))
+            return fail(QStringLiteral("bad mode %1 (LSB, USB, AM, CW, FM)").arg(parser.value(modeOpt)));
+        qint64 step = 0;
+        int every = 1000;
+        if (parser.isSet(dialStepOpt)) {
+            bool ok2 = false;
+            step = parser.value(dialStepOpt).toLongLong(&ok);
+            every = parser.value(dialEveryOpt).toInt(&ok2);
+            if (!ok || !ok2 || every <= 0) return fail(QStringLiteral("bad --dial-step or --dial-every"));
+        }
+        return servePegasus(app, pegasus, step, every);
+    }
+
+    std::optional<TenTecModelSpec> tenTecModel = TenTecRadio::model(parser.value(modelOpt));
     std::optional<CivModel> model = CivRadio::model(parser.value(modelOpt));
     std::optional<KenwoodModelSpec> kenwoodModel = KenwoodRadio::model(parser.value(modelOpt));
     const YaesuModel* yaesuModel = YaesuRadio::model(parser.value(modelOpt));
-    if (!model && !kenwoodModel && !yaesuModel)
+    if (!model && !kenwoodModel && !yaesuModel && !tenTecModel)
         return fail(QStringLiteral("unknown model %1; known: %2").arg(parser.value(modelOpt), allModels.join(QStringLiteral(", "))));
     if (parser.isSet(addressOpt)) {
         if (!model) return fail(QStringLiteral("--address is for CI-V radios only"));
@@ -709,6 +812,14 @@ int main(int argc, char** argv) {
         }
         QString banner = QStringLiteral("Yaesu %1, %2 Hz %3").arg(radio.name()).arg(radio.frequency()).arg(modeName(radio));
         if (baud > 0) banner += QStringLiteral(", answering at %1 baud").arg(baud);
+        return serve(app, radio, device, banner, dialStep, dialEvery, baud);
+    }
+
+    if (tenTecModel) {
+        TenTecRadio radio(*tenTecModel);
+        if (initialHz >= 0) radio.setFrequency(initialHz);
+        if (initialMode >= 0) radio.setMode(initialMode);
+        QString banner = QStringLiteral("TenTec %1, %2 Hz %3").arg(tenTecModel->name).arg(radio.frequency()).arg(modeName(radio));
         return serve(app, radio, device, banner, dialStep, dialEvery, baud);
     }
 

@@ -77,6 +77,23 @@ protected:
             ms);
     }
 
+    // Where the simulator's log stands now, for checks of what it receives from here on.
+    qsizetype logMark() {
+        waitSim(QString(), 0);
+        return simLog.size();
+    }
+    // Waits until the simulator has received `last` after the mark, and checks `first` came before it.
+    ::testing::AssertionResult receivedInOrder(const QString& first, const QString& last, qsizetype from) {
+        if (!waitFor([&] { return waitSim(QString(), 0) && simLog.indexOf(last, from) >= 0; }, 5000))
+            return ::testing::AssertionFailure() << "never received " << last.toStdString() << " in\n"
+                                                 << simLog.mid(from).toStdString();
+        const qsizetype at = simLog.indexOf(first, from);
+        if (at < 0 || at > simLog.indexOf(last, from))
+            return ::testing::AssertionFailure() << first.toStdString() << " not before " << last.toStdString()
+                                                 << " in\n" << simLog.mid(from).toStdString();
+        return ::testing::AssertionSuccess();
+    }
+
     QTemporaryDir dir;
     PtyPair pty;
     QProcess sim;

@@ -36,6 +36,17 @@ constexpr DemoModel kDemoModels[] = {
     {"ORION", "ORION", "", "57600"},
     {"PEGASUS", "PEGASUS", "", "", false, true},
 };
+// The demo line's framing (8N1), written to the Com tab (option positions from 1) and to the demo's
+// transceiver entry (the captions at those positions) from this one row, so the two pages agree.
+struct DemoFraming {
+    const char* parityOption;
+    const char* parity;
+    const char* wordOption;
+    const char* word;
+    const char* stopOption;
+    const char* stop;
+};
+constexpr DemoFraming kDemoLine{"1", "N", "1", "8", "1", "1"};
 // How long a helper program (the simulator, a private bus) gets to say where it can be reached.
 constexpr int kHelperStartMs = 5000;
 }  // namespace
@@ -165,6 +176,9 @@ void DemoRadio::presetSettings(const QString& iniPath, const QString& pty) const
         s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
         s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty);
         s.SaveSetting(g, QStringLiteral("CommSpeed"), QString::fromLatin1(model_->speed));
+        s.SaveSetting(g, QStringLiteral("CommParity"), QString::fromLatin1(kDemoLine.parityOption));
+        s.SaveSetting(g, QStringLiteral("CommWordLength"), QString::fromLatin1(kDemoLine.wordOption));
+        s.SaveSetting(g, QStringLiteral("CommStopBits"), QString::fromLatin1(kDemoLine.stopOption));
     }
     s.SaveSetting(g, QStringLiteral("Interrogate"), QStringLiteral("T"));
     s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
@@ -195,9 +209,9 @@ void DemoRadio::presetStation(SettingsStore& s, const QString& folder) const {
     s.SaveSetting(x, QStringLiteral("MultiName0"), QStringLiteral("Demo ") + QString::fromLatin1(model_->name));
     s.SaveSetting(x, QStringLiteral("MultiPort0"), QStringLiteral("0"));
     s.SaveSetting(x, QStringLiteral("MultiBaud0"), QString::fromLatin1(model_->speed));
-    s.SaveSetting(x, QStringLiteral("MultiParity0"), QStringLiteral("N"));
-    s.SaveSetting(x, QStringLiteral("MultiWordlength0"), QStringLiteral("8"));
-    s.SaveSetting(x, QStringLiteral("MultiStop0"), QStringLiteral("1"));
+    s.SaveSetting(x, QStringLiteral("MultiParity0"), QString::fromLatin1(kDemoLine.parity));
+    s.SaveSetting(x, QStringLiteral("MultiWordlength0"), QString::fromLatin1(kDemoLine.word));
+    s.SaveSetting(x, QStringLiteral("MultiStop0"), QString::fromLatin1(kDemoLine.stop));
     s.SaveSetting(x, QStringLiteral("MultiPoll0"), QStringLiteral("1"));
     s.SaveSetting(x, QStringLiteral("MultiEnabled0"), QStringLiteral("1"));
 }

@@ -52,17 +52,23 @@ int RunMemoryCommand(const MemoryCommand& command, std::FILE* out, std::FILE* er
         int changed = 0;
         for (int n = 1; n <= kMemoryCount; ++n)
             if (!(table[size_t(n)] == before[size_t(n)])) {
-                SaveMemoryRow(store, n, table[size_t(n)]);
+                SaveMemoryRow(store, n, table[size_t(n)], locale);
                 ++changed;
             }
         if (!store.flush()) {
             say(err, QStringLiteral("tolvane: the settings in %1 could not be written").arg(store.path()));
             return 2;
         }
-        say(out, QStringLiteral("imported %1; %2 memories changed").arg(command.file).arg(changed));
+        say(out, QStringLiteral("imported %1; %2 %3 changed")
+                      .arg(command.file)
+                      .arg(changed)
+                      .arg(changed == 1 ? QStringLiteral("memory") : QStringLiteral("memories")));
         int code = 0;
         if (!errorsPath.isEmpty()) {
-            say(out, QStringLiteral("%1 lines could not be read: see %2").arg(result.errors.size()).arg(errorsPath));
+            say(out, QStringLiteral("%1 %2 not be read: see %3")
+                         .arg(result.errors.size())
+                         .arg(result.errors.size() == 1 ? QStringLiteral("line could") : QStringLiteral("lines could"))
+                         .arg(errorsPath));
             code = 1;
         }
         if (result.failure) {

@@ -111,7 +111,7 @@ void CommandQueue::AccelerateNextXcvrCmd() {
 void CommandQueue::SetXcvrFreq(double freq) {
     Guard("KavModule.SetXcvrFreq", [&] {
         common_.LogLine(QStringLiteral("KavModule.SetXcvrFreq: ") + num(freq));
-        if (!(freq >= 0) || !std::isfinite(freq)) return;  // NaN fails every comparison: refused too
+        if (!Tunable(freq)) return;
         const bool switched = hooks_.SelectMultiXcvr ? hooks_.SelectMultiXcvr(freq) : false;
         state_.RadioFreq = freq;
         EnqueueXcvrCmd(XcvrCmdFreq, state_.RadioFreq);
@@ -121,7 +121,7 @@ void CommandQueue::SetXcvrFreq(double freq) {
 }
 
 void CommandQueue::SetXcvrSBFreq(double freq) {
-    if (freq < 0 || radio_.RadioIndex < 0) return;
+    if (!Tunable(freq) || radio_.RadioIndex < 0) return;
     if (!radio_.traits().secondaryFrequencyBySwitching) {
         EnqueueXcvrCmd(XcvrCmdSBFreq, freq);
         return;

@@ -7,6 +7,7 @@
 #include "services/Common.h"
 #include "services/Errors.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -165,7 +166,8 @@ void Bands::NormalizeBandOffset() {
 }
 
 void Bands::PlaceFrequency(double freq) {
-    RadioBand = std::int32_t(std::trunc(freq / 1000.0));
+    // A radio's report is bounded by its own digits; anything beyond lies in no band anyway.
+    RadioBand = std::int32_t(std::trunc(std::clamp(freq, -CommandQueue::kMaxTunableKHz, CommandQueue::kMaxTunableKHz) / 1000.0));
     RadioBandIndex = BandIndex(RadioBand);
 }
 

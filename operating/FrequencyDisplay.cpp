@@ -39,8 +39,8 @@ double ParseFrequency(const QString& text, const QLocale& locale, bool* ok) {
     t.remove(locale.groupSeparator());
     bool good = false;
     const double v = locale.toDouble(t, &good);
-    // "inf" and "nan" convert, but no radio is tuned to them.
-    *ok = good && std::isfinite(v);
+    // "inf", "nan" and "1e300" convert, but no radio is tuned to them.
+    *ok = good && CommandQueue::Tunable(v);
     return *ok ? v : 0;
 }
 

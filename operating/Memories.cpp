@@ -171,7 +171,10 @@ bool Memories::filterGroups() const {
 }
 
 void Memories::saveKey(const char* field, int n, const QString& value) {
-    m_.settings().SaveSetting(kMemorySection, MemoryKey(field, n), value);
+    if (qstrcmp(field, "Freq") == 0)
+        SaveMemoryFrequency(m_.settings(), n, value, display_.locale());
+    else
+        m_.settings().SaveSetting(kMemorySection, MemoryKey(field, n), value);
 }
 
 // ---- the banks ----
@@ -294,11 +297,14 @@ void Memories::FreqMemoryTextbox_KeyDown(int row, int& key) {
             LeftDeleteText(w.FreqMemoryTextbox[row]);
             w.FreqMemoryTextbox[row].SetFocus();
             break;
+        // Done here: the window's key map mustn't act on them again.
         case kKeyF2:
             if (DoRcv) DoRcv();
+            key = 0;
             break;
         case kKeyF4:
             if (DoXmit) DoXmit();
+            key = 0;
             break;
         default: break;
     }
@@ -392,7 +398,7 @@ void Memories::SelectMemory(int row) {
     }
     // 3.
     bool ok = false;
-    const double freq = display_.locale().toDouble(box.text().trimmed(), &ok);
+    const double freq = ParseFrequency(box.text(), display_.locale(), &ok);
     if (!ok) {
         m_.dialogs().messageBox(QString::fromLatin1(FrequencyDisplay::kBadEntryMessage), title);
         box.setText(QString());  // its change event forgets the stored text too
@@ -404,13 +410,15 @@ void Memories::SelectMemory(int row) {
     // 5.
     CommandQueue& q = m_.queue();
     const ProtocolTraits& t = m_.radio().traits();
+    // Stored before the radio had reported a mode (-1): it goes as the first mode of the radio's set.
+    const int mode = std::max(mem.mode, 0);
     if (t.filterGroupsInModeCommands) {
         int group = IcomFilterGroupIndex(filter);
         if (group == 3 && !r.filter0) group = 1;
-        q.SetXcvrModeAndFilterGroup(mem.mode, group);
+        q.SetXcvrModeAndFilterGroup(mode, group);
     } else {
         if (t.filterGroupAfterModeReport) PendingMemoryFilter = n;
-        q.SetXcvrModeAndFilterGroup(mem.mode, 0);
+        q.SetXcvrModeAndFilterGroup(mode, 0);
     }
     q.SetXcvrWait();
     q.SetXcvrFreq(freq);

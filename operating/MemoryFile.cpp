@@ -30,8 +30,12 @@ QString MemoryKey(const char* field, int n) {
 
 QString ReformatMemoryFrequency(const QString& text, const QLocale& locale) {
     bool ok = false;
-    const double kHz = locale.toDouble(text.trimmed(), &ok);
+    const double kHz = ParseFrequency(text, locale, &ok);
     return ok ? FormatFrequency(kHz, 2, locale) : text;
+}
+
+void SaveMemoryFrequency(SettingsStore& store, int n, const QString& text, const QLocale& locale) {
+    store.SaveSetting(kMemorySection, MemoryKey("Freq", n), ReformatMemoryFrequency(text, locale));
 }
 
 MemoryRow LoadMemoryRow(const SettingsStore& store, int n, const QLocale& locale) {
@@ -49,8 +53,8 @@ MemoryRow LoadMemoryRow(const SettingsStore& store, int n, const QLocale& locale
     return row;
 }
 
-void SaveMemoryRow(SettingsStore& store, int n, const MemoryRow& row) {
-    store.SaveSetting(kMemorySection, MemoryKey("Freq", n), row.freq);
+void SaveMemoryRow(SettingsStore& store, int n, const MemoryRow& row, const QLocale& locale) {
+    SaveMemoryFrequency(store, n, row.freq, locale);
     store.SaveSetting(kMemorySection, MemoryKey("Mode", n), QString::number(row.mode));
     store.SaveSetting(kMemorySection, MemoryKey("Filter", n), row.filter);
     store.SaveSetting(kMemorySection, MemoryKey("Split", n), check(row.split));

@@ -42,10 +42,13 @@ extern const QString kMemorySection;
 QString MemoryKey(const char* field, int n);
 // A stored frequency text in the "###,###.00" form of the locale; text that isn't a number stays.
 QString ReformatMemoryFrequency(const QString& text, const QLocale& locale);
+// Every writer of a memory's frequency goes through here, so the file holds that one form; a text that
+// isn't a number (and files written earlier, in whatever form) still read back through the above.
+void SaveMemoryFrequency(SettingsStore& store, int n, const QString& text, const QLocale& locale);
 // One memory as stored, with the defaults for what is missing; a mode that isn't one is no mode.
 MemoryRow LoadMemoryRow(const SettingsStore& store, int n, const QLocale& locale);
 // All seven keys of a memory.
-void SaveMemoryRow(SettingsStore& store, int n, const MemoryRow& row);
+void SaveMemoryRow(SettingsStore& store, int n, const MemoryRow& row, const QLocale& locale);
 QString BankTitleKey(int bank);
 QString DefaultBankTitle(int bank);
 

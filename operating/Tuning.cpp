@@ -357,8 +357,10 @@ void Tuning::FreqDisplay_KeyDown(int& keyCode, int shift) {
         if (display_) display_->LeftDelete();
     } else if (keyCode == kKeyF2) {
         if (DoRcv) DoRcv();
+        keyCode = 0;  // done here: the window's key map mustn't act on it again
     } else if (keyCode == kKeyF4) {
         if (DoXmit) DoXmit();
+        keyCode = 0;
     } else if (keyCode >= kKeyF5 && keyCode <= kKeyF12) {
         const int n = keyCode - kKeyF5;
         if (shift == kCtrl) {

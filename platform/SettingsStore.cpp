@@ -2,9 +2,11 @@
 
 #include "platform/EventLoop.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QStringConverter>
 #include <QTextStream>
@@ -15,8 +17,25 @@
 
 namespace tv {
 
+namespace {
+// A save writes "<name>.XXXXXX" beside the file and renames it over; one killed in between leaves it.
+// Only old ones go: another instance on the same folder may be between the two steps right now.
+constexpr qint64 kStaleTemporarySeconds = 60;
+
+void removeStaleTemporaries(const QString& path) {
+    const QFileInfo file(path);
+    const QDir dir = file.absoluteDir();
+    const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-kStaleTemporarySeconds);
+    const QRegularExpression temporary(QStringLiteral("^") + QRegularExpression::escape(file.fileName()) +
+                                       QStringLiteral("\\.[A-Za-z0-9]{6}$"));
+    for (const QFileInfo& f : dir.entryInfoList({file.fileName() + QStringLiteral(".??????")}, QDir::Files | QDir::Hidden))
+        if (temporary.match(f.fileName()).hasMatch() && f.lastModified().toUTC() < before) QFile::remove(f.filePath());
+}
+}  // namespace
+
 SettingsStore::SettingsStore(QString path, EventLoop* loop)
     : path_(std::move(path)), loop_(loop), alive_(std::make_shared<bool>(true)) {
+    removeStaleTemporaries(path_);
     load();
 }
 

@@ -10,7 +10,7 @@ pkgs=(build-essential cmake ninja-build pkg-config
       qt6-base-dev qt6-base-dev-tools qt6-serialport-dev libqt6serialport6-dev qt6-qpa-plugins qt6-httpserver-dev qt6-websockets-dev
       libgtest-dev libgmock-dev libbenchmark-dev
       socat dbus dbus-x11 xvfb xauth clang-format
-      desktop-file-utils appstream man-db lintian file
+      desktop-file-utils appstream man-db lintian file xdg-utils
       libhamlib-utils python3-hamlib)
 
 # A name is there when an installed package has it, or provides it (some -dev names are only

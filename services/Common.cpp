@@ -153,8 +153,31 @@ bool Common::appendToLog(const QString& line) {
     return true;
 }
 
+namespace {
+// Text from outside (a client's command, a file's line) may carry a newline: written as it stands it
+// would start a line of its own, stamped as the program's. Control characters go in as escapes.
+QString escapeControls(const QString& text) {
+    QString out;
+    out.reserve(text.size());
+    for (const QChar c : text) {
+        const char16_t u = c.unicode();
+        if (u == '\n')
+            out += QLatin1String("\\n");
+        else if (u == '\r')
+            out += QLatin1String("\\r");
+        else if (u == '\t')
+            out += QLatin1String("\\t");
+        else if (u < 0x20 || u == 0x7f || u == 0x85 || u == 0x2028 || u == 0x2029)
+            out += QStringLiteral("\\x%1").arg(int(u), u > 0xff ? 4 : 2, 16, QLatin1Char('0'));
+        else
+            out += c;
+    }
+    return out;
+}
+}  // namespace
+
 void Common::LogLine(const QString& text) {
-    const QString line = stamp(UTC::CurrentTime(loop_)) + QStringLiteral(" > ") + text;
+    const QString line = stamp(UTC::CurrentTime(loop_)) + QStringLiteral(" > ") + escapeControls(text);
     // The console still hears what the file couldn't take.
     if (echo) {
         if (!bannerEchoed_)

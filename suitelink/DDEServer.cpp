@@ -103,8 +103,9 @@ void DDEServer::LinkExecute(const QString& CmdStr, std::int16_t& Cancel) {
             owner_.dde.ParseRecord(argument(DDEWord::XcvrSetModeCmd));
             const QString name = owner_.dde.GetToken(1).Value.toUpper();
             const int index = ModeIndex(name);
-            // The requested name as it stands, unknown names too.
-            owner_.WriteItem(QStringLiteral("Mode"), name);
+            // The requested name as it stands, unknown names too; no record asks for nothing, and the
+            // item keeps telling the mode in force.
+            if (owner_.dde.GetParsedTokenCount() > 0) owner_.WriteItem(QStringLiteral("Mode"), name);
             m_.queue().SetXcvrMode(index);
         } else {
             Cancel = -1;

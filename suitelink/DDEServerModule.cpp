@@ -108,12 +108,22 @@ bool DDEServerModule::takesSplitFrequencyAlone() const {
     return p && p->TakesSplitFrequencyAlone();
 }
 
+namespace {
+// A frequency from a client: a number no radio can be tuned to is refused as one that isn't a number is.
+double tunableFrequency(const QString& text) {
+    const double kHz = CDbl(text);
+    if (!CommandQueue::Tunable(kHz)) throw TvError(kErrOverflow, QStringLiteral("\"%1\"").arg(text.left(40)));
+    return kHz;
+}
+}  // namespace
+
 void DDEServerModule::DoQSY(const QString& frequency) {
-    Guard("DDEServerModule.DoQSY", [&] { m_.queue().SetXcvrFreq(CDbl(frequency)); });
+    Guard("DDEServerModule.DoQSY", [&] { m_.queue().SetXcvrFreq(tunableFrequency(frequency)); });
 }
 
 void DDEServerModule::DoFreqMode(const QString& frequency, const QString& mode) {
     Guard("DDEServerModule.DoFreqMode", [&] {
+        const double kHz = tunableFrequency(frequency);
         KavMain& main = m_.main();
         main.FreqDisplay.setText(frequency);
         int index = ModeIndex(mode.toUpper());
@@ -133,23 +143,24 @@ void DDEServerModule::DoFreqMode(const QString& frequency, const QString& mode) 
             }
             m_.queue().SetXcvrDual(false);
         }
-        if (index == ModeUnknown) index = CDbl(frequency) >= 13000.0 ? ModeUSB : ModeLSB;
+        if (index == ModeUnknown) index = kHz >= 13000.0 ? ModeUSB : ModeLSB;
         WriteItem(QStringLiteral("Mode"), LogModeName(index));
         WriteItem(QStringLiteral("RadioMode"), ModeName(index));
         // The mode goes ahead of the frequency, with a wait between.
         m_.queue().SetXcvrMode(index);
         m_.queue().SetXcvrWait();
         if (m_.radio().traits().asksAfterReceiverSwitch) m_.queue().SelectPrimary();
-        m_.queue().SetXcvrFreq(CDbl(frequency));
+        m_.queue().SetXcvrFreq(kHz);
         m_.queue().SetXcvrWait();
     });
 }
 
 void DDEServerModule::DoSplit(const QString& frequency) {
     Guard("DDEServerModule.DoSplit", [&] {
+        const double kHz = tunableFrequency(frequency);
         KavMain& main = m_.main();
         if (main.SplitBox.visible()) {
-            m_.queue().SetXcvrSBFreq(CDbl(frequency));
+            m_.queue().SetXcvrSBFreq(kHz);
             if (!main.SplitBox.checked()) {
                 m_.SetControlFlag(FlagSplitBox, true);
                 main.SplitBox.setChecked(true);
@@ -164,7 +175,7 @@ void DDEServerModule::DoSplit(const QString& frequency) {
             }
         } else if (takesSplitFrequencyAlone()) {
             // That radio takes a split frequency without a split switch.
-            m_.queue().SetXcvrSBFreq(CDbl(frequency));
+            m_.queue().SetXcvrSBFreq(kHz);
         }
     });
 }

@@ -137,10 +137,19 @@ TEST_F(Gui, TheConfigurationWindowOpensAndClosingItOnlyHidesIt) {
     EXPECT_FALSE(st.p().unloaded());
 }
 
-TEST_F(Gui, F4TransmitsWithoutChangingThePttFrame) {
-    int key = kKeyF4;
-    st.p().main.KeyDown(key, 0);
-    EXPECT_EQ(queued(), (std::vector<int>{XcvrCmdPTT}));
+// F4 keys and F2 unkeys from any box the keyboard is in, each once, and the PTT frame keeps its caption.
+TEST_F(Gui, F4AndF2ActOnceFromEveryBox) {
+    const std::vector<std::pair<const char*, TextBox*>> boxes = {
+        {"frequency", &w().FreqDisplay}, {"memory", &w().FreqMemoryTextbox[1]}, {"device", &w().DeviceControl1[0]}};
+    for (const auto& [name, box] : boxes) {
+        auto* edit = widget<QLineEdit>(*box);
+        ASSERT_NE(edit, nullptr) << name;
+        for (Qt::Key key : {Qt::Key_F4, Qt::Key_F2}) {
+            st.m().queue().InitializeXcvrCmdBuffer();
+            QTest::keyClick(edit, key);
+            EXPECT_EQ(queued(), (std::vector<int>{XcvrCmdPTT})) << name << " " << key;
+        }
+    }
     EXPECT_EQ(st.p().main.PTTFrame.caption(), QStringLiteral("PTT"));
 }
 

@@ -109,6 +109,7 @@ TEST_F(MemoryBank, SplitAndDualFollowTheFrequencyAndTheRecallTestsNothingElse) {
     st.preset(kMemorySection, MemoryKey("Split", 2), QStringLiteral("1"));
     presetMemory(3, QStringLiteral("7,010.00"), ModeUnknown);
     presetMemory(4, QStringLiteral("14.0.2"), ModeCW);
+    presetMemory(6, QStringLiteral("7000"), ModeUSB);
     bringUp("IC-756PRO");
     std::vector<Rec> sent = recall(2);
     ASSERT_GE(sent.size(), 4u);
@@ -131,11 +132,25 @@ TEST_F(MemoryBank, SplitAndDualFollowTheFrequencyAndTheRecallTestsNothingElse) {
     EXPECT_EQ(stored("Freq", 4), QString());
     EXPECT_FALSE(w().SelCmd[4].enabled());
 
-    // Stored before the radio reported any mode: -1 is kept, and no mode command is made of it.
+    // Stored before the radio reported any mode: -1 is kept, and recalled as the radio's first mode.
     m().state().RadioMode = -1;
     w().StoreCmd[5].click();
     EXPECT_EQ(stored("Mode", 5), QStringLiteral("-1"));
-    EXPECT_EQ(recall(5).size(), 2u);
+    const std::vector<Rec> first = recall(5);
+    ASSERT_EQ(first.size(), 3u);
+    EXPECT_EQ(first[0].cmd, XcvrCmdMode);
+    EXPECT_EQ(first[0].mode, 0);
+
+    // Group marks anywhere are taken as the frequency box takes them.
+    const int boxes = int(st.dialogs.boxTexts().size());
+    for (const auto& [text, kHz] : {std::pair{"1,4025.5", 14025.5}, std::pair{"14025,5", 140255.0}}) {
+        w().FreqMemoryTextbox[6].setText(QString::fromLatin1(text));
+        const std::vector<Rec> sent = recall(6);
+        ASSERT_GE(sent.size(), 3u) << text;
+        EXPECT_EQ(sent[2].cmd, XcvrCmdFreq) << text;
+        EXPECT_EQ(sent[2].freq, kHz) << text;
+    }
+    EXPECT_EQ(int(st.dialogs.boxTexts().size()), boxes);
 }
 
 TEST_F(MemoryBank, EditingAndStoringARow) {
@@ -158,7 +173,11 @@ TEST_F(MemoryBank, EditingAndStoringARow) {
     mem().beep = [&] { ++beeps; };
     TextBox& box = w().FreqMemoryTextbox[3];
     for (char ch : std::string("7a0-3.5")) box.typeChar(ch);
-    EXPECT_EQ(stored("Freq", 3), QStringLiteral("703.5"));
+    // Stored in the one form the Store button writes, whatever was typed.
+    EXPECT_EQ(stored("Freq", 3), QStringLiteral("703.50"));
+    box.setText(QStringLiteral("1,4025.5"));
+    EXPECT_EQ(stored("Freq", 3), QStringLiteral("14,025.50"));
+    box.setText(QStringLiteral("703.5"));
     EXPECT_EQ(beeps, 2);
 
     // Storing takes the radio's state; the note stays and nothing goes to the radio.

@@ -5,6 +5,7 @@
 #include "platform/SettingsStore.h"
 #include "platform/SimEventLoop.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -125,6 +126,23 @@ TEST_F(Store, KeysIgnoreCaseEveryReadHasItsDefaultAndWritesReachTheDiskWithinATu
     EXPECT_EQ(text.count(QStringLiteral("indowState")), 1);
     // No temporary file is left beside it.
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("Tolvane.ini")});
+}
+
+TEST_F(Store, TemporariesLeftByAnInterruptedSaveGoAtTheNextStart) {
+    auto touch = [&](const QString& name, int ageSeconds) {
+        QFile f(dir.filePath(name));
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write("[General]\n");
+        f.flush();
+        f.setFileTime(QDateTime::currentDateTimeUtc().addSecs(-ageSeconds), QFileDevice::FileModificationTime);
+    };
+    touch(QStringLiteral("Tolvane.ini.aB3xZ9"), 3600);
+    touch(QStringLiteral("Tolvane.ini.Qw7pL2"), 0);   // another instance may be saving right now
+    touch(QStringLiteral("Tolvane.ini.keep"), 3600);  // not a temporary's name
+    SettingsStore s(path(), &loop);
+    QStringList left = QDir(dir.path()).entryList(QDir::Files);
+    left.sort();
+    EXPECT_EQ(left, QStringList({QStringLiteral("Tolvane.ini.Qw7pL2"), QStringLiteral("Tolvane.ini.keep")}));
 }
 
 TEST_F(Store, AwkwardValuesSurviveARoundTrip) {

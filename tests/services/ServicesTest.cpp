@@ -77,6 +77,16 @@ TEST_F(Services, BannerComesOnceBeforeTheFirstLineAndDebugLinesOnlyWithDebugOn) 
     EXPECT_TRUE(log().endsWith(QStringLiteral("> Tolvane shutdown\n")));
 }
 
+TEST_F(Services, ControlCharactersFromOutsideCannotForgeALogLine) {
+    common.Initialize();
+    common.LogLine(QStringLiteral("cmd a\n07-Mar-2026 21:05:09 > forged\r\x1b[2Jz\tq"));
+    const QStringList lines = log().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_FALSE(lines.isEmpty());
+    EXPECT_TRUE(lines.last().endsWith(QStringLiteral("> cmd a\\n07-Mar-2026 21:05:09 > forged\\r\\x1b[2Jz\\tq")))
+        << lines.last().toStdString();
+    EXPECT_FALSE(log().contains(QLatin1Char('\r')));
+}
+
 TEST_F(Services, GuardTurnsAnyExceptionIntoOneReportAndReturns) {
     common.Initialize();  // from here on guarded failures reach the log
     bool after = false;

@@ -75,6 +75,16 @@ TEST_F(SuiteServer, VerbsMatchAsPrefixesAndWhatIsNotUnderstoodIsRefused) {
     EXPECT_TRUE(send(QStringLiteral("001QSY14025.5")));
     EXPECT_EQ(queued(), QStringList{CommandName(XcvrCmdFreq)});
     EXPECT_DOUBLE_EQ(m().state().RadioFreq, 14025.5);
+    // A number no radio can be tuned to goes the way of "inf": reported, nothing queued or shown.
+    for (const char* huge : {"1e300", "1e19", "1e9", "inf", "-5"}) {
+        m().queue().InitializeXcvrCmdBuffer();
+        EXPECT_TRUE(send(QStringLiteral("001qsy") + QLatin1String(huge)));
+        EXPECT_TRUE(send(QStringLiteral("001split") + QLatin1String(huge)));
+        EXPECT_TRUE(send(QStringLiteral("001xcvrfreqmode<f:5>") + QString::fromLatin1(huge).leftJustified(5) +
+                         QStringLiteral("<m:2>CW<eor>")));
+        EXPECT_EQ(queued().count(CommandName(XcvrCmdFreq)), 0) << huge;
+        EXPECT_DOUBLE_EQ(m().state().RadioFreq, 14025.5) << huge;
+    }
     // A full queue costs the record, not the answer: the command is still accepted.
     while (m().queue().XcvrCmdCount < CommandQueue::kBufferSlots) m().queue().SetXcvrFreq(7000);
     EXPECT_TRUE(send(QStringLiteral("001qsy7010")));
@@ -135,6 +145,9 @@ TEST_F(SuiteServer, AModeCommandWritesTheNameAsAskedAndARadioReportTheLogName) {
     m().state().UpdateXcvrMode(ModeCWR);
     EXPECT_EQ(bus->publishedValues(kServer, QStringLiteral("RadioMode")).size(), 1);
     EXPECT_TRUE(bus->read(kServer, QStringLiteral("NoSuchItem")).isNull());
+    // No record asks for no mode: the item keeps what it said.
+    EXPECT_TRUE(send(QStringLiteral("001xcvrsetmodecmd")));
+    EXPECT_EQ(bus->read(kServer, QStringLiteral("Mode")), QStringLiteral("CW"));
 }
 
 TEST_F(SuiteServer, SplitTurnsSplitAndDualOnOnlyWhereTheRadioHasThem) {

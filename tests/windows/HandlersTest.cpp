@@ -240,5 +240,23 @@ TEST_F(Handlers, ANoteWaitsForEnterAndTheViewsSwitchWithoutLosingLines) {
     EXPECT_EQ(stored("MessageDisplayMode"), QStringLiteral("0"));
 }
 
+// The demo's radio is on one port: the Com tab and its transceiver entry show the same framing.
+TEST(DemoStation, TheComTabAndTheTransceiverEntryAgreeOnTheLine) {
+    for (const char* model : {"IC-7300", "FT-817"}) {
+        TestStation st;
+        DemoRadio(*DemoRadio::find(QString::fromLatin1(model)))
+            .presetSettings(st.configDir + QStringLiteral("/Tolvane.ini"), QStringLiteral("/dev/null"));
+        ASSERT_TRUE(st.start());
+        KavConfig& c = st.p().config;
+        auto chosen = [](auto& options) {
+            for (int i = options.lbound(); i <= options.ubound(); ++i)
+                if (options[i].value()) return options[i].caption();
+            return QString();
+        };
+        EXPECT_EQ(c.MultiStop[0].text(), chosen(c.StopBits)) << model;
+        EXPECT_EQ(c.MultiWord[0].text(), chosen(c.WordLength)) << model;
+    }
+}
+
 }  // namespace
 }  // namespace tv::test

@@ -121,7 +121,10 @@ public:
             t_.keyDown(code, modelShift(k->modifiers()));
             if (code == 0) return true;
             // A key without a character that the box handles itself goes no further (the window's
-            // own key map would act on it a second time).
+            // own key map would act on it a second time). A function key its handler left alone (it
+            // says it acted by clearing the code) goes on to the window's key map: F4 keys from any box.
+            const bool functionKey = code >= kKeyF1 && code <= kKeyF12;
+            if (functionKey) return false;
             if (ownHandler && k->text().isEmpty() && !(code >= kKeyPageUp && code <= kKeyDown)) return true;
         }
         // Keys that only move the caret stay with the editor.

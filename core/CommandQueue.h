@@ -50,9 +50,9 @@ public:
     std::vector<XcvrCmd> queued() const;
 
     // ---- what may be asked of the radio ----
-    // The highest frequency any radio is tuned to, in kHz: ten decimal digits of Hz, as the widest
+    // The highest frequency any radio is tuned to, in kHz: eleven decimal digits of Hz, as the widest
     // frequency field on any wire holds it.
-    static constexpr double kMaxTunableKHz = 9999999.999;
+    static constexpr double kMaxTunableKHz = 99999999.999;
     // Whether a frequency from outside (typed, from a link, from a file) can go to a radio at all.
     static bool Tunable(double kHz) { return kHz >= 0 && kHz <= kMaxTunableKHz; }  // NaN fails both
     void SetXcvrFreq(double freq);

@@ -12,7 +12,6 @@ if ! command -v clang++ >/dev/null 2>&1; then
     echo "fuzz.sh: clang++ is not installed" >&2
     exit 2
 fi
-[ -f /work/ccache.env ] && . /work/ccache.env
 gen=()
 command -v ninja >/dev/null 2>&1 && gen=(-G Ninja)
 if [ ! -f "$dir/CMakeCache.txt" ]; then

@@ -9,7 +9,7 @@ set -euo pipefail
 pkgs=(build-essential cmake ninja-build pkg-config
       qt6-base-dev qt6-base-dev-tools qt6-serialport-dev libqt6serialport6-dev qt6-qpa-plugins qt6-httpserver-dev qt6-websockets-dev
       libgtest-dev libgmock-dev libbenchmark-dev
-      socat dbus dbus-x11 xvfb xauth clang-format
+      socat dbus dbus-x11 xvfb xauth clang-format clang libclang-rt-14-dev
       desktop-file-utils appstream man-db lintian file xdg-utils
       libhamlib-utils python3-hamlib)
 

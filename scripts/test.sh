@@ -23,3 +23,7 @@ export TOLVANE_REQUIRE_TOOLS=1
 if [ "$(id -u)" -eq 0 ]; then
     "$root/tests/scripts/run-as-user.sh"
 fi
+# Every parser that takes outside input, 20 s under coverage-guided fuzzing each (a build of its own).
+if command -v clang++ >/dev/null 2>&1; then
+    "$root/scripts/fuzz.sh" "" 20
+fi

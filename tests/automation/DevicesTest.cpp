@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 
 namespace tv::test {
 namespace {
@@ -79,43 +78,6 @@ TEST(DeviceFile, HeaderRowsAndTheLineWhereReadingStops) {
               QStringLiteral("too many frequency entries in /tmp/big.txt for device 2 -- excess ignored"));
     big.chop(big.size() - big.lastIndexOf("\n", big.size() - 2) - 1);  // 1025 rows: no warning
     EXPECT_TRUE(ReadDeviceFile(big, "t", 2, '.').message.isEmpty());
-}
-
-TEST(DeviceFile, FuzzedFilesNeverCrashAndTheFirstBadLineIsNamed) {
-    std::mt19937 rng(20261123);
-    const QByteArray alphabet = "0123456789012345.,,-+ ax\r\n\n\n";
-    for (int round = 0; round < 3000; ++round) {
-        QByteArray bytes;
-        const int length = int(rng() % 200);
-        for (int i = 0; i < length; ++i) bytes += alphabet[int(rng() % unsigned(alphabet.size()))];
-        if (rng() % 8 == 0) bytes += QByteArray(1, char(rng() % 256));
-        const DeviceFileContents f = ReadDeviceFile(bytes, "fuzz", 1, '.');
-        ASSERT_LE(f.rows.size(), size_t(kMaxDeviceRows));
-        for (const GridRow& r : f.rows)
-            ASSERT_TRUE(IsReal(r[0], '.') && r.size() == 4) << bytes.toStdString();
-        // The line named is the one after the rows taken, and it is a line that had to stop the load.
-        QStringList lines = QString::fromUtf8(bytes).split('\n');
-        if (!lines.isEmpty() && lines.last().isEmpty()) lines.removeLast();
-        const size_t next = f.rows.size() + 1;
-        if (next < size_t(lines.size())) {
-            QString bad = lines[qsizetype(next)];
-            if (bad.endsWith('\r')) bad.chop(1);
-            ASSERT_EQ(
-                f.message,
-                QStringLiteral("aborting device data load operation - missing or invalid frequency: ") + bad)
-                << bytes.toStdString();
-        } else {
-            ASSERT_TRUE(f.message.isEmpty());
-        }
-        std::vector<GridRow> rows = f.rows;
-        SortDeviceRows(rows);
-        try {
-            FindDeviceRow(rows, int(rows.size()), int(rng() % 5), 2, double(rng() % 30000));
-        } catch (const TvError& e) {
-            ASSERT_TRUE(e.number() == kErrSubscript || e.number() == kErrTypeMismatch ||
-                        e.number() == kErrOverflow);
-        }
-    }
 }
 
 class DeviceStation : public ::testing::Test {

@@ -9,7 +9,6 @@
 #include <QTemporaryDir>
 
 #include <iterator>
-#include <random>
 
 namespace tv {
 namespace {
@@ -98,20 +97,8 @@ TEST(RadioCatalogue, LoadingStopsAtTheFirstBadLineOrTheLastIndex) {
     EXPECT_EQ(cat.count(), 0);
 }
 
-TEST(RadioCatalogue, HostileInputNeverBreaksTheLoad) {
-    std::mt19937 rng(20240611u);
-    const QByteArray pieces[] = {"RADIO",        "=",   ",",     " ",    "'", "\r",
-                                 "\n",           "T",   "SPLIT", "CW-R", "I", QByteArray(1, '\0'),
-                                 "\xEF\xBB\xBF", "\xFF"};
+TEST(RadioCatalogue, AMegabyteOnOneLineLoads) {
     RadioCatalogue cat;
-    for (int round = 0; round < 4000; ++round) {
-        QByteArray bytes;
-        for (int i = int(rng() % 200); i > 0; --i)
-            bytes += round % 2 ? QByteArray(1, char(rng())) : pieces[rng() % std::size(pieces)];
-        const auto r = cat.parse(QString::fromUtf8(bytes));
-        ASSERT_LE(r.boxMessages.size() + r.errorReports.size(), 1);
-        for (int i = 0; i < cat.count(); ++i) ASSERT_EQ(cat.at(i).model, cat.at(i).model.toUpper());
-    }
     // A megabyte on one line, of pairs and of bare commas.
     cat.parse(QStringLiteral("RADIO=IBIG") + QStringLiteral(",SPLIT=F").repeated(120000) +
               QStringLiteral(",").repeated(100000) + QStringLiteral("PTT=T"));

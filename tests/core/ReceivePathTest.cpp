@@ -4,7 +4,6 @@
 
 #include "coresupport/CoreRig.h"
 
-#include <QRandomGenerator>
 
 #include <gtest/gtest.h>
 
@@ -131,33 +130,6 @@ TEST_F(ReceivePath, NothingIsReadWithoutARadioOrAnOpenPort) {
     rig.link.HandleIncomingChar(QByteArray::fromHex("FEFEE05CFBFD"));
     EXPECT_EQ(rig.view.portUnavailable, 1);
     EXPECT_TRUE(decoded().empty());
-}
-
-// Random bytes, in random chunks, for every family, through the real decoders: no crash, no
-// sanitizer finding, and the buffer count always within its bounds.
-TEST(ReceivePathFuzz, RandomBytesForEveryFamily) {
-    // The Kenwood rounds begin by telling a model, so that every model's decoding is reached.
-    for (const char* radio : {"IC-756PRO", "IC-735", "OMNI VI", "TS-2000", "ID015;", "ID018;", "ID019;", "ID010;",
-                              "FT817", "FT1000D", "ORION"}) {
-        CoreRig rig;
-        const bool kenwoodModel = QByteArray(radio).startsWith("ID");
-        rig.withRadio(kenwoodModel ? QStringLiteral("TS-2000") : QString::fromLatin1(radio));
-        if (kenwoodModel) rig.wire(radio);
-        QRandomGenerator rng(20261123);
-        for (int round = 0; round < 300; ++round) {
-            QByteArray chunk(int(rng.bounded(1, 64)), '\0');
-            for (auto& c : chunk) {
-                // Frame bytes often, so frames of every length and address turn up.
-                const quint32 pick = rng.bounded(10);
-                c = char(pick < 2 ? 0xFE : pick < 3 ? 0xFD : pick < 4 ? ';' : pick < 5 ? 13 : rng.bounded(256));
-            }
-            if (round % 50 == 0 && QByteArray(radio).startsWith("FT")) rig.link.Expect(QStringLiteral("YaesuStatus"), 5);
-            rig.wire(chunk);
-            rig.loop.advance(int(rng.bounded(300)));
-            ASSERT_GE(rig.link.RcvCount, 0);
-            ASSERT_LE(rig.link.RcvCount, 2048);
-        }
-    }
 }
 
 }  // namespace

@@ -143,6 +143,11 @@ TEST(YaesuReplies, FlagsMeterAndTheFilterStep) {
     EXPECT_EQ(SplitYaesuFilterByte(0x28).q, 2);  // 2.5 to even 2
     EXPECT_EQ(SplitYaesuFilterByte(0x28).r, 8);
     EXPECT_EQ(SplitYaesuFilterByte(0x38).q, 4);  // 3.5 to even 4
+    for (int b = 0; b < 256; ++b) {
+        const YaesuFilterCodes c = SplitYaesuFilterByte(b);
+        EXPECT_EQ(c.q * 16 + c.r, b);
+        EXPECT_LE(std::abs(c.r), 8);
+    }
 }
 
 class Yaesu : public ::testing::Test {

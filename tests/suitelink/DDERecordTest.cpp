@@ -4,7 +4,6 @@
 #include "services/Errors.h"
 #include "suitelink/DDECommon.h"
 
-#include <QRandomGenerator>
 
 #include <gtest/gtest.h>
 
@@ -72,38 +71,6 @@ TEST_F(DDERecord, TheHundredAndFirstFieldFailsAndItsCountStands) {
     EXPECT_EQ(dde.GetToken(0).Value, QString());
     EXPECT_EQ(dde.GetToken(-3).Value, QString());
     EXPECT_EQ(reports, QStringList(3, QStringLiteral("DDECommon.GetToken 9")));
-}
-
-TEST_F(DDERecord, FuzzedRecordsNeverCrashAndEncodedFieldsComeBackIntact) {
-    QRandomGenerator rng(20240611);
-    const QString alphabet = QStringLiteral("<>:eorEOR0123456789-ab \n");
-    for (int round = 0; round < 3000; ++round) {
-        // Garbage: the parser must report, never crash or read past the end.
-        QString junk;
-        const int n = int(rng.bounded(40));
-        for (int i = 0; i < n; ++i) junk += alphabet[int(rng.bounded(int(alphabet.size())))];
-        dde.ParseRecord(junk);
-        ASSERT_GE(dde.TokenCount, 0);
-        ASSERT_LE(dde.TokenCount, 101);
-
-        // Well-formed: values full of the format's own characters survive by count.
-        QStringList values;
-        QString record = round % 2 ? QStringLiteral("lead-in ") : QString();
-        const int fields = int(rng.bounded(1, 8));
-        for (int f = 0; f < fields; ++f) {
-            QString v;
-            const int len = int(rng.bounded(12));
-            for (int i = 0; i < len; ++i) v += alphabet[int(rng.bounded(int(alphabet.size())))];
-            values << v;
-            record += DDECommon::EncodeField(QStringLiteral("t%1").arg(f), v);
-        }
-        record += round % 3 ? QStringLiteral("<EoR>trailing<x:1>y") : QStringLiteral("<eor>");
-        reports.clear();
-        dde.ParseRecord(record);
-        ASSERT_TRUE(reports.isEmpty()) << record.toStdString();
-        ASSERT_EQ(dde.TokenCount, fields) << record.toStdString();
-        for (int f = 0; f < fields; ++f) ASSERT_EQ(dde.GetToken(std::int16_t(f + 1)).Value, values[f]) << record.toStdString();
-    }
 }
 
 TEST(DDETable, SendersAndServerNamesFollowTheTable) {

@@ -41,7 +41,7 @@ if [ "$window" = 1 ]; then
     for _ in $(seq 50); do [ -e "/tmp/.X11-unix/X${display#:}" ] && break; sleep 0.1; done
     export DISPLAY="$display" QT_QPA_PLATFORM=xcb
 fi
-valgrind --tool=callgrind --collect-atstart=no --callgrind-out-file="$work/cg.out" \
+valgrind --tool=callgrind --instr-atstart=no --callgrind-out-file="$work/cg.out" \
     "$bin/tolvane" "${mode[@]}" --config-dir "$work/config" --app-dir "$root/data" >"$work/out.log" 2>&1 &
 pid=$!
 # Start-up under valgrind is slow: counted from the moment the poll runs steadily.

@@ -26,14 +26,17 @@ for _ in $(seq 50); do [ -e "/tmp/.X11-unix/X${display#:}" ] && break; sleep 0.1
 peers=(after-headless after-window flrig)
 [ -n "$base" ] && peers=(before-headless before-window "${peers[@]}")
 
-# Starts one peer with its radio; prints "pid simlog".
+# Starts one peer with its radio (in this shell, so that the exit trap reaches all of them); sets
+# pid[peer] and log[peer].
 start_peer() {
     local name="$1" dir="$work/$1.$2"
     mkdir -p "$dir/config"
     socat pty,raw,echo=0,link="$dir/a" pty,raw,echo=0,link="$dir/b" 2>/dev/null &
+    helpers+=($!)
     for _ in $(seq 50); do [ -e "$dir/a" ] && [ -e "$dir/b" ] && break; sleep 0.1; done
     "$bin/tolvane-radiosim" --device "$dir/b" --model IC-7300 --freq 14025.5 --mode CW \
         < <(sleep $((seconds + 10))) >/dev/null 2>"$dir/sim.log" &
+    helpers+=($!)
     local b="$bin"
     case "$name" in before-*) b="$base" ;; esac
     case "$name" in
@@ -53,23 +56,29 @@ INI
                 --app-dir "$root/data" >"$dir/out.log" 2>&1 &
             ;;
         flrig)
-            printf 'xcvr_name:IC-7300\n' >"$dir/config/flrig.prefs"
-            printf '%s\n' "xcvr_serial_port:$dir/a" "comm_baudrate:7" "serloop_timing:$interval" \
+            # Its preferences files: the radio in flrig.prefs, the port and the poll in the radio's own
+            # (read only when it carries a version).
+            printf '%s\n' '; FLTK preferences file format 1.0' '; vendor: w1hkj.com' '; application: flrig' '' \
+                '[.]' '' 'xcvr_name:IC-7300' >"$dir/config/flrig.prefs"
+            printf '%s\n' '; FLTK preferences file format 1.0' '; vendor: w1hkj.com' '; application: IC-7300' '' \
+                '[.]' '' "version:$(flrig --version 2>/dev/null | sed -n 's/^Version: //p')" \
+                "xcvr_serial_port:$dir/a" "comm_baudrate:7" "serloop_timing:$interval" \
                 "civadr:$((16#$address))" "use_tcpip:0" "poll_smeter:1" "poll_frequency:1" "poll_mode:1" \
                 >"$dir/config/IC-7300.prefs"
             DISPLAY="$display" flrig --config-dir "$dir/config" >"$dir/out.log" 2>&1 &
             ;;
     esac
-    echo "$! $dir/sim.log"
+    pid[$name]=$!
+    log[$name]="$dir/sim.log"
 }
 
 hz=$(getconf CLK_TCK)
 echo "load average before: $(cut -d' ' -f1-3 /proc/loadavg)"
-declare -A cpu frames
+declare -A cpu frames pid log
+helpers=()
 for ((r = 0; r < rounds; r++)); do
     order=("${peers[@]:r % ${#peers[@]}}" "${peers[@]:0:r % ${#peers[@]}}")
-    declare -A pid log
-    for p in "${order[@]}"; do read -r pid[$p] log[$p] < <(start_peer "$p" "$r"); done
+    for p in "${order[@]}"; do start_peer "$p" "$r"; done
     # Counted over the last $seconds: start-up (connecting, the first full read) is left out.
     sleep 5
     declare -A t0 f0
@@ -87,7 +96,10 @@ for ((r = 0; r < rounds; r++)); do
     done
     echo "$line load $(cut -d' ' -f1-3 /proc/loadavg)"
     for p in "${order[@]}"; do wait "${pid[$p]}" 2>/dev/null || true; done
-    unset pid log t0 f0
+    kill "${helpers[@]}" 2>/dev/null || true
+    wait "${helpers[@]}" 2>/dev/null || true
+    helpers=()
+    unset t0 f0
 done
 flrigMean=$(echo ${cpu[flrig]} | awk '{for (i = 1; i <= NF; i++) s += $i; print s / NF}')
 printf '%-16s %-24s %-8s %s\n' peer "CPU-s per minute" "frames/s" "vs flrig (mean)"

@@ -63,7 +63,7 @@ INI
             printf '%s\n' '; FLTK preferences file format 1.0' '; vendor: w1hkj.com' '; application: IC-7300' '' \
                 '[.]' '' "version:$(flrig --version 2>/dev/null | sed -n 's/^Version: //p')" \
                 "xcvr_serial_port:$dir/a" "comm_baudrate:7" "serloop_timing:$interval" \
-                "civadr:$((16#$address))" "use_tcpip:0" "poll_smeter:1" "poll_frequency:1" "poll_mode:1" \
+                "civadr:$((16#$address))" "use_tcpip:0" \
                 >"$dir/config/IC-7300.prefs"
             DISPLAY="$display" flrig --config-dir "$dir/config" >"$dir/out.log" 2>&1 &
             ;;

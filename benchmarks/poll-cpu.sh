@@ -10,9 +10,21 @@
 #   benchmarks/poll-cpu.sh [--model IC-7300] [--seconds 60] [--interval 50] [--capture FILE] [--script]
 #                          [--slow BAUD]
 #   benchmarks/poll-cpu.sh --model FT817 --slow 4800 --capture /tmp/ft817.cap
+#
+# --compare runs the peers side by side instead, each polling its own simulated IC-7300 at the interval:
+# tolvane headless, tolvane with its window (on a private Xvfb) and flrig (its own settings in a private
+# config folder), and with TOLVANE_BASE_BIN=<dir> the same two of another build (the one before a change),
+# for three rounds with the start order rotated. It prints CPU-s per minute, frames/s and the ratios to
+# flrig. Needs Xvfb and flrig.
+#
+#   TOLVANE_BASE_BIN=/tmp/before benchmarks/poll-cpu.sh --compare [--seconds 60] [--interval 50]
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 bin="${TOLVANE_BIN:-$root/build/release}"
+if [ "${1:-}" = --compare ]; then
+    shift
+    exec "$root/benchmarks/poll-compare.sh" "$@"
+fi
 model=IC-7300 seconds=60 interval=50 capture="" script=0 slow=""
 while [ $# -gt 0 ]; do
     case "$1" in

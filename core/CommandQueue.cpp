@@ -375,9 +375,10 @@ void CommandQueue::ExecuteNextXcvrCmd() {
             }
             const bool oneRecordPerTick = traits.oneRecordPerTick;
             c = XcvrCmdBuffer[size_t(XcvrCmdHead)];
-            common_.DebugLog(QStringLiteral("KavModule.ExecuteNextXcvrCmd: %1 [%2] %3")
-                                 .arg(c.theCmd)
-                                 .arg(CommandName(c.theCmd), num(c.theFreq)));
+            if (common_.DebugEnabled())
+                common_.DebugLog(QStringLiteral("KavModule.ExecuteNextXcvrCmd: %1 [%2] %3")
+                                     .arg(c.theCmd)
+                                     .arg(CommandName(c.theCmd), num(c.theFreq)));
             auto consume = [this] {
                 XcvrCmdBuffer[size_t(XcvrCmdHead)].theRawCmd.clear();
                 if (++XcvrCmdHead > kBufferSlots) XcvrCmdHead = 1;

@@ -114,7 +114,11 @@ void RadioLink::finishCapture() {
 
 bool RadioLink::decode() {
     const int generation = radio_.generation();
-    if (Protocol* p = radio_.protocol()) p->Decode(rcv_.left(RcvCount));
+    // The buffer itself, shared rather than copied: bytes that come in while the frame is decoded (in a
+    // nested pass of the loop) are written to a copy of their own, and the frame stays as it was.
+    rcv_.resize(RcvCount);
+    const QByteArray frame = rcv_;
+    if (Protocol* p = radio_.protocol()) p->Decode(frame);
     RcvCount = 0;
     return radio_.generation() == generation;
 }

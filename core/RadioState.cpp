@@ -22,7 +22,8 @@ void RadioState::SetTransmitting(bool on) {
 }
 
 void RadioState::UpdateRadioFreq(double kHz) {
-    common_.DebugLog(QStringLiteral("KavModule.UpdateRadioFreq: ") + QString::number(kHz, 'g', 15));
+    if (common_.DebugEnabled())
+        common_.DebugLog(QStringLiteral("KavModule.UpdateRadioFreq: ") + QString::number(kHz, 'g', 15));
     emit frequencyReported(kHz);
     // An equal report does nothing at all: a steady polled frequency costs no display work.
     if (RadioFreq == kHz) return;

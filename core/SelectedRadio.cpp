@@ -77,7 +77,13 @@ const ProtocolTraits& SelectedRadio::traits() const {
     return protocol_ ? protocol_->traits() : none;
 }
 
+// Checked for every request and reply: the same address costs a comparison, not a new array.
+static void storeByte(QByteArray& a, char b) {
+    if (a.size() != 1 || a.at(0) != b) a = QByteArray(1, b);
+}
+
 bool SelectedRadio::ValidID() {
+    const auto setAddressByte = [this](char b) { storeByte(RadioAddress, b); };
     bool valid = false;
     Guard("KavModule.ValidID", [&] {
         const QString id = view_.addressText().trimmed();
@@ -95,7 +101,7 @@ bool SelectedRadio::ValidID() {
                 view_.clearAddress();
                 return;
             }
-            RadioAddress = QByteArray(1, char(v));
+            setAddressByte(char(v));
         } else {
             for (QChar c : id) ok = ok && QStringLiteral("0123456789ABCDEFabcdef").contains(c);
             if (!ok || id.size() >= 3) {
@@ -105,7 +111,7 @@ bool SelectedRadio::ValidID() {
                 return;
             }
             // Lower-case digits pass the check but don't convert: the value is wrong, and stays so.
-            RadioAddress = QByteArray(1, char(DecVal(id) & 0xFF));
+            setAddressByte(char(DecVal(id) & 0xFF));
         }
         valid = true;
     });

@@ -32,9 +32,22 @@ QString CommandName(int code) {
     return QString::fromLatin1(kCommandNames[size_t(code)]);
 }
 
+namespace {
+// The names as strings, made once: every mode report hands them on.
+template <const char* ModeRow::*Field>
+const QString& modeText(size_t mode) {
+    static const auto texts = [] {
+        std::array<QString, kModes.size()> t;
+        for (size_t i = 0; i < kModes.size(); ++i) t[i] = QString::fromLatin1(kModes[i].*Field);
+        return t;
+    }();
+    return texts[mode];
+}
+}  // namespace
+
 QString ModeName(int mode) {
     if (mode < 0 || mode >= int(kModes.size())) return {};
-    return QString::fromLatin1(kModes[size_t(mode)].name);
+    return modeText<&ModeRow::name>(size_t(mode));
 }
 
 int ModeIndex(const QString& name) {
@@ -45,7 +58,7 @@ int ModeIndex(const QString& name) {
 
 QString LogModeName(int mode) {
     if (mode < 0 || mode >= int(kModes.size())) return {};
-    return QString::fromLatin1(kModes[size_t(mode)].logName);
+    return modeText<&ModeRow::logName>(size_t(mode));
 }
 
 QString FilterGroupName(int index) {

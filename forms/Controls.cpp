@@ -50,6 +50,7 @@ void Control::setEnabled(bool e) {
 }
 
 void Control::setBounds(int left, int top, int width, int height) {
+    if (left == left_ && top == top_ && width == width_ && height == height_) return;
     left_ = left;
     top_ = top;
     width_ = width;

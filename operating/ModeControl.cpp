@@ -28,7 +28,12 @@ void ModeControl::connect() {
     m_.hooks.InitializeIcomFilterSettings = [this] { InitializeIcomFilterSettings(); };
     RadioState& s = m_.state();
     QObject::connect(&s, &RadioState::modeReported, &s, [this](int mode) {
-        m_.main().ModeFrame.setCaption(QStringLiteral("Mode: ") + ModeName(mode));
+        // Every mode reply repeats the mode: the caption is composed only when it would change.
+        static constexpr QLatin1String prefix("Mode: ");
+        const QString name = ModeName(mode);
+        const QString& shown = m_.main().ModeFrame.caption();
+        if (shown.size() == prefix.size() + name.size() && shown.startsWith(prefix) && shown.endsWith(name)) return;
+        m_.main().ModeFrame.setCaption(prefix + name);
     });
     QObject::connect(&s, &RadioState::modeChanged, &s, [this](int mode) {
         // The option's click handler sees the flag and doesn't send the report back to the radio.
@@ -205,8 +210,14 @@ void ModeControl::SubFilterClick() {
 void ModeControl::UpdateIcomXcvrFilter(int index) {
     const int mode = m_.state().RadioMode;
     if (!(index > 0 && index < 4) || mode < 0 || mode >= 10) return;
-    m_.state().RadioFilterGroup = index;
     const QString name = FilterGroupName(index);
+    // Each mode reply repeats the group: when the state, the store and the list already hold it,
+    // there is nothing to save, show or let through.
+    ComboBox& shown = m_.main().FilterGroupCombo;
+    if (m_.state().RadioFilterGroup == index && m_.state().ModeFilters[size_t(mode)] == name &&
+        (shown.text() == name || (SearchCombo(shown, name) == -1 && shown.listIndex() == -1)))
+        return;
+    m_.state().RadioFilterGroup = index;
     m_.settings().SaveSetting(kGeneralSection, modeFilterKey(mode), name);
     m_.state().ModeFilters[size_t(mode)] = name;
     UpdateModeCaption(mode);

@@ -157,14 +157,25 @@ void SMeter::UpdateSMeter(double fraction) {
         } else {
             label = QString::number(step);
         }
-        // The two boxes cover the whole picture: what was drawn before is dropped, not stacked.
-        bar.Cls();
-        bar.draw({PictureBox::Shape::FilledBox, 0, 0, filled, height - 1, color, {}});
-        bar.draw({PictureBox::Shape::FilledBox, filled, 0, width, height - 1, kBlack, {}});
+        // The two boxes cover the whole picture: what was drawn before is dropped, not stacked. A reading
+        // that moves nothing (the usual case) leaves the picture, and its window, alone.
+        const auto& drawn = bar.shapes();
+        const bool same = drawn.size() == 2 && drawn[0].x2 == filled && drawn[0].y2 == height - 1 &&
+                          drawn[0].color == color && drawn[1].x1 == filled && drawn[1].x2 == width &&
+                          drawn[1].y2 == height - 1;
+        if (!same) {
+            bar.Cls();
+            bar.draw({PictureBox::Shape::FilledBox, 0, 0, filled, height - 1, color, {}});
+            bar.draw({PictureBox::Shape::FilledBox, filled, 0, width, height - 1, kBlack, {}});
+        }
         SetSMeter(label);
     }
     // Single precision, as the decoders compute it.
-    m_.state().SetItem(QStringLiteral("RadioSMeter"), QString::number(double(float(fraction)), 'g', 7));
+    if (float(fraction) != lastReading_ || lastReadingText_.isEmpty()) {
+        lastReading_ = float(fraction);
+        lastReadingText_ = QString::number(double(lastReading_), 'g', 7);
+    }
+    m_.state().SetItem(QStringLiteral("RadioSMeter"), lastReadingText_);
     m_.state().SetItem(QStringLiteral("RadioSMeterString"), label);
 }
 
@@ -176,7 +187,7 @@ void SMeter::SetSMeter(const QString& text) {
         return;
     }
     value.setVisible(true);
-    const int textWidth = int((QStringLiteral(" ") + text).size()) * kCharWidth;
+    const int textWidth = int(text.size() + 1) * kCharWidth;  // a space before the text
     value.setBounds(w.VFOFrame.width() - w.VFOFrame.left() - textWidth, value.top(), textWidth,
                     value.height());
     value.setCaption(text);

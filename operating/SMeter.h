@@ -49,6 +49,9 @@ class SMeter {
 
   private:
     KavModule& m_;
+    // The last reading and its text: a steady meter is not formatted again on every reply.
+    float lastReading_ = -1;
+    QString lastReadingText_;
 };
 
 }  // namespace tv

@@ -113,10 +113,23 @@ void QtSerialDevice::close() {
 bool QtSerialDevice::isOpen() const { return port_->isOpen(); }
 
 void QtSerialDevice::write(const QByteArray& bytes) {
-    if (port_->isOpen() && !bytes.isEmpty()) port_->write(bytes);
+    if (!port_->isOpen() || bytes.isEmpty()) return;
+    // A poll is a few bytes the line takes at once: with nothing queued before them they go out now,
+    // not through the write notifier (a loop pass and two wake-ups each). What the line can't take
+    // yet, or a failure, goes the port's own way, which queues it or reports the error.
+    qint64 sent = 0;
+    if (port_->bytesToWrite() == 0) {
+        const ssize_t n = ::write(port_->handle(), bytes.constData(), size_t(bytes.size()));
+        if (n > 0) sent = n;
+    }
+    if (sent < bytes.size()) port_->write(bytes.constData() + sent, bytes.size() - sent);
 }
 
-QByteArray QtSerialDevice::readAll() { return port_->isOpen() ? port_->readAll() : QByteArray(); }
+QByteArray QtSerialDevice::readAll() {
+    // The port reads the line into its buffer as bytes arrive; an empty buffer is nothing to read
+    // (and reading it would still allocate a block for the attempt).
+    return port_->isOpen() && port_->bytesAvailable() > 0 ? port_->readAll() : QByteArray();
+}
 
 qint64 QtSerialDevice::bytesAvailable() const { return port_->isOpen() ? port_->bytesAvailable() : 0; }
 

@@ -14,7 +14,7 @@ QByteArray ToBcd(std::uint64_t value, int bytes, BcdOrder order) {
     return out;
 }
 
-std::uint64_t FromBcd(const QByteArray& bytes, BcdOrder order) {
+std::uint64_t FromBcd(QByteArrayView bytes, BcdOrder order) {
     std::uint64_t v = 0;
     const int n = int(bytes.size());
     for (int i = 0; i < n; ++i) {

@@ -16,6 +16,6 @@ std::uint8_t BcdByte(int twoDigits);
 QByteArray ToBcd(std::uint64_t value, int bytes, BcdOrder order);
 // The digits of packed bytes as a number. A nibble above 9 counts as its own value in its place: no
 // radio sends one, and a garbled report must still decode to something rather than fail.
-std::uint64_t FromBcd(const QByteArray& bytes, BcdOrder order);
+std::uint64_t FromBcd(QByteArrayView bytes, BcdOrder order);
 
 }  // namespace tv

@@ -24,6 +24,7 @@ constexpr std::uint8_t kMemoryControl = 0x1A, kDataMode = 0x06;
 
 QByteArray bytes(std::initializer_list<int> list) {
     QByteArray b;
+    b.reserve(qsizetype(list.size()));
     for (int v : list) b.append(char(std::uint8_t(v)));
     return b;
 }
@@ -53,6 +54,7 @@ QString FormatBCDByte(std::uint8_t value) { return QString::number(value / 16) +
 
 QByteArray IcomFrame(std::uint8_t address, const QByteArray& body) {
     QByteArray f;
+    f.reserve(body.size() + 5);
     f.append(char(kPreamble)).append(char(kPreamble)).append(char(address)).append(char(kController));
     f.append(body).append(char(kEnd));
     return f;
@@ -78,6 +80,16 @@ QString IcomProtocol::DisplayName(const RadioInfo& radio) const {
 void IcomProtocol::BringUp() { c_.hooks.InitializeIcomFilterSettings(); }
 
 void IcomProtocol::send(std::uint8_t address, const QByteArray& body) { c_.link.SendCommand(IcomFrame(address, body)); }
+
+const IcomProtocol::PollFrames& IcomProtocol::polls(std::uint8_t address) {
+    if (polls_.address != address) {
+        polls_.address = address;
+        polls_.frequency = IcomFrame(address, bytes({0x03}));
+        polls_.mode = IcomFrame(address, bytes({0x04}));
+        polls_.meter = IcomFrame(address, bytes({0x15, 0x02}));
+    }
+    return polls_;
+}
 
 int IcomProtocol::ModeArgument(int mode) const {
     if (c_.view.modeFiltersEnabled()) return IcomFilterGroupIndex(c_.state.ModeFilters[size_t(mode)]);
@@ -207,11 +219,11 @@ int IcomProtocol::modeWithData(int reported) const {
 }
 
 void IcomProtocol::RequestFrequency() {
-    if (c_.radio.ValidID()) send(c_.radio.address(), bytes({0x03}));
+    if (c_.radio.ValidID()) c_.link.SendCommand(polls(c_.radio.address()).frequency);
 }
 
 void IcomProtocol::RequestMode() {
-    if (c_.radio.ValidID()) send(c_.radio.address(), bytes({0x04}));
+    if (c_.radio.ValidID()) c_.link.SendCommand(polls(c_.radio.address()).mode);
 }
 
 int IcomProtocol::InterrogationStep(int phase) {
@@ -224,7 +236,7 @@ int IcomProtocol::InterrogationStep(int phase) {
                 send(c_.radio.address(), bytes({kLevelRead[int(*level)][0], kLevelRead[int(*level)][1]}));
             } else if (radio_.sMeter) {
                 // To the address in force, checked or not: the meter poll has no test of its own.
-                send(c_.radio.address(), bytes({0x15, 0x02}));
+                c_.link.SendCommand(polls(c_.radio.address()).meter);
             } else {
                 c_.queue.RequestFrequency();
             }
@@ -248,7 +260,7 @@ void IcomProtocol::Decode(const QByteArray& m) {
     c_.state.ReportAnswered();
     if ((cmd == 0x00 || cmd == 0x03) && (n == 10 || n == 11)) {
         // Ten digits reach 1 GHz, eight (SHORTFREQ radios) 10 MHz: the flag, not the length, scales.
-        const double digits = double(FromBcd(m.mid(5, n - 6), BcdOrder::LeastFirst));
+        const double digits = double(FromBcd(QByteArrayView(m).sliced(5, n - 6), BcdOrder::LeastFirst));
         double sum = digits * std::pow(10.0, 5 - 2 * (n - 6));
         if (!radio_.shortFreq) sum *= 100;
         const double kHz = std::round(sum * 1000) / 1000;

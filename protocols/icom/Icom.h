@@ -69,6 +69,14 @@ private:
     ProtocolTraits traits_;
     bool dataOn_ = false;     // the radio's data mode, as last read or set
     int reportedMode_ = -1;  // the mode byte of the last report: the data flag is read when it changes
+
+    // The frames every poll sends, built once for the address in force: a poll costs no allocation.
+    struct PollFrames {
+        int address = -1;
+        QByteArray frequency, mode, meter;
+    };
+    const PollFrames& polls(std::uint8_t address);
+    PollFrames polls_;
 };
 
 }  // namespace tv

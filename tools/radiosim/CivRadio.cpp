@@ -189,6 +189,10 @@ QByteArray CivRadio::handleFrame(const QByteArray& frame) {
         case 0xC1: dualWatch_ = true; return ok;
         default: return ng;
         }
+    case 0x19:
+        // The radio's identity: its default address (other controllers ask it before they poll).
+        if (data.size() != 1 || at(data, 0) != 0x00) return ng;
+        return reply(from, 0x19, bytesOf({0x00, model_.address}));
     case 0x0F:
         if (data.size() != 1 || at(data, 0) > 1) return ng;
         split_ = at(data, 0) == 1;

@@ -159,7 +159,11 @@ private:
 // A picture box: draws the model's shapes on its scale, and hands mouse gestures back in that scale.
 class PictureView : public QWidget {
 public:
-    PictureView(PictureBox& p, QWidget* parent) : QWidget(parent), p_(p) { setMouseTracking(false); }
+    PictureView(PictureBox& p, QWidget* parent) : QWidget(parent), p_(p) {
+        setMouseTracking(false);
+        // It fills its whole area: what lies behind it (the meter's frame) is not painted again.
+        setAttribute(Qt::WA_OpaquePaintEvent);
+    }
 
 protected:
     void paintEvent(QPaintEvent*) override {

@@ -30,8 +30,9 @@ namespace {
 QStringList fileLines(const QByteArray& bytes) {
     QStringList lines = QString::fromUtf8(bytes).split(QLatin1Char('\n'));
     if (!lines.isEmpty() && lines.last().isEmpty()) lines.removeLast();
+    // Every carriage return before a line's end: a file converted twice ends lines in CR CR LF.
     for (QString& l : lines)
-        if (l.endsWith(QLatin1Char('\r'))) l.chop(1);
+        while (l.endsWith(QLatin1Char('\r'))) l.chop(1);
     return lines;
 }
 

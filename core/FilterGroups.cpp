@@ -8,7 +8,8 @@ std::vector<FilterGroupRow> ParseFilterGroupText(const QString& text) {
     std::vector<FilterGroupRow> rows;
     const QStringList lines = text.split(QLatin1Char('\n'));
     for (QString line : lines) {
-        if (line.endsWith(QLatin1Char('\r'))) line.chop(1);
+        // Every carriage return before the line's end: a file converted twice ends lines in CR CR LF.
+        while (line.endsWith(QLatin1Char('\r'))) line.chop(1);
         if (line.isEmpty()) continue;
         // No quoting: every comma ends a field, whatever it stood in.
         const QStringList fields = line.split(QLatin1Char(','));

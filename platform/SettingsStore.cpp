@@ -47,7 +47,8 @@ SettingsStore::~SettingsStore() {
 }
 
 namespace {
-bool isBlank(QChar c) { return c == QLatin1Char(' ') || c == QLatin1Char('\t'); }
+// Whatever a read trims from a line's ends: a form feed or a no-break space as much as a blank.
+bool isBlank(QChar c) { return c.isSpace(); }
 
 // Backslash escapes for what a line can't hold.
 QString escapeText(const QString& v) {

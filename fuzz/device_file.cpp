@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const qsizetype next = qsizetype(f.rows.size()) + 1;
     if (!f.message.isEmpty() && next < lines.size() && f.rows.size() < size_t(tv::kMaxDeviceRows)) {
         QString bad = lines[next];
-        if (bad.endsWith(QLatin1Char('\r'))) bad.chop(1);
+        while (bad.endsWith(QLatin1Char('\r'))) bad.chop(1);  // every CR before the line end
         FUZZ_CHECK(f.message.endsWith(QStringLiteral(": ") + bad), bytes);
     }
     std::vector<tv::GridRow> rows = f.rows;

@@ -67,8 +67,10 @@ QString BankTitleKey(int bank) { return QStringLiteral("MemoryBankContents%1").a
 QString DefaultBankTitle(int bank) { return QStringLiteral("Memory Bank %1").arg(bank + 1); }
 
 QString ExtractData(const QString& line, const QString& tag) {
-    const QString mark = QLatin1Char('<') + tag.toUpper() + QLatin1Char(' ');
-    const qsizetype at = line.toUpper().indexOf(mark);
+    // Found without upper-casing the line: "ß" upper-cases to two letters and would shift every
+    // position after it.
+    const QString mark = QLatin1Char('<') + tag + QLatin1Char(' ');
+    const qsizetype at = line.indexOf(mark, 0, Qt::CaseInsensitive);
     if (at < 0) return {};
     const qsizetype from = at + mark.size();
     const qsizetype end = line.indexOf(QLatin1Char('>'), from);

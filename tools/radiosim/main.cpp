@@ -710,6 +710,16 @@ int main(int argc, char** argv) {
         logLine(QStringLiteral("tolvane-radiosim: ") + msg);
         return 2;
     };
+    // --dial-step and --dial-every, for every kind of simulated radio: false when either is no number.
+    auto dialOptions = [&parser, &dialStepOpt, &dialEveryOpt](qint64* step, int* every) {
+        *step = 0;
+        *every = 1000;
+        if (!parser.isSet(dialStepOpt)) return true;
+        bool ok1 = false, ok2 = false;
+        *step = parser.value(dialStepOpt).toLongLong(&ok1);
+        *every = parser.value(dialEveryOpt).toInt(&ok2);
+        return ok1 && ok2 && *every > 0;
+    };
 
     if (parser.isSet(consoleOpt)) {
         SdrConsole console;
@@ -727,12 +737,7 @@ int main(int argc, char** argv) {
         }
         qint64 step = 0;
         int every = 1000;
-        if (parser.isSet(dialStepOpt)) {
-            bool ok2 = false;
-            step = parser.value(dialStepOpt).toLongLong(&ok);
-            every = parser.value(dialEveryOpt).toInt(&ok2);
-            if (!ok || !ok2 || every <= 0) return fail(QStringLiteral("bad --dial-step or --dial-every"));
-        }
+        if (!dialOptions(&step, &every)) return fail(QStringLiteral("bad --dial-step or --dial-every"));
         return serveConsole(app, console, step, every);
     }
 
@@ -748,12 +753,7 @@ int main(int argc, char** argv) {
             return fail(QStringLiteral("bad mode %1 (LSB, USB, AM, CW, FM)").arg(parser.value(modeOpt)));
         qint64 step = 0;
         int every = 1000;
-        if (parser.isSet(dialStepOpt)) {
-            bool ok2 = false;
-            step = parser.value(dialStepOpt).toLongLong(&ok);
-            every = parser.value(dialEveryOpt).toInt(&ok2);
-            if (!ok || !ok2 || every <= 0) return fail(QStringLiteral("bad --dial-step or --dial-every"));
-        }
+        if (!dialOptions(&step, &every)) return fail(QStringLiteral("bad --dial-step or --dial-every"));
         return servePegasus(app, pegasus, step, every);
     }
 
@@ -791,12 +791,7 @@ int main(int argc, char** argv) {
     }
     qint64 dialStep = 0;
     int dialEvery = 1000;
-    if (parser.isSet(dialStepOpt)) {
-        bool ok1 = false, ok2 = false;
-        dialStep = parser.value(dialStepOpt).toLongLong(&ok1);
-        dialEvery = parser.value(dialEveryOpt).toInt(&ok2);
-        if (!ok1 || !ok2 || dialEvery <= 0) return fail(QStringLiteral("bad --dial-step or --dial-every"));
-    }
+    if (!dialOptions(&dialStep, &dialEvery)) return fail(QStringLiteral("bad --dial-step or --dial-every"));
     const QString device = parser.isSet(deviceOpt) ? parser.value(deviceOpt) : QString();
 
     if (yaesuModel) {

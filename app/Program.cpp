@@ -154,29 +154,29 @@ bool Program::FormLoad() {
     loaded_ = true;
     bool ok = true;
     Guard("KavMain.Form_load", [&] {
-        // 1-2.
+        // The log and error flags first.
         common.Initialize();
         module.ClearErrorLogFlag();
         // A step of start-up or bring-up that nobody answers would be skipped without a word.
         for (const QString& name : module.hooks.missing())
             common.ReportError(kErrInvalidCall, QStringLiteral("KavMain.Form_load"),
                                QStringLiteral("no part of the program answers the step ") + name);
-        // 3.
+        // Debug logging as the settings say.
         const bool debug = settings.GetSetting(kGeneral, QStringLiteral("Debug"), QStringLiteral("0")).trimmed() ==
                            QLatin1String("1");
         config.DebugCheck.setChecked(debug);
         common.SetDebug(debug);
-        // 4.
+        // Stop the shutdown timer; note the form's height.
         main.ShutdownTimer.setEnabled(false);
         main.OriginalFormHeight.setCaption(QString::number(main.height()));
-        // 5.
+        // Load the other windows and put them where they were.
         loadConfigForm();
         messagesLogic.FormLoad();
         common.RestoreWindowPosition(sequenceEditor);
         comm.InitializePort();
-        // 6.
+        // Start the core: catalogue, radio, settings.
         common.LogLine(QStringLiteral("KavMain.Form_load: forms loaded"));
-        // 7.
+        // Without a catalogue there is nothing more to start.
         module.Initialize();
         if (module.terminateRequested()) {
             // Without a catalogue the program ends at once; there is nothing to save yet.
@@ -185,11 +185,11 @@ bool Program::FormLoad() {
             return;
         }
         common.LogLine(QStringLiteral("KavMain.Form_load: KavModule intialized"));
-        // 8.
+        // Open the suite link and the network front doors.
         module.hooks.DDEInitialize();
         netServer.Initialize(netOptions);
         flrigServer.Initialize(flrigOptions);
-        // 9.
+        // The clock and the caption run from here on.
         main.ClockTimer.setInterval(1000);
         main.ClockTimer.setEnabled(true);
         common.LogLine(QStringLiteral("KavMain.Form_load: DDEServerModule initialized"));
@@ -206,18 +206,18 @@ void Program::FormUnload() {
         main.ClockTimer.setEnabled(false);
         // Whatever the way out (the window, a signal, the suite link), the radio is not left keyed.
         module.ReleaseTransmitter(QStringLiteral("at shutdown"));
-        // 1.
+        // Save the debug flag.
         settings.SaveSetting(kGeneral, QStringLiteral("Debug"), config.DebugCheck.checked() ? QStringLiteral("1")
                                                                                           : QStringLiteral("0"));
-        // 2.
+        // Close the suite link and the network front doors.
         module.hooks.DDETerminate();
         netServer.Terminate();
         flrigServer.Terminate();
-        // 3.
+        // The shared services end.
         common.Terminate();
-        // 4.
+        // The core stops last.
         module.Terminate();
-        // 5. The windows go; the port is closed with its window.
+        // The windows go; the port is closed with its window.
         common.SaveWindowPosition(sequenceEditor);
         if (memoryNotes.loaded) Guard("MemoryNotes.Form_Unload", [this] { common.SaveWindowPosition(memoryNotes); });
         common.SaveWindowPosition(config);

@@ -212,10 +212,10 @@ void Devices::LoadDeviceFreqData(const QString& filename, int device) {
     Guard("KavModule.LoadDeviceFreqData", [&] {
         KavConfig& c = m_.config();
         Common& common = m_.common();
-        // 1.
+        // Empty the device's table and its grid.
         DeviceDepth[size_t(device)] = 0;
         c.DeviceGrid[device].setRows({});
-        // 2-4.
+        // A device without a readable, non-empty file is turned off with the reason.
         if (filename.isEmpty()) return disable(device, QStringLiteral(": no data file specified"));
         if (!QFileInfo::exists(filename))
             return disable(device, QStringLiteral(": specified data file does not exist"));
@@ -228,7 +228,7 @@ void Devices::LoadDeviceFreqData(const QString& filename, int device) {
         const DeviceFileContents file = ReadDeviceFile(bytes, filename, device, decimalSeparator());
         {
             FlagHold hold(loading_);
-            // 5-6.
+            // The header record, then each record, into the table.
             common.DebugLog(QStringLiteral("KavModule.LoadDeviceFreqData, initial device record = ") +
                             file.header);
             TextBox* names[3] = {&c.DeviceControl1[device], &c.DeviceControl2[device],
@@ -236,7 +236,7 @@ void Devices::LoadDeviceFreqData(const QString& filename, int device) {
             for (int i = 0; i < file.controlNames.size(); ++i) names[i]->setText(file.controlNames[i]);
             c.DeviceControls[device].setText(QString::number(file.controlNames.size()));
             common.DebugLog(QStringLiteral("KavModule.LoadDeviceFreqData, initial device record processed"));
-            // 7.
+            // Log each record as read.
             for (int r = 0; r < file.recordLines.size(); ++r) {
                 common.DebugLog(QStringLiteral("KavModule.LoadDeviceFreqData, device record %1 = ").arg(r) +
                                 file.recordLines[r]);
@@ -247,7 +247,7 @@ void Devices::LoadDeviceFreqData(const QString& filename, int device) {
             DeviceDepth[size_t(device)] = int(file.rows.size());
             if (!file.message.isEmpty()) m_.dialogs().messageBox(file.message, common.info().title);
         }
-        // 8.
+        // Sort the table; an enabled device follows the radio at once.
         SortDeviceArray(device);
         if (c.DeviceEnabled[device].checked()) UpdateDevices();
     });

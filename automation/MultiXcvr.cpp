@@ -234,10 +234,10 @@ bool MultiXcvr::ResumeDelayedXcvrSwitch() {
 void MultiXcvr::SelectMultiXcvr(int index) {
     Guard("KavModule.SelectMultiXcvr", [&] {
         Common& common = m_.common();
-        // 1.
+        // Log the choice; refuse an index outside the three entries.
         common.LogLine(QStringLiteral("KavModule.SelectMultiXcvr, Index ") + QString::number(index));
         if (index < 0 || index >= kEntries) throw TvError(kErrSubscript);
-        // 2-3. A radio that stays locked unless released is told first; its family resumes the switch.
+        // A radio that stays locked unless released is told first; its family resumes the switch.
         if (DelayedXcvrSwitchFlag) {
             DelayedXcvrSwitchFlag = false;
             common.LogLine(QStringLiteral(
@@ -257,26 +257,24 @@ void MultiXcvr::SelectMultiXcvr(int index) {
 void MultiXcvr::switchTo(int index) {
     KavConfig& c = m_.config();
     CommandQueue& q = m_.queue();
-    // 4-5. Nothing queued or awaited for the old radio survives.
+    // Nothing queued or awaited for the old radio survives.
     q.XcvrCmdTimer.setEnabled(false);
     m_.link().Reset();
-    q.XcvrCmdHead = 1;
-    q.XcvrCmdTail = 1;
-    q.XcvrCmdCount = 0;
-    // 6-8. The port's options change one by one with the port closed; it opens once, with all of them.
+    q.Discard();
+    // The port's options change one by one with the port closed; it opens once, with all of them.
     m_.SetControlFlag(FlagCommPort, true);
     m_.comm().ClosePort();
     copyPortSettings(index);
     m_.loop().yield();
     m_.SetControlFlag(FlagCommPort, false);
     m_.port().ConfigureCommPort();
-    // 9.
+    // Copy the entry's address, polling and interval to the General tab.
     c.Address.setText(c.MultiAddr[index].text());
     c.Interrogation.setChecked(c.MultiPoll[index].checked());
     c.PollInterval.setText(c.MultiInterval[index].text());
     // Commands take the address in force when they are queued: it is the entry's from here on.
     if (!c.Address.text().trimmed().isEmpty()) m_.ValidID();
-    // 10. Two entries of one model share the bring-up: only the link's settings change.
+    // Two entries of one model share the bring-up: only the link's settings change.
     const QString model = c.MultiModel[index].text();
     if (!model.isEmpty() && model.compare(c.RadioCombo.text(), Qt::CaseInsensitive) != 0) {
         {
@@ -292,7 +290,7 @@ void MultiXcvr::switchTo(int index) {
         // The ticks stopped above start again, at the entry's interval.
         q.SetXcvrCmdTimerInterval();
     }
-    // 11.
+    // Remember the choice for the next run.
     SelectedXcvr = index;
     m_.settings().SaveSetting(kSection, QStringLiteral("MultiXCVR"), QString::number(index));
 }

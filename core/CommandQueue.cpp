@@ -54,6 +54,7 @@ bool CommandQueue::EnqueueXcvrCmd(std::int16_t theCmd, double theFreq, std::int1
         r.theRawCmd = theRawCmd;
         if (++XcvrCmdTail > kBufferSlots) XcvrCmdTail = 1;
         ++XcvrCmdCount;
+        ++queuedTotal_;
         // Only makes sure the timer runs: a queued command waits for the next regular tick.
         XcvrCmdTimer.setEnabled(true);
         queuedIt = true;
@@ -69,6 +70,12 @@ std::vector<XcvrCmd> CommandQueue::queued() const {
         if (++i > kBufferSlots) i = 1;
     }
     return out;
+}
+
+void CommandQueue::Discard() {
+    XcvrCmdHead = 1;
+    XcvrCmdTail = 1;
+    XcvrCmdCount = 0;
 }
 
 void CommandQueue::InitializeXcvrCmdBuffer() {

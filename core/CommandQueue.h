@@ -48,6 +48,11 @@ public:
     int count() const { return XcvrCmdCount; }
     // The queued records, oldest first.
     std::vector<XcvrCmd> queued() const;
+    // How many records were ever queued: a caller tells by it whether a gesture queued anything.
+    std::uint64_t queuedTotal() const { return queuedTotal_; }
+    // Drops what is queued; polling goes on where it was.
+    void Discard();
+    int interrogationPhase() const { return InterrogationPhase; }
 
     // ---- what may be asked of the radio ----
     // The highest frequency any radio is tuned to, in kHz: eleven decimal digits of Hz, as the widest
@@ -100,12 +105,13 @@ public:
     // the next tick comes at once, so that a silent radio is asked again now and not an interval later.
     void ReplyWaitEnded();
 
-    int XcvrCmdHead = 1, XcvrCmdTail = 1, XcvrCmdCount = 0;
-    int InterrogationPhase = 0;
-    std::array<XcvrCmd, kBufferSlots + 1> XcvrCmdBuffer{};  // slot 0 unused
     QString LastCommandName;
 
 private:
+    int XcvrCmdHead = 1, XcvrCmdTail = 1, XcvrCmdCount = 0;
+    int InterrogationPhase = 0;
+    std::array<XcvrCmd, kBufferSlots + 1> XcvrCmdBuffer{};  // slot 0 unused
+    std::uint64_t queuedTotal_ = 0;
     void executeRaw(const XcvrCmd& cmd);
     // One polling step, when polling is on.
     void pollStep();

@@ -160,7 +160,7 @@ void KavModule::Initialize() {
     auto log = [this](const QString& what) { common_.LogLine(QStringLiteral("KavModule.Initialize: ") + what); };
     Guard("KavModule.Initialize", [&] {
         log(QStringLiteral("start"));
-        // 1. The flags of the run.
+        // The flags of the run.
         state_.ResetForNewRun();
         ControlFlags.fill(false);
         state_.Responding = true;
@@ -170,11 +170,11 @@ void KavModule::Initialize() {
             leftKeyedByLastRun_ = QStringLiteral("by a run of the program that ended without unkeying it");
             state_.SetTransmitting(true);
         }
-        // 2. The reply expectation (the families' constants are their own).
+        // The reply expectation (the families' constants are their own).
         link_.ExpectedBytes = 0;
         link_.ExpectOperation = QStringLiteral("unknown");
         messagesCaption_ = messages_.caption();
-        // 3. Bandspread, auto-repeat.
+        // Bandspread, auto-repeat.
         main_.Bandspread.setRange(0, 1000);
         main_.Bandspread.setSmallChange(1);
         main_.Bandspread.setLargeChange(100);
@@ -190,10 +190,10 @@ void KavModule::Initialize() {
             config_.AutoRepeatScroll.setValue(ok ? rate : 10);
         }
         hooks.SaveAutoRepeatRate();
-        // 4.
+        // Forget the radio and the link's counters.
         radio_.clear();
         link_.MessageCounter = 0;
-        // 5. Settings in their order.
+        // Settings in their order.
         MemoryNotesShown = readBool(QStringLiteral("MemoryNotesDisplay"), QStringLiteral("False"));
         hooks.UpdateMemoryNotesDisplay();
         restoreChecked(main_.HamBandSequence, FlagHamBandSequence,
@@ -208,14 +208,14 @@ void KavModule::Initialize() {
         config_.DualReceiveEnableBox.setChecked(readBool(QStringLiteral("DualReceiveEnabled"), QStringLiteral("1")));
         config_.PollInterval.setText(settings().GetSetting(kGeneral, QStringLiteral("InterrogateInterval"), QStringLiteral("200")));
         config_.TxTimeout.setText(settings().GetSetting(kGeneral, QStringLiteral("TxTimeout"), QStringLiteral("300")));
-        // 6. The interval is known now; the command timer runs from here on.
+        // The interval is known now; the command timer runs from here on.
         queue_.InitializeXcvrCmdBuffer();
-        // 7.
+        // The address and control folder from the settings.
         config_.Address.setText(settings().GetSetting(kGeneral, QStringLiteral("RadioId"), QStringLiteral("0")));
         config_.RadioFolder.setText(settings().GetSetting(kGeneral, QStringLiteral("ControlFolder"), QString()));
         config_.RadioFolder.setSelStart(int(config_.RadioFolder.text().size()));
         state_.RadioFilterGroup = 1;
-        // 8.
+        // Read the catalogue; without it the program stops here.
         if (!LoadRadioInfo()) return;
         log(QStringLiteral("radio info loaded"));
         port_.InitializeCommPort();
@@ -231,9 +231,9 @@ void KavModule::Initialize() {
             config_.DecSel.setValue(true);
         if (!config_.HexSel.Click && !config_.DecSel.Click) SetControlFlag(FlagRadixRestore, false);
         log(QStringLiteral("radix selection complete"));
-        // 9. The links of families that reach their radio through another program.
+        // The links of families that reach their radio through another program.
         radio_.startFamilyLinks(context_);
-        // 10.
+        // Bring up the radio named in the settings.
         const QString radioName = settings().GetSetting(kGeneral, QStringLiteral("Radio"), QString());
         log(QStringLiteral("radio setting = ") + radioName);
         config_.InitialXcvrCommand.setText(settings().GetSetting(kGeneral, QStringLiteral("InitialXcvrCommand"), QString()));
@@ -263,11 +263,11 @@ void KavModule::Initialize() {
             hooks.InitializeMultiXcvr();
             log(QStringLiteral("multiple transceiver structures initialize"));
         }
-        // 11.
+        // The mode is unknown until the radio reports; the band tables are built.
         state_.RadioMode = -1;
         hooks.InitializeBands();
         log(QStringLiteral("bands initialized"));
-        // 12.
+        // The monitor's options as the settings say.
         restoreChecked(messages_.CaptureEnabled, FlagCaptureEnabled,
                        readBool(QStringLiteral("MessageCapture"), QStringLiteral("T")));
         {
@@ -276,13 +276,13 @@ void KavModule::Initialize() {
             if (!ok || !messages_.MessageDisplayMode.has(mode)) mode = 0;
             messages_.MessageDisplayMode[mode].setValue(true);
         }
-        // 13.
+        // Device grids and tables.
         hooks.InitializeDeviceGrids();
         hooks.LoadDevices();
         log(QStringLiteral("devices loaded"));
-        // 14.
+        // Ask the radio for its state when it has an address.
         if (ValidID()) queue_.InterrogateRadio();
-        // 15.
+        // The user sequences.
         hooks.LoadUserSequences();
         log(QStringLiteral("User Sequences loaded"));
         messages_.ClearMessageDisplay();

@@ -24,23 +24,23 @@ void KavModule::UpdateRadio(bool interrogate) {
     auto log = [this](const QString& t) { common_.LogLine(QStringLiteral("KavModule.UpdateRadio: ") + t); };
     Guard("KavModule.UpdateRadio", [&] {
         log(QStringLiteral("Start"));
-        // 1.
+        // Without radios in the catalogue there is nothing to bring up.
         if (config_.RadioCombo.ListCount() == 0) {
             dialogs().messageBox(QStringLiteral("no radios specified in radios.txt file"), common_.info().title);
             return;
         }
-        // 2.
+        // Stop the scheduler and reset the link while the radio changes.
         queue_.XcvrCmdTimer.setEnabled(false);
         link_.Reset();
         main_.FilterGroupCombo.setVisible(false);
         main_.FilterGroupLabel.setVisible(false);
         main_.FilterGroupCombo.Clear();
-        // 3.
+        // The memories of this radio.
         hooks.LoadMemories();
         log(QStringLiteral("Memories loaded"));
         hooks.InitializeFilterSettings();
         log(QStringLiteral("Filter Settings initialized"));
-        // 4.
+        // Find the chosen radio in the catalogue.
         const QString wanted = config_.RadioCombo.text().toUpper();
         int index = -1;
         for (int i = 0; i < radio_.catalogue.count(); ++i)
@@ -64,12 +64,12 @@ void KavModule::UpdateRadio(bool interrogate) {
             loop().yield();
         }
         const RadioInfo& r = radio_.catalogue.at(index);
-        // 5.
+        // Show the split box when the radio has split.
         main_.SplitBox.setVisible(r.split);
         if (!r.split) main_.SplitBox.setChecked(false);
         main_.DualBox.setVisible(r.dualWatch);
         if (!r.dualWatch) main_.DualBox.setChecked(false);
-        // 6. A mode whose option just went falls back to its nearest relative.
+        // A mode whose option just went falls back to its nearest relative.
         main_.ModeSel[ModeRTTY].setVisible(r.rtty);
         main_.ModeSel[ModeCWR].setVisible(r.cwR);
         main_.ModeSel[ModeRTTYR].setVisible(r.rttyR);
@@ -79,7 +79,7 @@ void KavModule::UpdateRadio(bool interrogate) {
         if (mode == ModeRTTY && !r.rtty) restoreMode = ModeLSB;
         if (mode == ModeCWR && !r.cwR) restoreMode = ModeCW;
         if (mode == ModeRTTYR && !r.rttyR) restoreMode = r.rtty ? ModeRTTY : ModeLSB;
-        // 7.
+        // The VFO buttons the radio has.
         main_.VFOASelCmd.setEnabled(r.vfoSel);
         main_.VFOBSelCmd.setEnabled(r.vfoSel);
         main_.VFOEqualCmd.setEnabled(r.vfoEqual);
@@ -89,7 +89,7 @@ void KavModule::UpdateRadio(bool interrogate) {
         main_.MainSubEqualCmd.setEnabled(r.mainSubEqual);
         main_.MainSubXchCmd.setEnabled(r.mainSubExchange);
         main_.XFCCmd.setEnabled(r.mainSubExchange || r.vfoExchange);
-        // 8.
+        // The port frames, as the family fixes them.
         for (Frame* f : {&config_.PortFrame, &config_.SpeedFrame, &config_.WordLengthFrame, &config_.ParityFrame,
                          &config_.StopBitsFrame, &config_.DTRFrame, &config_.RTSFrame})
             f->setEnabled(r.serialPort);
@@ -99,9 +99,9 @@ void KavModule::UpdateRadio(bool interrogate) {
         } else {
             common_.LogLine(QStringLiteral("KavModule.Initialize: commport not required"));
         }
-        // 9.
+        // The VFO frame's caption.
         main_.VFOFrame.setCaption(QStringLiteral("VFO"));
-        // 10. The operator's own address is never overwritten, only an empty one or "0".
+        // The operator's own address is never overwritten, only an empty one or "0".
         if (r.defaultAddress.isEmpty()) {
             config_.DefaultAddress.setCaption(QString());
         } else {
@@ -111,21 +111,21 @@ void KavModule::UpdateRadio(bool interrogate) {
             const QString a = config_.Address.text().trimmed();
             if (a.isEmpty() || a == QLatin1String("0")) config_.Address.setText(shown);
         }
-        // 11.
+        // The S-meter when the radio reports one.
         main_.SMeter.setVisible(r.sMeter);
         main_.SMeterValue.setVisible(r.sMeter);
         main_.SMeterValue.setCaption(QString());
         hooks.SetSMeter(QString());
         main_.SMeterDummy.setVisible(!r.sMeter);
-        // 12.
+        // Remember the radio for the next run.
         settings().SaveSetting(kGeneral, QStringLiteral("Radio"), config_.RadioCombo.text());
-        // 13.
+        // Log what is known of the radio.
         log(QStringLiteral("model-independent initialization complete"));
         log(QStringLiteral("supplier: ") + QString(r.supplier));
-        // 14.
+        // The fine-step buttons' tooltips.
         main_.HzUpCmd.setToolTip(QStringLiteral("QSY up 10 Hz"));
         main_.HzDownCmd.setToolTip(QStringLiteral("QSY down 10 Hz"));
-        // 15. The supplier's part. A radio the last run left keyed hears its receive command before
+        // The supplier's part. A radio the last run left keyed hears its receive command before
         // anything else, or as soon as it listens.
         auto unkeyLeftKeyed = [this] {
             if (!leftKeyedByLastRun_.isEmpty())
@@ -135,14 +135,14 @@ void KavModule::UpdateRadio(bool interrogate) {
         if (!listensAfterBringUp) unkeyLeftKeyed();
         bringUpFamily(r);
         if (listensAfterBringUp) unkeyLeftKeyed();
-        // 16.
+        // The memory bank; the model's own settings are done.
         hooks.SetCurrentMemoryBank();
         log(QStringLiteral("model-dependent initialization complete"));
-        // 17.
+        // Fresh mode tables and an empty queue.
         hooks.ResetModeTables();
         queue_.InitializeXcvrCmdBuffer();
         log(QStringLiteral("CmdBuffer initialized "));
-        // 18.
+        // The operator's initial command goes first.
         const QString initial = config_.InitialXcvrCommand.text();
         if (!initial.isEmpty()) {
             if (!initial.startsWith(QLatin1Char('\'')))
@@ -151,14 +151,14 @@ void KavModule::UpdateRadio(bool interrogate) {
                 queue_.SetXcvrstring(initial.mid(1));
             log(QStringLiteral("InitialCommand queued "));
         }
-        // 19.
+        // Restore the mode of the last run.
         if (restoreMode >= 0) queue_.SetXcvrMode(restoreMode);
-        // 20.
+        // Start polling when interrogation is on.
         if (interrogate) {
             queue_.InterrogateRadio();
             log(QStringLiteral("Interrogation complete"));
         }
-        // 21.
+        // The S-meter scale file.
         hooks.LoadSMeterData();
     });
 }

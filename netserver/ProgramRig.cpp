@@ -36,17 +36,17 @@ void ProgramRig::connect() {
                      });
     QObject::connect(&m_.state(), &RadioState::frequencyReported, &m_.state(), [this](double) {
         // A report while the change still waits in the queue is from before it.
-        if (m_.queue().XcvrCmdCount == 0) awaitingReport_ = false;
+        if (m_.queue().count() == 0) awaitingReport_ = false;
     });
 }
 
 template <class F>
 bool ProgramRig::queued(F gesture) {
-    if (m_.radio().RadioIndex < 0 || m_.queue().XcvrCmdCount > CommandQueue::kBufferSlots - kQueueHeadroom)
+    if (m_.radio().RadioIndex < 0 || m_.queue().count() > CommandQueue::kBufferSlots - kQueueHeadroom)
         return false;
-    const int tail = m_.queue().XcvrCmdTail, count = m_.queue().XcvrCmdCount;
+    const std::uint64_t before = m_.queue().queuedTotal();
     gesture();
-    return m_.queue().XcvrCmdTail != tail || m_.queue().XcvrCmdCount != count;
+    return m_.queue().queuedTotal() != before;
 }
 
 RigCaps ProgramRig::caps() const {

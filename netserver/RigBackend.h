@@ -4,6 +4,8 @@
 // polls it anyway); a set goes to the program's queue like an operator's gesture and says whether it
 // was queued. The server, its parser and their tests know only this interface.
 
+#include "core/XcvrCmd.h"
+
 #include <QList>
 #include <QString>
 
@@ -14,18 +16,20 @@ namespace tv {
 
 // The program's mode numbers, as the queue and the settings use them.
 enum RigMode : int {
-    RigLSB = 0,
-    RigUSB,
-    RigAM,
-    RigCW,
-    RigRTTY,
-    RigFM,
-    RigWBFM,
-    RigCWR,
-    RigRTTYR,
-    RigPKT,
+    RigLSB = ModeLSB,
+    RigUSB = ModeUSB,
+    RigAM = ModeAM,
+    RigCW = ModeCW,
+    RigRTTY = ModeRTTY,
+    RigFM = ModeFM,
+    RigWBFM = ModeWBFM,
+    RigCWR = ModeCWR,
+    RigRTTYR = ModeRTTYR,
+    RigPKT = ModePKT,
     kRigModeCount
 };
+// A client's mode number goes to the queue as it comes: a mode the program adds must be added here too.
+static_assert(int(kRigModeCount) == int(ModeUnknown), "RigMode follows the program's mode numbers");
 
 enum class RigVfo { A, B, Main, Sub };
 

@@ -207,20 +207,20 @@ void Memories::SetCurrentMemoryBank(int bank) {
     for (int i = 1; i <= kRows; ++i) {
         const int n = memoryOf(i);
         const QString number = QString::number(n);
-        // 1.
+        // The memory's select button.
         w.SelCmd[i].setCaption(number);
-        // 2. (its change event stores the same text again)
+        // The notes box; its change event stores the same text again.
         w.MemoryNotesDisplay[i].setText(table_[size_t(n)].notes);
         w.MemoryNotesDisplay[i].setToolTip(QStringLiteral("notes for memory ") + number);
-        // 3.
+        // The notes tooltip.
         UpdateMemoryNotesTooltip(i);
-        // 4.
+        // The store button.
         w.StoreCmd[i].setCaption(number);
         w.StoreCmd[i].setToolTip(QStringLiteral("click to store current frequency, mode, and filter into memory ") + number);
-        // 5. (its change event stores the same text again)
+        // The frequency box; its change event stores the same text again.
         w.FreqMemoryTextbox[i].setText(table_[size_t(n)].freq);
         w.FreqMemoryTextbox[i].setToolTip(QStringLiteral("click to modify frequency for memory ") + number);
-        // 6.
+        // The filter list for the memory's mode.
         m_.SetControlFlag(FlagFilterGroupList, true);
         if (table_[size_t(n)].mode != ModeUnknown) {
             w.ModeMemoryPulldown[i].setListIndex(table_[size_t(n)].mode);
@@ -230,9 +230,9 @@ void Memories::SetCurrentMemoryBank(int bank) {
             w.FilterMemoryCombo[i].setListIndex(-1);
         }
         m_.SetControlFlag(FlagFilterGroupList, false);
-        // 7.
+        // Enable the select button when the memory holds a frequency.
         EnableMemorySelectCmd(i);
-        // 8.
+        // The tooltips of the mode and filter lists.
         w.ModeMemoryPulldown[i].setToolTip(QStringLiteral("click to modify mode for memory ") + number);
         w.FilterMemoryCombo[i].setToolTip(QStringLiteral("click to modify filter for memory ") + number);
     }
@@ -385,18 +385,18 @@ void Memories::SelectMemory(int row) {
     const int n = memoryOf(row);
     const MemoryRow& mem = table_[size_t(n)];
     const QString title = m_.common().info().title;
-    // 1.
+    // A memory without a mode is incomplete: ask first.
     if (mem.mode == ModeUnknown) {
         m_.dialogs().messageBox(QString::fromLatin1(kIncompleteMessage), title, MsgButtons::OkCancel);
         return;
     }
-    // 2.
+    // An empty frequency box recalls nothing.
     TextBox& box = m_.main().FreqMemoryTextbox[row];
     if (box.text().trimmed().isEmpty()) {
         m_.dialogs().messageBox(QString::fromLatin1(kNoFrequencyMessage), title);
         return;
     }
-    // 3.
+    // The frequency as the frequency box reads it.
     bool ok = false;
     const double freq = ParseFrequency(box.text(), display_.locale(), &ok);
     if (!ok) {
@@ -404,10 +404,10 @@ void Memories::SelectMemory(int row) {
         box.setText(QString());  // its change event forgets the stored text too
         return;
     }
-    // 4.
+    // The filter group: the memory's, or Wide.
     QString filter = QStringLiteral("Wide");
     if (r.filterGroups && !mem.filter.isEmpty()) filter = mem.filter;
-    // 5.
+    // Queue frequency, mode and filter in the radio's order.
     CommandQueue& q = m_.queue();
     const ProtocolTraits& t = m_.radio().traits();
     // Stored before the radio had reported a mode (-1): it goes as the first mode of the radio's set.
@@ -423,7 +423,7 @@ void Memories::SelectMemory(int row) {
     q.SetXcvrWait();
     q.SetXcvrFreq(freq);
     if (t.waitsAfterFrequency) q.SetXcvrWait();
-    // 6. As the operator's own clicks: each queues its commands after the frequency, an unchanged box none.
+    // As the operator's own clicks: each queues its commands after the frequency, an unchanged box none.
     KavMain& w = m_.main();
     if (w.SplitBox.visible()) w.SplitBox.setChecked(mem.split);
     if (w.HamBandSequence.visible()) w.HamBandSequence.setChecked(mem.ham);

@@ -120,11 +120,11 @@ void ModeControl::UpdateYaesuXcvrFilter(const QString& groupName) {
 
 void ModeControl::InitializeFilterSettings() {
     KavMain& w = m_.main();
-    // 1.
+    // Every mode starts on its Wide group.
     for (int i = 0; i <= 9; ++i) m_.state().ModeFilters[size_t(i)] = QStringLiteral("Wide");
-    // 2.
+    // The memories' filter lists follow.
     if (ClearMemoryFilterLists) ClearMemoryFilterLists();
-    // 3.
+    // Hide the filter lists and labels.
     for (Control* c : {static_cast<Control*>(&w.MainFilter1Combo), static_cast<Control*>(&w.MainFilter1Label),
                        static_cast<Control*>(&w.MainFilter2Combo), static_cast<Control*>(&w.MainFilter2Label),
                        static_cast<Control*>(&w.SubFilterCombo), static_cast<Control*>(&w.SubFilterLabel),
@@ -133,10 +133,10 @@ void ModeControl::InitializeFilterSettings() {
                        static_cast<Control*>(&w.WidthCombo), static_cast<Control*>(&w.WidthLabel),
                        static_cast<Control*>(&w.ShiftCombo), static_cast<Control*>(&w.ShiftLabel)})
         c->setVisible(false);
-    // 4.
+    // Hide the filter frame; the groups go back to their defaults.
     m_.hooks.SetFilterFrameVisibility(false);
     if (ResetFilterGroups) ResetFilterGroups();
-    // 5.
+    // Empty the filter lists.
     w.MainFilter1Combo.Clear();
     w.MainFilter2Combo.Clear();
     w.SubFilterCombo.Clear();

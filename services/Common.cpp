@@ -373,27 +373,11 @@ bool SetCombo(ComboBox& list, const QString& text) {
     return true;
 }
 
-QString ContainingDirectory(const QString& path) {
-    const qsizetype i = std::max(path.lastIndexOf(QLatin1Char('/')), path.lastIndexOf(QLatin1Char('\\')));
-    return i < 0 ? QString() : path.left(i);
-}
-
-std::int16_t Min(std::int16_t a, std::int16_t b) { return a < b ? a : b; }
-
 namespace UTC {
 QDateTime CurrentTime(const EventLoop& loop) {
     QDateTime t = loop.utcNow().toUTC();
     t.setTime(QTime(t.time().hour(), t.time().minute(), t.time().second()));
     return t;
-}
-
-int MonthDays(int month, bool leap) {
-    switch (month) {
-        case 1: return 0;
-        case 2: case 4: case 6: case 8: case 9: case 11: return 31;
-        case 3: return leap ? 29 : 28;
-        default: return 30;
-    }
 }
 }  // namespace UTC
 

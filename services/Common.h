@@ -147,15 +147,9 @@ bool IsReal(const QString& text);  // with the user's locale
 bool SetCombo(ComboBox& list, const QString& text);
 // Position of the entry equal to text, without regard to case; -1 when absent.
 int SearchCombo(const ComboBox& list, const QString& text);
-// The text in front of the last path separator ("/" or "\").
-QString ContainingDirectory(const QString& path);
-std::int16_t Min(std::int16_t a, std::int16_t b);
 
 namespace UTC {
 QDateTime CurrentTime(const EventLoop& loop);
-// Days of the year before the month's first day's month... the number of days of the month before
-// month: 0 for January, 31 for months 2, 4, 6, 8, 9, 11, 28 or 29 for March, 30 for the others.
-int MonthDays(int month, bool leap);
 }  // namespace UTC
 
 namespace LocaleInfo {

@@ -185,19 +185,6 @@ void IcomProtocol::Execute(const XcvrCmd& c) {
         case XcvrCmdSub: send(to, bytes({0x07, 0xD1})); break;
         case XcvrCmdMainSubEqual: send(to, bytes({0x07, 0xB1})); break;
         case XcvrCmdPTT: send(to, bytes({0x1C, 0x00, c.theArg ? 1 : 0})); break;
-        case XcvrCmdSBFreq: {
-            // No single frame sets the other receiver: the same steps the queue would have.
-            CommandQueue& q = c_.queue;
-            q.SelectSecondary();
-            q.SetXcvrWait();
-            q.SetXcvrMode(c_.state.RadioMode);
-            q.SetXcvrWait();
-            q.SetXcvrFreq(c.theFreq);
-            q.SetXcvrWait();
-            q.SelectPrimary();
-            q.SetXcvrWait();
-            break;
-        }
         default: break;  // filters, ID, power, lock, step: nothing on this bus
     }
 }

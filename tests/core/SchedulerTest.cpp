@@ -24,7 +24,7 @@ TEST_F(Scheduler, NothingIsQueuedOrSentWithoutARadio) {
     EXPECT_EQ(rig.radio.RadioIndex, -1);
     q().SetXcvrFreq(14025.5);
     q().SetXcvrMode(ModeCW);
-    EXPECT_EQ(q().XcvrCmdCount, 0);
+    EXPECT_EQ(q().count(), 0);
     rig.loop.advance(2000);
     EXPECT_TRUE(icom.executed.empty());
     EXPECT_TRUE(kenwood.executed.empty());
@@ -43,7 +43,7 @@ TEST_F(Scheduler, OverflowShowsOneBoxPerFurtherCallAndKeepsTheBufferInOrder) {
     EXPECT_EQ(boxes[0], QStringLiteral("transceiver command buffer overflow"));
     EXPECT_EQ(rig.dialogs.shown.back().title, QStringLiteral("Tolvane"));
     EXPECT_EQ(rig.log().count(QStringLiteral("transceiver command buffer overflow")), 2);
-    EXPECT_EQ(q().XcvrCmdCount, 256);
+    EXPECT_EQ(q().count(), 256);
     // A Kenwood tick drains the whole buffer, in the order it was filled.
     rig.loop.advance(timer().Interval());
     ASSERT_EQ(kenwood.executed.size(), 256u);
@@ -87,7 +87,7 @@ TEST_F(Scheduler, WaitAloneSendsNothingThatTickAndTheNextTickPolls) {
     q().SetXcvrWait();
     rig.loop.advance(200);
     EXPECT_TRUE(kenwood.steps.empty());
-    EXPECT_EQ(q().XcvrCmdCount, 0);
+    EXPECT_EQ(q().count(), 0);
     rig.loop.advance(200);
     EXPECT_EQ(kenwood.steps, std::vector<int>({0}));
 }
@@ -96,7 +96,7 @@ TEST_F(Scheduler, InterrogationGoesBehindQueuedCommands) {
     rig.withRadio(QStringLiteral("TS-2000"));
     q().SetXcvrSplit(true);
     q().InterrogateRadio();
-    EXPECT_EQ(q().XcvrCmdCount, 5);
+    EXPECT_EQ(q().count(), 5);
     // Split leaves, then the first Wait stops the burst; the requests follow one interval apart.
     rig.loop.advance(200);
     ASSERT_EQ(kenwood.executed.size(), 1u);
@@ -159,14 +159,14 @@ TEST_F(Scheduler, RawOddLengthAndStringGoOutAsBytes) {
     EXPECT_TRUE(rig.sent().isEmpty());
     EXPECT_TRUE(rig.log().contains(QStringLiteral("in module KavModule.ExecuteNextXcvrCmd")));
     EXPECT_TRUE(rig.log().contains(QStringLiteral("theMide = ")));
-    EXPECT_EQ(q().XcvrCmdCount, 0);
+    EXPECT_EQ(q().count(), 0);
 }
 
 TEST_F(Scheduler, CivRadioWithoutAddressGetsNoCommands) {
     rig.withRadio(QStringLiteral("IC-756PRO"));
     rig.view.address = QStringLiteral("  ");
     q().SetXcvrFreq(3500);
-    EXPECT_EQ(q().XcvrCmdCount, 0);
+    EXPECT_EQ(q().count(), 0);
     // Leading zeros don't make a decimal address a different number.
     rig.view.decimal = true;
     rig.view.address = QStringLiteral("0255");
@@ -177,7 +177,7 @@ TEST_F(Scheduler, CivRadioWithoutAddressGetsNoCommands) {
     rig.view.address = QStringLiteral("5C");
     ASSERT_TRUE(rig.radio.ValidID());
     q().SetXcvrFreq(3500);
-    EXPECT_EQ(q().XcvrCmdCount, 1);
+    EXPECT_EQ(q().count(), 1);
     EXPECT_EQ(q().queued().front().theRadio, 0x5C);
 }
 
@@ -188,7 +188,7 @@ TEST_F(Scheduler, YaesuRecordsWaitWhileAReplyIsOutstanding) {
     q().SetXcvrMode(ModeUSB);
     rig.loop.advance(1000);
     EXPECT_TRUE(yaesu.executed.empty());
-    EXPECT_EQ(q().XcvrCmdCount, 2);
+    EXPECT_EQ(q().count(), 2);
     rig.wire(QByteArray(5, '\0'));
     rig.loop.advance(200);
     EXPECT_EQ(yaesu.executed.size(), 2u);
@@ -197,7 +197,7 @@ TEST_F(Scheduler, YaesuRecordsWaitWhileAReplyIsOutstanding) {
 TEST_F(Scheduler, PttNeedsTheRadiosFlagAndSubReceiverComesBeforeVfos) {
     rig.withRadio(QStringLiteral("IC-735"));
     q().SetXcvrTransmit();
-    EXPECT_EQ(q().XcvrCmdCount, 0);
+    EXPECT_EQ(q().count(), 0);
     rig.withRadio(QStringLiteral("IC-756PRO"));
     q().SelectSecondary();
     q().SelectPrimary();

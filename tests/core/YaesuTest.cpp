@@ -307,7 +307,7 @@ TEST_F(Yaesu, ALostReplyEndsAfterFiveSecondsAndTheNextPollGoesOut) {
     rig.tick();
     rig.wire(hx("00000000F7"));
     EXPECT_EQ(rig.tick(), QByteArray());
-    EXPECT_EQ(rig.queue.InterrogationPhase, 0);
+    EXPECT_EQ(rig.queue.interrogationPhase(), 0);
 }
 
 // A radio that stops answering for good. What it was last asked stays awaited, so the records queued

@@ -32,7 +32,7 @@ class ProgramRigTest : public ::testing::Test {
     // What leaves for the radio until the queue is empty.
     QByteArray sent() {
         st.serial()->written.clear();
-        for (int i = 0; i < 40 && (st.m().queue().XcvrCmdCount > 0 || i == 0); ++i) st.loop.advance(200);
+        for (int i = 0; i < 40 && (st.m().queue().count() > 0 || i == 0); ++i) st.loop.advance(200);
         return st.serial()->written;
     }
 

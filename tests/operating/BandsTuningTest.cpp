@@ -158,7 +158,7 @@ TEST_F(BandsTuning, ScrollAndSliderDragShowOnlyAndSendOnceAtTheEnd) {
     bg.mouseMove(kLeftButton, 0, 105.7, 0);
     EXPECT_EQ(w().FreqDisplay.text(), QStringLiteral("14,100.00"));
     bg.mouseMove(kLeftButton, 0, 5000, 0);
-    EXPECT_EQ(m().queue().XcvrCmdCount, 0);
+    EXPECT_EQ(m().queue().count(), 0);
     bg.mouseUp(kLeftButton, 0, 5000, 0);
     EXPECT_EQ(sent(), std::vector<double>{14349.0});
 
@@ -166,7 +166,7 @@ TEST_F(BandsTuning, ScrollAndSliderDragShowOnlyAndSendOnceAtTheEnd) {
     w().Bandspread.dragTo(200);
     w().Bandspread.dragTo(210);
     EXPECT_EQ(w().FreqDisplay.text(), QStringLiteral("14,210.00"));
-    EXPECT_EQ(m().queue().XcvrCmdCount, 0);
+    EXPECT_EQ(m().queue().count(), 0);
     EXPECT_TRUE(sent().empty());
     EXPECT_DOUBLE_EQ(m().state().RadioFreq, 14349.0);
     w().Bandspread.Change();  // release

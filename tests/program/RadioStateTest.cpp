@@ -54,14 +54,14 @@ TEST_F(RadioState, TuningStopsAtTheTopAndTheNextStepDownWorks) {
     start("TS-2000");
     m().state().UpdateRadioFreq(999999.98);
     m().queue().AdjustRadioFreq(0.01);
-    EXPECT_EQ(m().queue().XcvrCmdCount, 1);  // exactly 999999.99 is allowed
+    EXPECT_EQ(m().queue().count(), 1);  // exactly 999999.99 is allowed
     m().queue().AdjustRadioFreq(0.02);
-    EXPECT_EQ(m().queue().XcvrCmdCount, 1);
+    EXPECT_EQ(m().queue().count(), 1);
     m().queue().AdjustRadioFreq(-0.01);
-    EXPECT_EQ(m().queue().XcvrCmdCount, 2);
+    EXPECT_EQ(m().queue().count(), 2);
     EXPECT_DOUBLE_EQ(m().state().RadioFreq, 999999.98);
     m().queue().SetXcvrFreq(-1);
-    EXPECT_EQ(m().queue().XcvrCmdCount, 2);
+    EXPECT_EQ(m().queue().count(), 2);
 }
 
 TEST_F(RadioState, WithoutASubReceiverTheSecondaryIsVfoB) {

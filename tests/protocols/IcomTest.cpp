@@ -125,14 +125,14 @@ TEST_F(Icom, ARejectionIsShownAndReinterrogates) {
     // NG: the notice names the refused command, auto-repeat stops, a fresh interrogation is queued.
     st.p().main.AutoRepeatTimer.setInterval(100);
     st.p().main.AutoRepeatTimer.setEnabled(true);
-    const int before = m().queue().XcvrCmdCount;
+    const int before = m().queue().count();
     radioSays(hex("FEFEE05CFAFD"));
     auto& reject = st.p().messages.reject;
     EXPECT_TRUE(reject.visible());
     EXPECT_EQ(reject.Command.caption(), QStringLiteral("Set Frequency"));
     EXPECT_EQ(reject.Time.caption().size(), 20);  // dd-mmm-yyyy hh:nn:ss
     EXPECT_FALSE(st.p().main.AutoRepeatTimer.Enabled());
-    EXPECT_EQ(m().queue().XcvrCmdCount, before + 4);
+    EXPECT_EQ(m().queue().count(), before + 4);
 }
 
 TEST_F(Icom, FilterGroupsFollowTheRadiosThirdPosition) {

@@ -214,7 +214,7 @@ TEST_F(Kenwood, PacketGoesOutAsUsbAndTheStatusReplyShowsUsbWithoutAnEcho) {
     EXPECT_TRUE(radioSays(ifReply(14070000, '3', '0', '0')).isEmpty());
     EXPECT_FALSE(st.p().main.SplitBox.checked());
     EXPECT_TRUE(sentAfterTick().isEmpty());
-    EXPECT_EQ(m().queue().XcvrCmdCount, 0);
+    EXPECT_EQ(m().queue().count(), 0);
 }
 
 TEST_F(Kenwood, StatusAndVfoReplies) {

@@ -273,15 +273,6 @@ TEST(ServiceHelpers, ListsTextsAndDates) {
     EXPECT_FALSE(SetCombo(list, QStringLiteral("IC-9999")));
     EXPECT_EQ(list.listIndex(), 2);
 
-    EXPECT_EQ(ContainingDirectory(QStringLiteral("/home/op/logs/ErrorLog.txt")), QStringLiteral("/home/op/logs"));
-    EXPECT_EQ(ContainingDirectory(QStringLiteral("C:\\Radio\\PEGASUS.IN")), QStringLiteral("C:\\Radio"));
-    EXPECT_EQ(ContainingDirectory(QStringLiteral("plain")), QString());
-    EXPECT_EQ(Min(-3, 2), -3);
-    EXPECT_EQ(UTC::MonthDays(1, false), 0);
-    EXPECT_EQ(UTC::MonthDays(3, true), 29);
-    EXPECT_EQ(UTC::MonthDays(3, false), 28);
-    EXPECT_EQ(UTC::MonthDays(9, false), 31);
-    EXPECT_EQ(UTC::MonthDays(12, false), 30);
     loop.advance(1500);
     EXPECT_EQ(UTC::CurrentTime(loop).time().msec(), 0);
 }

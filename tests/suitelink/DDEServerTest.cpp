@@ -86,9 +86,9 @@ TEST_F(SuiteServer, VerbsMatchAsPrefixesAndWhatIsNotUnderstoodIsRefused) {
         EXPECT_DOUBLE_EQ(m().state().RadioFreq, 14025.5) << huge;
     }
     // A full queue costs the record, not the answer: the command is still accepted.
-    while (m().queue().XcvrCmdCount < CommandQueue::kBufferSlots) m().queue().SetXcvrFreq(7000);
+    while (m().queue().count() < CommandQueue::kBufferSlots) m().queue().SetXcvrFreq(7000);
     EXPECT_TRUE(send(QStringLiteral("001qsy7010")));
-    EXPECT_EQ(m().queue().XcvrCmdCount, CommandQueue::kBufferSlots);
+    EXPECT_EQ(m().queue().count(), CommandQueue::kBufferSlots);
 }
 
 TEST_F(SuiteServer, ATuneByRecordSendsModeFirstEndsSplitAndDualAndTellsTheItems) {

@@ -78,10 +78,10 @@ TEST_F(Handlers, TheWindowKeepsItsSizeAndGrowsForTheSequenceButtons) {
 TEST_F(Handlers, XfcListensToTheOtherVfoWhileHeld) {
     w().XFCCmd.mouseDown(kLeftButton, 0, 0, 0);
     EXPECT_TRUE(st.p().mainLogic.xfcHeld());
-    EXPECT_EQ(m().queue().XcvrCmdCount, 5);  // exchange, then Wait, frequency, Wait, mode
+    EXPECT_EQ(m().queue().count(), 5);  // exchange, then Wait, frequency, Wait, mode
     w().XFCCmd.mouseUp(kLeftButton, 0, 0, 0);
     EXPECT_FALSE(st.p().mainLogic.xfcHeld());
-    EXPECT_EQ(m().queue().XcvrCmdCount, 10);
+    EXPECT_EQ(m().queue().count(), 10);
     EXPECT_EQ(m().queue().queued()[5].theCmd, XcvrCmdVFOXch);
 }
 

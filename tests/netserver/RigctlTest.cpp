@@ -8,7 +8,6 @@
 #include "FakeRig.h"
 #include "support/QtPrinters.h"
 
-#include <QRandomGenerator>
 
 #include <gtest/gtest.h>
 
@@ -269,85 +268,6 @@ TEST(Rigctl, StateAndCapsDumpsDescribeTheRadioAndSignalStrengthFollowsItsScale) 
     EXPECT_EQ(rigctlStrength(0.2, QStringLiteral("S9+10")), 10);
     EXPECT_EQ(rigctlStrength(0.0, QStringLiteral("7")), -54);
     EXPECT_EQ(rigctlStrength(7.0, QString()), 60);
-}
-
-// Every form of the grammar, thrown together: an answer or nothing, always whole lines, and no set
-// that the radio couldn't take.
-TEST(Rigctl, RandomLinesGetAnAnswerOrNothingAndNeverAnInvalidSet) {
-    const QByteArray words[] = {"f",
-                                "F",
-                                "m",
-                                "M",
-                                "V",
-                                "T",
-                                "S",
-                                "I",
-                                "X",
-                                "K",
-                                "k",
-                                "l",
-                                "L",
-                                "u",
-                                "U",
-                                "J",
-                                "b",
-                                "w",
-                                "q",
-                                "\\dump_state",
-                                "+",
-                                ";",
-                                "|",
-                                "+f",
-                                ",m",
-                                "\\set_freq",
-                                "USB",
-                                "PKTUSB",
-                                "CWR",
-                                "VFOB",
-                                "-1",
-                                "0",
-                                "1",
-                                "2400.0",
-                                "14025500",
-                                "1e308",
-                                "?",
-                                "\xff",
-                                "\x8b",
-                                "\\set_vfo_opt",
-                                "currVFO",
-                                "Main",
-                                "\\get_vfo_info",
-                                "RIT",
-                                "STRENGTH",
-                                "#",
-                                "\\dump_caps"};
-    QRandomGenerator rnd(15);
-    FakeRig rig;
-    auto s = std::make_unique<RigctlSession>(rig, QStringLiteral("Tolvane"));
-    for (int i = 0; i < 20000; ++i) {
-        QByteArray line;
-        for (int p = int(rnd.bounded(8)); p > 0; --p) {
-            if (rnd.bounded(4) == 0)
-                for (int k = int(rnd.bounded(12)); k > 0; --k) line += char(rnd.bounded(256));
-            else
-                line += words[rnd.bounded(int(std::size(words)))];
-            if (rnd.bounded(4)) line += ' ';
-        }
-        line.replace('\n', ' ');
-        const QByteArray reply = s->answer(line);
-        ASSERT_TRUE(reply.isEmpty() || reply.endsWith('\n')) << line.toHex().toStdString();
-        if (s->closing()) s = std::make_unique<RigctlSession>(rig, QStringLiteral("Tolvane"));
-    }
-    EXPECT_FALSE(rig.sets.isEmpty());
-    for (const QString& set : rig.sets) {
-        const QStringList f = set.split(QLatin1Char(' '));
-        const double v = f[1].toDouble();
-        const bool freq = f[0] == QLatin1String("freq") || f[0] == QLatin1String("tx");
-        const bool mode = f[0] == QLatin1String("mode");
-        EXPECT_TRUE(!freq || (v >= 0 && v <= 999999990.0)) << set.toStdString();
-        EXPECT_TRUE(!mode || (v >= 0 && v < kRigModeCount)) << set.toStdString();
-        EXPECT_NE(f[0], QLatin1String("raw")) << "raw commands are off by default";
-    }
 }
 
 }  // namespace

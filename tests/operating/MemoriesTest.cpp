@@ -10,8 +10,6 @@
 #include "support/TestStation.h"
 
 #include <QFile>
-#include <QRandomGenerator>
-#include <QSet>
 
 #include <gtest/gtest.h>
 
@@ -419,77 +417,6 @@ TEST_F(MemoryImport, HundredMemoriesComeBackByteForByteAndSurviveARestart) {
               QStringLiteral("illegal memory in <Memory 0> <Freq 1> <Mode CW>\n"));
     MemoryCommand missing{MemoryCommand::Import, st.dir.filePath(QStringLiteral("none.txt")), st.configDir, st.appDir};
     EXPECT_EQ(RunMemoryCommand(missing, stdout, stderr), 2);
-}
-
-TEST(MemoryFileFuzz, RandomLinesReachTheErrorsFileAndChangeNothingElse) {
-    QRandomGenerator rng(20240613);
-    const QStringList pieces = {QStringLiteral("<Freq "), QStringLiteral("<Mode "), QStringLiteral("<Filter "),
-                                QStringLiteral("<Notes "), QStringLiteral("<Split "), QStringLiteral("<Dual "),
-                                QStringLiteral("<HamBands "), QStringLiteral(">"), QStringLiteral("<"), QStringLiteral(" "),
-                                QStringLiteral("CW"), QStringLiteral("usb"), QStringLiteral("ON"), QStringLiteral("7,0"),
-                                QStringLiteral("\t"), QStringLiteral("\u00e9"), QStringLiteral("<Memory>")};
-    auto randomLine = [&] {
-        QString line;
-        const int parts = rng.bounded(8);
-        for (int i = 0; i < parts; ++i) {
-            if (rng.bounded(6) == 0)
-                line += QStringLiteral("<Memory %1>").arg(int(rng.bounded(130)) - 10);
-            else if (rng.bounded(3) == 0)
-                line += QChar(char16_t(32 + rng.bounded(95)));
-            else
-                line += pieces[int(rng.bounded(pieces.size()))];
-        }
-        return line;
-    };
-    MemoryTable start;
-    for (int n = 1; n <= kMemoryCount; n += 3) {
-        start[size_t(n)].freq = QString::number(n);
-        start[size_t(n)].mode = ModeUSB;
-    }
-    // Every line with its end, as a file has them (a blank last line is then a line too).
-    auto file = [](const QStringList& lines) { return lines.isEmpty() ? QString() : lines.join(QLatin1Char('\n')) + QLatin1Char('\n'); };
-    for (int round = 0; round < 200; ++round) {
-        QStringList lines;
-        for (int i = 0; i < 30; ++i) lines << randomLine();
-        MemoryTable t = start;
-        const MemoryImportResult r = ImportMemoryText(file(lines), t);
-        ASSERT_FALSE(r.failure) << r.failedLine.toStdString();
-        // Every error names an input line, in their order.
-        QStringList rejected;
-        int at = 0;
-        for (const QString& e : r.errors) {
-            const qsizetype mark = e.indexOf(QStringLiteral(" in "));
-            ASSERT_GT(mark, 0);
-            const QString line = e.mid(mark + 4);
-            while (at < lines.size() && lines[at] != line) ++at;
-            ASSERT_LT(at, lines.size()) << e.toStdString();
-            rejected << lines[at++];
-        }
-        // The rejected lines change nothing and are all rejected again; the others alone give the same table.
-        MemoryTable again = start;
-        EXPECT_EQ(ImportMemoryText(file(rejected), again).errors.size(), rejected.size());
-        EXPECT_TRUE(again == start);
-        QStringList accepted = lines;
-        for (const QString& l : rejected) accepted.removeOne(l);
-        MemoryTable only = start;
-        EXPECT_TRUE(ImportMemoryText(file(accepted), only).errors.isEmpty());
-        EXPECT_TRUE(only == t);
-        // Memories that no accepted line names are as they were.
-        QSet<int> named;
-        for (const QString& l : accepted) named << ExtractData(l, QStringLiteral("Memory")).toInt();
-        for (int n = 1; n <= kMemoryCount; ++n) {
-            if (!named.contains(n)) {
-                EXPECT_TRUE(t[size_t(n)] == start[size_t(n)]) << n;
-            }
-        }
-    }
-    // Bytes that aren't even text: read as far as they go, never a crash.
-    for (int round = 0; round < 50; ++round) {
-        QByteArray junk(int(rng.bounded(2000)), '\0');
-        for (char& c : junk) c = char(rng.bounded(256));
-        MemoryTable t = start;
-        ImportMemoryText(QString::fromUtf8(junk), t);
-    }
 }
 
 }  // namespace

@@ -90,8 +90,8 @@ void CommandQueue::InitializeXcvrCmdBuffer() {
 void CommandQueue::SetXcvrCmdTimerInterval() {
     XcvrCmdTimer.setEnabled(false);
     const Protocol* p = radio_.protocol();
-    if (radio_.RadioIndex >= 0 && p && !state_.Responding && p->SilentPollInterval() > 0) {
-        XcvrCmdTimer.setInterval(p->SilentPollInterval());
+    if (radio_.RadioIndex >= 0 && p && !state_.Responding && p->traits().silentPollIntervalMs > 0) {
+        XcvrCmdTimer.setInterval(p->traits().silentPollIntervalMs);
         XcvrCmdTimer.setEnabled(true);
         return;
     }
@@ -149,7 +149,7 @@ void CommandQueue::SetXcvrMode(int mode) {
     Guard("KavModule.SetXcvrMode", [&] {
         if (mode < 0 || mode > 9 || radio_.RadioIndex < 0) return;
         const Protocol* p = radio_.protocol();
-        if (!p || !p->AcceptsModes()) return;
+        if (!p) return;
         EnqueueXcvrCmd(XcvrCmdMode, 0, std::int16_t(mode), std::int16_t(p->ModeArgument(mode)));
     });
 }

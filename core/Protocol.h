@@ -39,6 +39,12 @@ enum class Framing {
 // Whether choosing a radio of the family switches polling on.
 enum class InterrogationRule { Unchanged, ForcedWithMeter, Forced };
 
+// Serial settings a family fixes for a model, as option indexes of the configuration window (0 or -1:
+// left as the operator set it).
+struct FixedPortSettings {
+    int speed = 0, wordLength = 0, parity = 0, stopBits = 0, dtr = -1, rts = -1;
+};
+
 struct ProtocolTraits {
     Framing framing = Framing::None;
     std::uint8_t endMark = 0;
@@ -56,9 +62,11 @@ struct ProtocolTraits {
     bool secondaryFrequencyBySwitching = false;
     // Split moves the transmit VFO by itself: the split box doesn't select the other receiver.
     bool splitMovesTransmitVfo = false;
-    // The radio is asked again after the split and dual boxes, and is put on its main receiver before a
-    // tune by record, because its reports don't follow those switches on their own.
-    bool asksAfterReceiverSwitch = false;
+    // The radio is asked again after the split and dual boxes: its reports don't follow them on their own.
+    bool asksAfterSplitOrDual = false;
+    // A tune by record (the suite link's frequency and mode) first puts the radio on its main receiver,
+    // which its reports don't tell.
+    bool mainReceiverBeforeRecordTune = false;
     // Mode commands carry the filter group remembered for the mode (Wide, Narrow, Normal), and the
     // group list sends the group.
     bool filterGroupsInModeCommands = false;
@@ -75,12 +83,16 @@ struct ProtocolTraits {
     // left keyed by the last run is unkeyed after them, not before.
     bool commandsAfterBringUp = false;
     InterrogationRule interrogation = InterrogationRule::Forced;
-};
-
-// Serial settings a family fixes for a model, as option indexes of the configuration window (0 or -1:
-// left as the operator set it).
-struct FixedPortSettings {
-    int speed = 0, wordLength = 0, parity = 0, stopBits = 0, dtr = -1, rts = -1;
+    // A radio that stopped answering is polled this slowly (ms); 0 keeps the configured interval.
+    int silentPollIntervalMs = 0;
+    // A plain press of the 10 Hz buttons sends the radio's own step command instead of a frequency.
+    bool stepsWithOwnCommand = false;
+    // The radio takes a split frequency without a split switch (a client's "split" then sets it alone).
+    bool takesSplitFrequencyAlone = false;
+    // The radio is reached through a control folder instead of a port (the folder fields are shown).
+    bool usesControlFolder = false;
+    // The serial settings the model fixes, if any.
+    std::optional<FixedPortSettings> fixedPort;
 };
 
 // What a protocol may use of the program.
@@ -106,22 +118,15 @@ public:
     virtual QString DisplayName(const RadioInfo& radio) const = 0;
     // The family's own part of bringing a newly chosen radio up: its first frames, its filter set-up.
     virtual void BringUp() {}
-    virtual std::optional<FixedPortSettings> FixedPort() const { return std::nullopt; }
-    // The radio is reached through a control folder instead of a port (the folder fields are shown).
-    virtual bool UsesControlFolder() const { return false; }
 
     // ---- the queue ----
     // Performs one record (never "Wait", "Raw" or "String": the queue does those itself).
     virtual void Execute(const XcvrCmd& cmd) = 0;
     // The filter argument of a mode command for mode 0..9.
     virtual int ModeArgument(int /*mode*/) const { return 0; }
-    // Mode commands are queued at all for this family.
-    virtual bool AcceptsModes() const { return true; }
     // A "String" record's text. Serial radios put it on the link as it stands; a console radio sends it
     // to its command channel and returns true.
     virtual bool SendString(const QByteArray& /*text*/) { return false; }
-    // A radio that stopped answering is polled this slowly (ms); 0 keeps the configured interval.
-    virtual int SilentPollInterval() const { return 0; }
     // The receive width (Hz) that a filter group of the window's list gives in mode 0..9, for clients
     // that ask for a passband; 0 where the family can't tell.
     virtual int FilterGroupWidthHz(int mode, const QString& group) const {
@@ -134,16 +139,12 @@ public:
         (void)level;
         return false;
     }
-    // A plain press of the 10 Hz buttons sends the radio's own step command instead of a frequency.
-    virtual bool StepsWithOwnCommand() const { return false; }
     // The tooltip of the 10 Hz up or down button, where the radio's own step makes it say more ("" keeps
     // the usual one).
     virtual QString FineStepToolTip(bool up) const {
         (void)up;
         return QString();
     }
-    // The radio takes a split frequency without a split switch (a client's "split" then sets it alone).
-    virtual bool TakesSplitFrequencyAlone() const { return false; }
 
     // ---- polling ----
     // One interrogation step of the given phase (0..6); returns the next phase.

@@ -172,7 +172,7 @@ void KavModule::bringUpFamily(const RadioInfo& r) {
     for (Control* c : {static_cast<Control*>(&config_.Address), static_cast<Control*>(&config_.AddressLabel),
                        static_cast<Control*>(&config_.DefaultAddress)})
         c->setVisible(t.addressed);
-    const bool folder = p && p->UsesControlFolder();
+    const bool folder = p && p->traits().usesControlFolder;
     for (Control* c : {static_cast<Control*>(&config_.RadioFolder), static_cast<Control*>(&config_.RadioFolderLabel),
                        static_cast<Control*>(&config_.RadioFolderSelect)})
         c->setVisible(folder);
@@ -185,7 +185,7 @@ void KavModule::bringUpFamily(const RadioInfo& r) {
     messages_.InterrogateFrame.setVisible(true);
     state_.SetDisplayName(p->DisplayName(r));
     UpdateCaption();
-    if (const std::optional<FixedPortSettings> f = p->FixedPort()) {
+    if (const std::optional<FixedPortSettings> f = p->traits().fixedPort) {
         // Selecting the options configures the port, as the operator's clicks would.
         if (f->speed) config_.Speed[f->speed].setValue(true);
         if (f->wordLength) config_.WordLength[f->wordLength].setValue(true);

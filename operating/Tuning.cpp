@@ -268,7 +268,7 @@ void Tuning::repeatFineStep(bool up) {
 
 bool Tuning::stepsWithOwnCommand() const {
     const Protocol* p = m_.radio().protocol();
-    return p && p->StepsWithOwnCommand();
+    return p && p->traits().stepsWithOwnCommand;
 }
 
 // ---- buttons ----

@@ -105,7 +105,7 @@ void DDEServerModule::publishFreqDisplay() {
 
 bool DDEServerModule::takesSplitFrequencyAlone() const {
     const Protocol* p = m_.radio().protocol();
-    return p && p->TakesSplitFrequencyAlone();
+    return p && p->traits().takesSplitFrequencyAlone;
 }
 
 namespace {
@@ -149,7 +149,7 @@ void DDEServerModule::DoFreqMode(const QString& frequency, const QString& mode) 
         // The mode goes ahead of the frequency, with a wait between.
         m_.queue().SetXcvrMode(index);
         m_.queue().SetXcvrWait();
-        if (m_.radio().traits().asksAfterReceiverSwitch) m_.queue().SelectPrimary();
+        if (m_.radio().traits().mainReceiverBeforeRecordTune) m_.queue().SelectPrimary();
         m_.queue().SetXcvrFreq(kHz);
         m_.queue().SetXcvrWait();
     });

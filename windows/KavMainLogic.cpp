@@ -163,7 +163,7 @@ void KavMainLogic::splitClick() {
         else
             m_.queue().SelectPrimary();
     }
-    if (t.asksAfterReceiverSwitch) m_.queue().InterrogateRadio();
+    if (t.asksAfterSplitOrDual) m_.queue().InterrogateRadio();
     FocusRule();
 }
 
@@ -178,7 +178,7 @@ void KavMainLogic::dualClick() {
         m_.queue().SelectSecondary();
     else
         m_.queue().SelectPrimary();
-    if (m_.radio().traits().asksAfterReceiverSwitch) m_.queue().InterrogateRadio();
+    if (m_.radio().traits().asksAfterSplitOrDual) m_.queue().InterrogateRadio();
     FocusRule();
 }
 

@@ -68,7 +68,8 @@ IcomProtocol::IcomProtocol(ProtocolContext& context, const RadioInfo& radio, con
     traits_.addressed = true;
     traits_.oneRecordPerTick = true;
     traits_.secondaryFrequencyBySwitching = true;
-    traits_.asksAfterReceiverSwitch = dialect.asksAfterReceiverSwitch;
+    traits_.asksAfterSplitOrDual = dialect.asksAfterReceiverSwitch;
+    traits_.mainReceiverBeforeRecordTune = dialect.asksAfterReceiverSwitch;
     traits_.filterGroupsInModeCommands = true;
     traits_.interrogation = dialect.interrogation;
 }

@@ -276,18 +276,13 @@ TenTecProtocol::TenTecProtocol(ProtocolContext& context, const RadioInfo& radio)
     traits_.framing = model_->dialect == Dialect::Folder ? Framing::None : Framing::EndMark;
     traits_.endMark = kCR;
     traits_.interrogation = InterrogationRule::Forced;
+    traits_.fixedPort = model_->port;
+    traits_.usesControlFolder = model_->dialect == Dialect::Folder;
+    traits_.takesSplitFrequencyAlone = traits_.usesControlFolder;
 }
 
 QString TenTecProtocol::DisplayName(const RadioInfo& radio) const {
     return QStringLiteral("TenTec ") + radio.model;
-}
-
-std::optional<FixedPortSettings> TenTecProtocol::FixedPort() const {
-    return model_->port;
-}
-
-bool TenTecProtocol::UsesControlFolder() const {
-    return model_->dialect == Dialect::Folder;
 }
 
 void TenTecProtocol::send(const QByteArray& text) {

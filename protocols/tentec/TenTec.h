@@ -72,9 +72,6 @@ class TenTecProtocol : public Protocol {
 
     const ProtocolTraits& traits() const override { return traits_; }
     QString DisplayName(const RadioInfo& radio) const override;
-    std::optional<FixedPortSettings> FixedPort() const override;
-    bool UsesControlFolder() const override;
-    bool TakesSplitFrequencyAlone() const override { return UsesControlFolder(); }
     void Execute(const XcvrCmd& cmd) override;
     int InterrogationStep(int phase) override;
     void RequestFrequency() override;

@@ -46,18 +46,12 @@ YaesuProtocol::YaesuProtocol(ProtocolContext& context, const RadioInfo& radio)
     traits_.waitsAfterFrequency = model_ && model_->smallGroup;
     traits_.holdsRadioUntilReleased = model_ && model_->start == YaesuStart::Handshake;
     traits_.commandsAfterBringUp = model_ && model_->start == YaesuStart::CatOn;
+    traits_.silentPollIntervalMs = model_ && model_->slowWhenSilent ? int(kSilentSmallRadioInterval.count()) : 0;
+    traits_.stepsWithOwnCommand = model_ && model_->ownStep;
 }
 
 QString YaesuProtocol::DisplayName(const RadioInfo& radio) const {
     return QStringLiteral("Yaesu ") + radio.model;
-}
-
-int YaesuProtocol::SilentPollInterval() const {
-    return model_ && model_->slowWhenSilent ? int(kSilentSmallRadioInterval.count()) : 0;
-}
-
-bool YaesuProtocol::StepsWithOwnCommand() const {
-    return model_ && model_->ownStep;
 }
 
 QString YaesuProtocol::FineStepToolTip(bool up) const {

@@ -24,8 +24,6 @@ class YaesuProtocol : public Protocol {
     void RequestFrequency() override;
     void RequestMode() override;
     void Decode(const QByteArray& message) override;
-    int SilentPollInterval() const override;
-    bool StepsWithOwnCommand() const override;
     QString FineStepToolTip(bool up) const override;
     QString OfflineCaption(bool responding) const override;
 

@@ -382,7 +382,7 @@ TEST_F(Yaesu, BringUpSendsWhatEachModelNeedsFirst) {
     ft1000.withRadio(QStringLiteral("FT1000D"));
     EXPECT_EQ(ft1000.radio.protocol()->FineStepToolTip(false),
               QStringLiteral("QSY down minimum step (10 or 100 Hz)"));
-    EXPECT_TRUE(ft1000.radio.protocol()->StepsWithOwnCommand());
+    EXPECT_TRUE(ft1000.radio.protocol()->traits().stepsWithOwnCommand);
 }
 
 class Ft767 : public Yaesu {

@@ -25,14 +25,8 @@ public:
     const ProtocolTraits& traits() const override { return real_ ? real_->traits() : none_; }
     QString DisplayName(const RadioInfo& r) const override { return real_ ? real_->DisplayName(r) : QString(); }
     int ModeArgument(int mode) const override { return real_ ? real_->ModeArgument(mode) : 0; }
-    int SilentPollInterval() const override { return real_ ? real_->SilentPollInterval() : 0; }
     QString OfflineCaption(bool r) const override { return real_ ? real_->OfflineCaption(r) : QString(); }
-    bool TakesSplitFrequencyAlone() const override { return real_ && real_->TakesSplitFrequencyAlone(); }
-    bool StepsWithOwnCommand() const override { return real_ && real_->StepsWithOwnCommand(); }
     QString FineStepToolTip(bool up) const override { return real_ ? real_->FineStepToolTip(up) : QString(); }
-    bool AcceptsModes() const override { return !real_ || real_->AcceptsModes(); }
-    bool UsesControlFolder() const override { return real_ && real_->UsesControlFolder(); }
-    std::optional<FixedPortSettings> FixedPort() const override { return real_ ? real_->FixedPort() : std::nullopt; }
     QString SMeterFile() const override { return real_ ? real_->SMeterFile() : QString(); }
     QString LinkFaultCaption() const override { return real_ ? real_->LinkFaultCaption() : QString(); }
     void ClearLinkFault() override {

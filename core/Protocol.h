@@ -170,9 +170,10 @@ public:
     virtual QString SMeterFile() const { return QString(); }
 };
 
-// What a family keeps for the whole run, beside the protocol object built for each chosen radio: a link
-// to another program that outlives one choice of radio (a console that drives the radio). It is started
-// and stopped with the core, and told when a radio of another family is chosen.
+// What a family keeps for the whole run, beside the protocol object built for each chosen radio: state
+// that outlives one choice of radio (a model number the radio told), or a link to another program (a
+// console that drives the radio). It is started and stopped with the core, and told when a radio of
+// another family is chosen.
 class FamilyLink {
 public:
     virtual ~FamilyLink() = default;

@@ -17,10 +17,11 @@ void registerFamilies(SelectedRadio& radio) {
     radio.registerFamily(QLatin1Char('T'), [](ProtocolContext& c, const RadioInfo& r) {
         return std::make_unique<IcomProtocol>(c, r, kTenTecCivDialect);
     });
-    auto lastKenwoodId = std::make_shared<int>(0);
-    radio.registerFamily(QLatin1Char('K'), [lastKenwoodId](ProtocolContext& c, const RadioInfo& r) {
-        return std::make_unique<KenwoodProtocol>(c, r, lastKenwoodId);
-    });
+    auto kenwood = std::make_shared<KenwoodFamily>();
+    radio.registerFamily(
+        QLatin1Char('K'),
+        [kenwood](ProtocolContext& c, const RadioInfo& r) { return std::make_unique<KenwoodProtocol>(c, r, kenwood); },
+        kenwood);
     radio.registerFamily(QLatin1Char('Y'), [](ProtocolContext& c, const RadioInfo& r) {
         return std::make_unique<YaesuProtocol>(c, r);
     });

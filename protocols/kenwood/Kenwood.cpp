@@ -118,8 +118,8 @@ const KenwoodModel* FindKenwoodModel(int id) {
     return nullptr;
 }
 
-KenwoodProtocol::KenwoodProtocol(ProtocolContext& context, const RadioInfo& radio, std::shared_ptr<int> lastModelId)
-    : c_(context), radio_(radio), modelId_(std::move(lastModelId)) {
+KenwoodProtocol::KenwoodProtocol(ProtocolContext& context, const RadioInfo& radio, std::shared_ptr<KenwoodFamily> family)
+    : c_(context), radio_(radio), family_(std::move(family)) {
     traits_.framing = Framing::EndMark;
     traits_.endMark = ';';
     traits_.secondaryIsVfoB = true;
@@ -211,7 +211,7 @@ void KenwoodProtocol::Execute(const XcvrCmd& c) {
             break;
         }
         case XcvrCmdVFOA:
-            if (*modelId_ < kFirstModelWithReceiveTransmitVFO) {
+            if (family_->lastModelId < kFirstModelWithReceiveTransmitVFO) {
                 send("FN0;");
             } else {
                 send("FR0;");
@@ -219,7 +219,7 @@ void KenwoodProtocol::Execute(const XcvrCmd& c) {
             }
             break;
         case XcvrCmdVFOB:
-            if (*modelId_ < kFirstModelWithReceiveTransmitVFO) {
+            if (family_->lastModelId < kFirstModelWithReceiveTransmitVFO) {
                 send("FN1;");
             } else {
                 send("FR1;");
@@ -349,9 +349,9 @@ void KenwoodProtocol::decodeMessage() {
 void KenwoodProtocol::identify() {
     const QByteArray idText = field(3, 5);
     c_.common.LogLine(QStringLiteral("Kenwood model ID: ") + QString::fromLatin1(idText));
-    *modelId_ = 0;
-    *modelId_ = int(number(3, 5));
-    const int id = *modelId_;
+    family_->lastModelId = 0;
+    family_->lastModelId = int(number(3, 5));
+    const int id = family_->lastModelId;
     identified_ = true;
     model_ = FindKenwoodModel(id);
 

@@ -53,11 +53,21 @@ struct KenwoodModel {
 // The row of an ID, or nullptr for an ID that no row names.
 const KenwoodModel* FindKenwoodModel(int id);
 
+// What the family keeps for the whole run, beside the protocol object of each chosen radio: the model
+// number the last radio told in its ID reply. A Kenwood radio chosen again goes by it until it answers.
+class KenwoodFamily : public FamilyLink {
+public:
+    int lastModelId = 0;
+    void Initialize(ProtocolContext&) override { lastModelId = 0; }
+    void Terminate() override {}
+    void OtherFamilyChosen() override {}
+};
+
 class KenwoodProtocol : public Protocol {
 public:
     // lastModelId is shared by every Kenwood protocol of a run: a radio not yet identified selects its
     // VFOs the way the last identified one did.
-    KenwoodProtocol(ProtocolContext& context, const RadioInfo& radio, std::shared_ptr<int> lastModelId);
+    KenwoodProtocol(ProtocolContext& context, const RadioInfo& radio, std::shared_ptr<KenwoodFamily> family);
 
     const ProtocolTraits& traits() const override { return traits_; }
     QString DisplayName(const RadioInfo& radio) const override;
@@ -71,7 +81,7 @@ public:
     bool ReadsLevel(RadioLevel level) const override { return radio_.txLevels && level == RadioLevel::RfPower; }
 
     const KenwoodModel* model() const { return model_; }
-    int modelId() const { return *modelId_; }
+    int modelId() const { return family_->lastModelId; }
 
 private:
     void send(const char* text) { send(QByteArray(text)); }
@@ -95,7 +105,7 @@ private:
     ProtocolContext& c_;
     const RadioInfo radio_;
     ProtocolTraits traits_;
-    std::shared_ptr<int> modelId_;
+    std::shared_ptr<KenwoodFamily> family_;
     const KenwoodModel* model_ = nullptr;
     bool identified_ = false;
     int unidentifiedReplies_ = 0;

@@ -5,7 +5,7 @@ Debian's flrig runs headless (xvfb-run) with prefs files of its own in a tempora
 IC-756PRO-II that tolvane-radiosim plays on one end of a socat pty pair. A byte tap (a small TCP proxy) stands
 between each client and flrig's XML-RPC port and writes down every HTTP request body and the answer:
 
-    tests/data/xmlrpc/fldigi.txt   fldigi (xvfb-run, a temporary config dir set up for flrig) for ~20 s,
+    tests/data/xmlrpc/fldigi.txt   fldigi (xvfb-run, a temporary config dir set up for flrig) for ~25 s,
                                    asked through its own XML-RPC port to tune, change mode and key
     tests/data/xmlrpc/hamlib.txt   rigctl -m 4: reads and sets frequency, mode, PTT and split
 
@@ -252,11 +252,12 @@ def record_fldigi(station, work):
     tap = Tap(station.port)
     config = os.path.join(work, "fldigi")
     os.makedirs(config)
-    # The keys fldigi keeps in its fldigi_def.xml: rig control through flrig at this address.
+    # The keys fldigi keeps in its fldigi_def.xml: rig control through flrig at this address, and PTT
+    # pressed at the radio (flrig) switching fldigi to transmit, which adds rig.get_ptt to its poll.
     with open(os.path.join(config, "fldigi_def.xml"), "w") as f:
         f.write('<?xml version="1.0" encoding="UTF-8"?>\n<FLDIGI_DEFS>\n'
                 "<CLIENT_TO_FLRIG>1</CLIENT_TO_FLRIG>\n<CHKUSEXMLRPCIS>1</CHKUSEXMLRPCIS>\n<CHKUSEHAMLIBIS>0</CHKUSEHAMLIBIS>\n"
-                "<CHKUSERIGCATIS>0</CHKUSERIGCATIS>\n<FLRIG_IP_ADDRESS>127.0.0.1</FLRIG_IP_ADDRESS>\n"
+                "<CHKUSERIGCATIS>0</CHKUSERIGCATIS>\n<FLRIG_KEYS_MODEM>1</FLRIG_KEYS_MODEM>\n<FLRIG_IP_ADDRESS>127.0.0.1</FLRIG_IP_ADDRESS>\n"
                 "<FLRIG_IP_PORT>%d</FLRIG_IP_PORT>\n<MYCALL>N0CALL</MYCALL>\n</FLDIGI_DEFS>\n" % tap.port)
     own = free_port()
     fldigi = subprocess.Popen(["xvfb-run", "-a", "fldigi", "--config-dir", config, "--xmlrpc-server-port", str(own)],

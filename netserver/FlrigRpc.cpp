@@ -99,6 +99,12 @@ bool readValue(QXmlStreamReader& x, QVariant* out, int depth) {
 }
 
 void writeValue(QXmlStreamWriter& w, const QVariant& v) {
+    // A list of names is an array of strings: converted before its <value> opens, or it would hold a second.
+    if (v.typeId() == QMetaType::QStringList) {
+        const QStringList items = v.toStringList();
+        writeValue(w, QVariant(QVariantList(items.cbegin(), items.cend())));
+        return;
+    }
     w.writeStartElement(QStringLiteral("value"));
     switch (v.typeId()) {
         case QMetaType::Int:
@@ -116,9 +122,6 @@ void writeValue(QXmlStreamWriter& w, const QVariant& v) {
             for (const QVariant& item : v.toList()) writeValue(w, item);
             w.writeEndElement();
             w.writeEndElement();
-            break;
-        case QMetaType::QStringList:
-            writeValue(w, QVariant(QVariantList(v.toStringList().cbegin(), v.toStringList().cend())));
             break;
         default:
             w.writeTextElement(QStringLiteral("string"), v.toString());
@@ -324,9 +327,10 @@ QVariant FlrigSession::call(const XmlRpcCall& c, QString* fault) {
     if (m == QLatin1String("rig.get_bw") || m == QLatin1String("rig.get_bwA") || m == QLatin1String("rig.get_bwB"))
         return QVariantList{widthOf(rig_.mode()), QString()};
     if (m == QLatin1String("rig.get_ptt")) return rig_.ptt() ? 1 : 0;
+    // fldigi reads both meters as text (a number would throw in its XML-RPC library, and no meter shows).
     if (m == QLatin1String("rig.get_smeter")) {
-        if (!caps.meter) return 0;
-        return int(std::lround(std::clamp(rig_.meter(), 0.0, 1.0) * 100));
+        if (!caps.meter) return QStringLiteral("0");
+        return QString::number(std::lround(std::clamp(rig_.meter(), 0.0, 1.0) * 100));
     }
     if (m == QLatin1String("rig.get_DBM")) {
         if (!caps.meter) return -130;
@@ -334,8 +338,11 @@ QVariant FlrigSession::call(const XmlRpcCall& c, QString* fault) {
         return -73 + rigctlStrength(std::clamp(rig_.meter(), 0.0, 1.0), rig_.meterLabel());
     }
     if (m == QLatin1String("rig.get_pwrmeter") || m == QLatin1String("rig.get_power")) {
-        if (!caps.levels[size_t(RigLevel::RfPower)]) return 0;
-        return int(std::lround(rig_.level(RigLevel::RfPower).value_or(0) * 100));
+        const int watts = caps.levels[size_t(RigLevel::RfPower)]
+                              ? int(std::lround(rig_.level(RigLevel::RfPower).value_or(0) * 100))
+                              : 0;
+        if (m == QLatin1String("rig.get_pwrmeter")) return QString::number(watts);
+        return watts;
     }
     if (m == QLatin1String("rig.get_SWR")) {
         if (!caps.levels[size_t(RigLevel::Swr)]) return 1.0;

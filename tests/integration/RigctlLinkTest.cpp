@@ -6,6 +6,7 @@
 #include "platform/SettingsStore.h"
 
 #include <QElapsedTimer>
+#include <QMap>
 #include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -224,6 +225,54 @@ TEST_F(RigctlStation, XmlRpcClientsAndHamlibsFlrigModelDriveTheRadio) {
     EXPECT_TRUE(waitFor([&] { return hamlib({QStringLiteral("f")}).second.endsWith(QLatin1String("7074000")); }, 10000));
     EXPECT_EQ(hamlib({QStringLiteral("M"), QStringLiteral("LSB"), QStringLiteral("0")}).first, 0);
     EXPECT_TRUE(simReceived(QStringLiteral("FE FE 94 E0 06 00"))) << simLog.right(800).toStdString();
+}
+
+// fldigi's and Hamlib's own calls, recorded against flrig with scripts/record-xmlrpc.py, sent again: each is
+// answered with the type the client got there, or a fault for a method not served, on connections that hold;
+// and the radio ends where the recorded sets put it.
+TEST_F(RigctlStation, RecordedFldigiAndHamlibCallsGetTheAnswersTheyExpect) {
+    startStation(kIcom);
+    for (const char* client : {"fldigi", "hamlib"}) {
+        SCOPED_TRACE(client);
+        sim.write("freq 7010\nmode USB\n");  // each from where its recording began
+        ASSERT_TRUE(waitFor([&] { return readSim().contains(QLatin1String("mode USB: 7010000 Hz")); }));
+        simLog.clear();
+        QProcess python;
+        python.setProcessChannelMode(QProcess::MergedChannels);
+        python.start(QStringLiteral("/usr/bin/python3"),
+                     {QStringLiteral(TOLVANE_SOURCE_DIR "/tests/integration/xmlrpc-replay.py"),
+                      QStringLiteral(TOLVANE_SOURCE_DIR "/tests/data/xmlrpc/%1.txt").arg(QLatin1String(client)),
+                      QString::number(xmlrpcPort)});
+        ASSERT_TRUE(python.waitForFinished(120000));
+        const QString said = QString::fromLocal8Bit(python.readAll());
+        ASSERT_EQ(python.exitCode(), 0) << said.toStdString();
+        ASSERT_TRUE(said.endsWith(QLatin1String("done\n"))) << said.toStdString();
+        // What the sets left the radio at: its own word for frequency and mode, the last PTT and split
+        // commands it heard.
+        QMap<QString, QString> expect;
+        for (const QString& line : said.split(QLatin1Char('\n')))
+            if (line.startsWith(QLatin1String("expect ")))
+                expect[line.section(QLatin1Char(' '), 1, 1)] = line.section(QLatin1Char(' '), 2);
+        ASSERT_TRUE(expect.contains(QStringLiteral("freq")) && expect.contains(QStringLiteral("mode"))) << said.toStdString();
+        const QString state = QStringLiteral("meter 0: %1 Hz %2").arg(expect[QStringLiteral("freq")], expect[QStringLiteral("mode")]);
+        EXPECT_TRUE(waitFor([&] {
+            sim.write("meter 0\n");
+            return waitFor([&] { return readSim().contains(state); }, 500);
+        }, 10000)) << state.toStdString() << "\n" << simLog.right(800).toStdString();
+        // The last such command the radio heard, once the queue has sent it.
+        auto lastIs = [&](const char* command, const char* key) {
+            if (!expect.contains(QLatin1String(key))) return true;
+            const QString want = QStringLiteral("<- FE FE 94 E0 %1 0%2 FD").arg(QLatin1String(command), expect.value(QLatin1String(key)));
+            return waitFor([&] {
+                QString found;
+                for (const QString& line : readSim().split(QLatin1Char('\n')))
+                    if (line.startsWith(QLatin1String("<- FE FE 94 E0 %1 0").arg(QLatin1String(command)))) found = line;
+                return found == want;
+            });
+        };
+        EXPECT_TRUE(lastIs("1C 00", "ptt")) << simLog.right(800).toStdString();
+        EXPECT_TRUE(lastIs("0F", "split")) << simLog.right(800).toStdString();
+    }
 }
 
 // One client of the load test: asks "f", "m" and "t" again as soon as they are answered, so many times.

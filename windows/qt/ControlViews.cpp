@@ -205,6 +205,198 @@ private:
     PictureBox& p_;
 };
 
+// One maker per kind of control: the widget, its redraw from the model, and its events to the model.
+QWidget* makeLabel(Label& control, QWidget* parent) {
+    Label* l = &control;
+    auto* w = new QLabel(parent);
+    auto sync = [l, w] {
+        w->setText(l->caption());
+        syncCommon(*l, w);
+    };
+    l->viewChanged = sync;
+    sync();
+    return w;
+}
+
+QWidget* makeFrame(Frame& control, QWidget* parent) {
+    Frame* f = &control;
+    auto* w = new QGroupBox(parent);
+    auto sync = [f, w] {
+        w->setTitle(f->caption());
+        syncCommon(*f, w);
+    };
+    f->viewChanged = sync;
+    sync();
+    return w;
+}
+
+QWidget* makeCommandButton(CommandButton& control, QWidget* parent) {
+    CommandButton* b = &control;
+    auto* w = new QPushButton(parent);
+    w->setFocusPolicy(Qt::NoFocus);
+    QObject::connect(w, &QPushButton::pressed, w, [b] {
+        b->mouseDown(kLeftButton, modelShift(QApplication::keyboardModifiers()), 0, 0);
+    });
+    QObject::connect(w, &QPushButton::released, w, [b] {
+        b->mouseUp(kLeftButton, modelShift(QApplication::keyboardModifiers()), 0, 0);
+    });
+    QObject::connect(w, &QPushButton::clicked, w, [b] { b->click(); });
+    // A button drawn as a symbol has no caption: the view shows its own text for it.
+    auto sync = [b, w] {
+        w->setText(b->caption().isEmpty() ? w->property("tvEmptyText").toString() : b->caption());
+        syncCommon(*b, w);
+    };
+    b->viewChanged = sync;
+    sync();
+    return w;
+}
+
+QWidget* makeCheckBox(CheckBox& control, QWidget* parent) {
+    CheckBox* x = &control;
+    auto* w = new QCheckBox(parent);
+    w->setFocusPolicy(Qt::NoFocus);
+    auto sync = [x, w] {
+        QSignalBlocker block(w);
+        w->setText(x->caption());
+        w->setTristate(x->value() == CheckBox::Grayed);
+        w->setCheckState(x->value() == CheckBox::Checked   ? Qt::Checked
+                         : x->value() == CheckBox::Grayed ? Qt::PartiallyChecked
+                                                          : Qt::Unchecked);
+        syncCommon(*x, w);
+    };
+    QObject::connect(w, &QCheckBox::clicked, w, [x, sync] {
+        x->userClick();
+        sync();
+    });
+    x->viewChanged = sync;
+    sync();
+    return w;
+}
+
+QWidget* makeOptionButton(OptionButton& control, QWidget* parent) {
+    OptionButton* o = &control;
+    auto* w = new QRadioButton(parent);
+    w->setAutoExclusive(false);  // the model's group decides
+    w->setFocusPolicy(Qt::NoFocus);
+    auto sync = [o, w] {
+        QSignalBlocker block(w);
+        w->setText(o->caption());
+        w->setChecked(o->value());
+        syncCommon(*o, w);
+    };
+    QObject::connect(w, &QRadioButton::clicked, w, [o, sync] {
+        o->userClick();
+        sync();
+    });
+    // The others of the group are cleared without events: redraw them too.
+    o->viewChanged = sync;
+    sync();
+    return w;
+}
+
+QWidget* makeTextBox(TextBox& control, QWidget* parent) {
+    TextBox* t = &control;
+    auto* w = new QLineEdit(parent);
+    w->installEventFilter(new KeyFilter(*t, w));
+    auto sync = [t, w] {
+        QSignalBlocker block(w);
+        if (w->text() != t->text()) w->setText(t->text());
+        w->setReadOnly(t->locked());
+        if (t->selLength() > 0)
+            w->setSelection(t->selStart(), t->selLength());
+        else
+            w->setCursorPosition(t->selStart());
+        syncCommon(*t, w);
+    };
+    // Edits other than typed keys (paste, cut) are handed over as a change of the text.
+    QObject::connect(w, &QLineEdit::textEdited, w, [t, w] { t->setText(w->text()); });
+    t->viewChanged = sync;
+    sync();
+    return w;
+}
+
+QWidget* makeComboBox(ComboBox& control, QWidget* parent) {
+    ComboBox* cb = &control;
+    auto* w = new QComboBox(parent);
+    w->setEditable(cb->editable());
+    w->setFocusPolicy(Qt::NoFocus);
+    auto sync = [cb, w] {
+        QSignalBlocker block(w);
+        const QStringList items = cb->items();
+        QStringList have;
+        for (int i = 0; i < w->count(); ++i) have << w->itemText(i);
+        if (have != items) {
+            w->clear();
+            w->addItems(items);
+        }
+        w->setCurrentIndex(cb->listIndex());
+        if (cb->editable()) w->setEditText(cb->text());
+        syncCommon(*cb, w);
+    };
+    QObject::connect(w, qOverload<int>(&QComboBox::activated), w, [cb, sync](int i) {
+        cb->setListIndex(i);
+        sync();
+    });
+    if (cb->editable())
+        QObject::connect(w, &QComboBox::editTextChanged, w, [cb](const QString& s) { cb->setText(s); });
+    cb->viewChanged = sync;
+    sync();
+    return w;
+}
+
+QWidget* makeScrollBar(ScrollBar& control, QWidget* parent) {
+    ScrollBar* s = &control;
+    auto* w = new QScrollBar(Qt::Horizontal, parent);
+    w->setFocusPolicy(Qt::NoFocus);
+    auto sync = [s, w] {
+        QSignalBlocker block(w);
+        w->setRange(s->min(), s->max());
+        w->setSingleStep(s->smallChange());
+        w->setPageStep(s->largeChange());
+        w->setValue(s->value());
+        syncCommon(*s, w);
+    };
+    // Dragging raises Scroll as the thumb moves; the value is set (Change) at release or on a step.
+    QObject::connect(w, &QScrollBar::sliderMoved, w, [s](int v) { s->dragTo(v); });
+    QObject::connect(w, &QScrollBar::sliderReleased, w, [s, w] { s->setValue(w->value()); });
+    QObject::connect(w, &QScrollBar::actionTriggered, w, [s, w](int action) {
+        if (action != QAbstractSlider::SliderMove) s->setValue(w->sliderPosition());
+    });
+    s->viewChanged = sync;
+    sync();
+    return w;
+}
+
+QWidget* makePictureBox(PictureBox& control, QWidget* parent) {
+    PictureBox* p = &control;
+    auto* w = new PictureView(*p, parent);
+    p->viewChanged = [p, w] {
+        syncCommon(*p, w);
+        w->update();
+    };
+    syncCommon(*p, w);
+    return w;
+}
+
+QWidget* makeTabStrip(TabStrip& control, QWidget* parent) {
+    TabStrip* tabs = &control;
+    auto* w = new QTabBar(parent);
+    for (int i = 0; i < tabs->count(); ++i) w->addTab(tabs->tabCaption(i));
+    auto sync = [tabs, w] {
+        QSignalBlocker block(w);
+        QStringList captions;
+        for (int i = 0; i < tabs->count(); ++i) captions << tabs->tabCaption(i);
+        captions = withMnemonics(captions);
+        for (int i = 0; i < tabs->count(); ++i) w->setTabText(i, captions[i]);
+        w->setCurrentIndex(tabs->tab());
+        syncCommon(*tabs, w);
+    };
+    QObject::connect(w, &QTabBar::currentChanged, w, [tabs](int i) { tabs->setTab(i); });
+    tabs->viewChanged = sync;
+    sync();
+    return w;
+}
+
 }  // namespace
 
 QWidget* ViewBinder::widgetOf(const Control& c) const {
@@ -247,170 +439,28 @@ QPlainTextEdit* ViewBinder::makeLog(TextBox& t, QWidget* parent) {
 QWidget* ViewBinder::make(Control& c, QWidget* parent) {
     if (QWidget* existing = widgetOf(c)) return existing;
     QWidget* made = nullptr;
-    if (auto* l = dynamic_cast<Label*>(&c)) {
-        auto* w = new QLabel(parent);
-        auto sync = [l, w] {
-            w->setText(l->caption());
-            syncCommon(*l, w);
-        };
-        l->viewChanged = sync;
-        sync();
-        made = w;
-    } else if (auto* f = dynamic_cast<Frame*>(&c)) {
-        auto* w = new QGroupBox(parent);
-        auto sync = [f, w] {
-            w->setTitle(f->caption());
-            syncCommon(*f, w);
-        };
-        f->viewChanged = sync;
-        sync();
-        made = w;
-    } else if (auto* b = dynamic_cast<CommandButton*>(&c)) {
-        auto* w = new QPushButton(parent);
-        w->setFocusPolicy(Qt::NoFocus);
-        QObject::connect(w, &QPushButton::pressed, w, [b] {
-            b->mouseDown(kLeftButton, modelShift(QApplication::keyboardModifiers()), 0, 0);
-        });
-        QObject::connect(w, &QPushButton::released, w, [b] {
-            b->mouseUp(kLeftButton, modelShift(QApplication::keyboardModifiers()), 0, 0);
-        });
-        QObject::connect(w, &QPushButton::clicked, w, [b] { b->click(); });
-        // A button drawn as a symbol has no caption: the view shows its own text for it.
-        auto sync = [b, w] {
-            w->setText(b->caption().isEmpty() ? w->property("tvEmptyText").toString() : b->caption());
-            syncCommon(*b, w);
-        };
-        b->viewChanged = sync;
-        sync();
-        made = w;
-    } else if (auto* x = dynamic_cast<CheckBox*>(&c)) {
-        auto* w = new QCheckBox(parent);
-        w->setFocusPolicy(Qt::NoFocus);
-        auto sync = [x, w] {
-            QSignalBlocker block(w);
-            w->setText(x->caption());
-            w->setTristate(x->value() == CheckBox::Grayed);
-            w->setCheckState(x->value() == CheckBox::Checked   ? Qt::Checked
-                             : x->value() == CheckBox::Grayed ? Qt::PartiallyChecked
-                                                              : Qt::Unchecked);
-            syncCommon(*x, w);
-        };
-        QObject::connect(w, &QCheckBox::clicked, w, [x, sync] {
-            x->userClick();
-            sync();
-        });
-        x->viewChanged = sync;
-        sync();
-        made = w;
-    } else if (auto* o = dynamic_cast<OptionButton*>(&c)) {
-        auto* w = new QRadioButton(parent);
-        w->setAutoExclusive(false);  // the model's group decides
-        w->setFocusPolicy(Qt::NoFocus);
-        auto sync = [o, w] {
-            QSignalBlocker block(w);
-            w->setText(o->caption());
-            w->setChecked(o->value());
-            syncCommon(*o, w);
-        };
-        QObject::connect(w, &QRadioButton::clicked, w, [o, sync] {
-            o->userClick();
-            sync();
-        });
-        // The others of the group are cleared without events: redraw them too.
-        o->viewChanged = sync;
-        sync();
-        made = w;
-    } else if (auto* t = dynamic_cast<TextBox*>(&c)) {
-        auto* w = new QLineEdit(parent);
-        w->installEventFilter(new KeyFilter(*t, w));
-        auto sync = [t, w] {
-            QSignalBlocker block(w);
-            if (w->text() != t->text()) w->setText(t->text());
-            w->setReadOnly(t->locked());
-            if (t->selLength() > 0)
-                w->setSelection(t->selStart(), t->selLength());
-            else
-                w->setCursorPosition(t->selStart());
-            syncCommon(*t, w);
-        };
-        // Edits other than typed keys (paste, cut) are handed over as a change of the text.
-        QObject::connect(w, &QLineEdit::textEdited, w, [t, w] { t->setText(w->text()); });
-        t->viewChanged = sync;
-        sync();
-        made = w;
-    } else if (auto* cb = dynamic_cast<ComboBox*>(&c)) {
-        auto* w = new QComboBox(parent);
-        w->setEditable(cb->editable());
-        w->setFocusPolicy(Qt::NoFocus);
-        auto sync = [cb, w] {
-            QSignalBlocker block(w);
-            const QStringList items = cb->items();
-            QStringList have;
-            for (int i = 0; i < w->count(); ++i) have << w->itemText(i);
-            if (have != items) {
-                w->clear();
-                w->addItems(items);
-            }
-            w->setCurrentIndex(cb->listIndex());
-            if (cb->editable()) w->setEditText(cb->text());
-            syncCommon(*cb, w);
-        };
-        QObject::connect(w, qOverload<int>(&QComboBox::activated), w, [cb, sync](int i) {
-            cb->setListIndex(i);
-            sync();
-        });
-        if (cb->editable())
-            QObject::connect(w, &QComboBox::editTextChanged, w, [cb](const QString& s) { cb->setText(s); });
-        cb->viewChanged = sync;
-        sync();
-        made = w;
-    } else if (auto* s = dynamic_cast<ScrollBar*>(&c)) {
-        auto* w = new QScrollBar(Qt::Horizontal, parent);
-        w->setFocusPolicy(Qt::NoFocus);
-        auto sync = [s, w] {
-            QSignalBlocker block(w);
-            w->setRange(s->min(), s->max());
-            w->setSingleStep(s->smallChange());
-            w->setPageStep(s->largeChange());
-            w->setValue(s->value());
-            syncCommon(*s, w);
-        };
-        // Dragging raises Scroll as the thumb moves; the value is set (Change) at release or on a step.
-        QObject::connect(w, &QScrollBar::sliderMoved, w, [s](int v) { s->dragTo(v); });
-        QObject::connect(w, &QScrollBar::sliderReleased, w, [s, w] { s->setValue(w->value()); });
-        QObject::connect(w, &QScrollBar::actionTriggered, w, [s, w](int action) {
-            if (action != QAbstractSlider::SliderMove) s->setValue(w->sliderPosition());
-        });
-        s->viewChanged = sync;
-        sync();
-        made = w;
-    } else if (auto* p = dynamic_cast<PictureBox*>(&c)) {
-        auto* w = new PictureView(*p, parent);
-        p->viewChanged = [p, w] {
-            syncCommon(*p, w);
-            w->update();
-        };
-        syncCommon(*p, w);
-        made = w;
-    } else if (auto* grid = dynamic_cast<Grid*>(&c)) {
-        made = makeGridView(*grid, parent);
-    } else if (auto* tabs = dynamic_cast<TabStrip*>(&c)) {
-        auto* w = new QTabBar(parent);
-        for (int i = 0; i < tabs->count(); ++i) w->addTab(tabs->tabCaption(i));
-        auto sync = [tabs, w] {
-            QSignalBlocker block(w);
-            QStringList captions;
-            for (int i = 0; i < tabs->count(); ++i) captions << tabs->tabCaption(i);
-            captions = withMnemonics(captions);
-            for (int i = 0; i < tabs->count(); ++i) w->setTabText(i, captions[i]);
-            w->setCurrentIndex(tabs->tab());
-            syncCommon(*tabs, w);
-        };
-        QObject::connect(w, &QTabBar::currentChanged, w, [tabs](int i) { tabs->setTab(i); });
-        tabs->viewChanged = sync;
-        sync();
-        made = w;
-    }
+    if (auto* x = dynamic_cast<Label*>(&c))
+        made = makeLabel(*x, parent);
+    else if (auto* x = dynamic_cast<Frame*>(&c))
+        made = makeFrame(*x, parent);
+    else if (auto* x = dynamic_cast<CommandButton*>(&c))
+        made = makeCommandButton(*x, parent);
+    else if (auto* x = dynamic_cast<CheckBox*>(&c))
+        made = makeCheckBox(*x, parent);
+    else if (auto* x = dynamic_cast<OptionButton*>(&c))
+        made = makeOptionButton(*x, parent);
+    else if (auto* x = dynamic_cast<TextBox*>(&c))
+        made = makeTextBox(*x, parent);
+    else if (auto* x = dynamic_cast<ComboBox*>(&c))
+        made = makeComboBox(*x, parent);
+    else if (auto* x = dynamic_cast<ScrollBar*>(&c))
+        made = makeScrollBar(*x, parent);
+    else if (auto* x = dynamic_cast<PictureBox*>(&c))
+        made = makePictureBox(*x, parent);
+    else if (auto* x = dynamic_cast<Grid*>(&c))
+        made = makeGridView(*x, parent);
+    else if (auto* x = dynamic_cast<TabStrip*>(&c))
+        made = makeTabStrip(*x, parent);
     if (made) {
         made->setObjectName(c.fullName());
         widgets_[&c] = made;

@@ -327,6 +327,7 @@ QWidget* ViewBinder::make(Control& c, QWidget* parent) {
             QSignalBlocker block(w);
             if (w->text() != t->text()) w->setText(t->text());
             w->setReadOnly(t->locked());
+            w->setEchoMode(t->masked() ? QLineEdit::Password : QLineEdit::Normal);
             if (t->selLength() > 0)
                 w->setSelection(t->selStart(), t->selLength());
             else

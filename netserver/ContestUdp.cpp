@@ -193,7 +193,7 @@ ContestRadioInfo ContestUdp::current() const {
     ContestRadioInfo i;
     i.station = QSysInfo::machineHostName();
     i.radioNr = rig_.radioNumber();
-    i.connected = rig_.responding();
+    i.connected = rig_.responding() && rig_.frequencyHz() > 0;
     i.radioName = rig_.caps().name;
     if (!i.connected) return i;  // no stale numbers for a radio that doesn't answer
     i.rxHz = std::llround(rig_.frequencyHz());

@@ -102,8 +102,9 @@ WebLoggerState WebLogger::current() const {
 
 void WebLogger::look() {
     if (!config_.enabled || inFlight_ || config_.url.trimmed().isEmpty() || config_.key.isEmpty()) return;
-    // A radio that doesn't answer has no state to tell: the logger's own time-out says it is gone.
-    if (!rig_.responding()) return;
+    // A radio that doesn't answer, or hasn't told its frequency and mode yet, has no state to tell: the
+    // logger's own time-out says it is gone.
+    if (!rig_.responding() || rig_.frequencyHz() <= 0 || rig_.mode() < 0) return;
     const std::int64_t now = loop_.monotonicMs();
     if (now < retryAtMs_) return;
     const WebLoggerState state = current();

@@ -17,7 +17,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (command->kind == tv::ContestCommand::SetFrequency)
             FUZZ_CHECK(command->hz > 0 && command->hz <= 100'000'000'000LL, datagram);
         else
-            FUZZ_CHECK(command->sideband || (command->mode >= 0 && command->mode < tv::kRigModeCount), datagram);
+            FUZZ_CHECK(command->sideband || (command->mode >= 0 && command->mode < tv::kRigModeCount),
+                       datagram);
     }
     tv::SimEventLoop loop;
     tv::test::FakeRig rig;

@@ -20,10 +20,10 @@ struct ModeRow {
     int mode;
 };
 constexpr ModeRow kModes[] = {
-    {"LSB", RigLSB},   {"USB", RigUSB},  {"AM", RigAM},        {"CW", RigCW},       {"RTTY", RigRTTY},
-    {"FM", RigFM},     {"WFM", RigWBFM}, {"CW-R", RigCWR},     {"RTTY-R", RigRTTYR}, {"PKT", RigPKT},
-    {"WBFM", RigWBFM}, {"CWR", RigCWR},  {"RTTYR", RigRTTYR},  {"DIGI", RigPKT},    {"DATA", RigPKT},
-    {"PKTUSB", RigPKT}, {"PSK", RigPKT}, {"NFM", RigFM},
+    {"LSB", RigLSB},    {"USB", RigUSB},  {"AM", RigAM},       {"CW", RigCW},        {"RTTY", RigRTTY},
+    {"FM", RigFM},      {"WFM", RigWBFM}, {"CW-R", RigCWR},    {"RTTY-R", RigRTTYR}, {"PKT", RigPKT},
+    {"WBFM", RigWBFM},  {"CWR", RigCWR},  {"RTTYR", RigRTTYR}, {"DIGI", RigPKT},     {"DATA", RigPKT},
+    {"PKTUSB", RigPKT}, {"PSK", RigPKT},  {"NFM", RigFM},
 };
 
 QString sentModeName(int mode) {
@@ -32,7 +32,9 @@ QString sentModeName(int mode) {
     return QString();
 }
 
-const char* truth(bool on) { return on ? "True" : "False"; }
+const char* truth(bool on) {
+    return on ? "True" : "False";
+}
 
 // A datagram longer than this is no command of the format.
 constexpr qsizetype kMaxDatagram = 8 * 1024;
@@ -91,7 +93,8 @@ std::optional<ContestCommand> ParseContestCommand(const QByteArray& datagram, QS
         bool ok = false;
         if (name == QLatin1String("RadioNr")) {
             c.radioNr = text.toInt(&ok);
-            if (!ok || c.radioNr < 1) return fail(QStringLiteral("RadioNr \"%1\" is no radio").arg(text.left(20)));
+            if (!ok || c.radioNr < 1)
+                return fail(QStringLiteral("RadioNr \"%1\" is no radio").arg(text.left(20)));
         } else if (c.kind == ContestCommand::SetFrequency &&
                    (name == QLatin1String("Frequency") || name == QLatin1String("Freq"))) {
             const double tens = text.toDouble(&ok);
@@ -106,7 +109,8 @@ std::optional<ContestCommand> ParseContestCommand(const QByteArray& datagram, QS
             } else {
                 for (const ModeRow& r : kModes)
                     if (upper == QLatin1String(r.name)) c.mode = r.mode;
-                if (c.mode < 0) return fail(QStringLiteral("mode \"%1\" is not known here").arg(text.left(20)));
+                if (c.mode < 0)
+                    return fail(QStringLiteral("mode \"%1\" is not known here").arg(text.left(20)));
             }
             haveValue = true;
         }
@@ -114,7 +118,7 @@ std::optional<ContestCommand> ParseContestCommand(const QByteArray& datagram, QS
     if (x.hasError()) return fail(QStringLiteral("bad XML: ") + x.errorString());
     if (!haveValue)
         return fail(c.kind == ContestCommand::SetFrequency ? QStringLiteral("no <Frequency>")
-                                                            : QStringLiteral("no <Mode>"));
+                                                           : QStringLiteral("no <Mode>"));
     return c;
 }
 
@@ -132,8 +136,10 @@ QList<std::pair<QHostAddress, quint16>> ContestUdp::parseDestinations(const QStr
     for (const QString& item : text.split(separators, Qt::SkipEmptyParts)) {
         const qsizetype colon = item.lastIndexOf(QLatin1Char(':'));
         QString host = colon > 0 ? item.left(colon) : item;
-        if (host.startsWith(QLatin1Char('[')) && host.endsWith(QLatin1Char(']'))) host = host.mid(1, host.size() - 2);
-        if (host.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0) host = QStringLiteral("127.0.0.1");
+        if (host.startsWith(QLatin1Char('[')) && host.endsWith(QLatin1Char(']')))
+            host = host.mid(1, host.size() - 2);
+        if (host.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0)
+            host = QStringLiteral("127.0.0.1");
         bool ok = colon < 0;
         const uint port = colon > 0 ? item.mid(colon + 1).toUInt(&ok) : kDefaultPort;
         const QHostAddress address(host);
@@ -148,7 +154,8 @@ QList<std::pair<QHostAddress, quint16>> ContestUdp::parseDestinations(const QStr
 
 void ContestUdp::configure(const ContestUdpConfig& config) {
     const bool newListener = config.listen != config_.listen || config.listenPort != config_.listenPort;
-    const bool newDestinations = config.destinations != config_.destinations || (config.send && !config_.send);
+    const bool newDestinations =
+        config.destinations != config_.destinations || (config.send && !config_.send);
     config_ = config;
     if (newDestinations) {
         QStringList bad;
@@ -168,8 +175,10 @@ void ContestUdp::configure(const ContestUdpConfig& config) {
     if (!config.listen) return;
     in_ = new QUdpSocket(this);
     // Loopback only, as the other doors: whoever reaches the port can retune the radio.
-    if (!in_->bind(QHostAddress::LocalHost, config.listenPort, QUdpSocket::ShareAddress | QUdpSocket::ReuseAddressHint)) {
-        log(QStringLiteral("ContestUdp: cannot listen on 127.0.0.1:%1: %2").arg(config.listenPort).arg(in_->errorString()));
+    if (!in_->bind(QHostAddress::LocalHost, config.listenPort)) {
+        log(QStringLiteral("ContestUdp: cannot listen on 127.0.0.1:%1: %2")
+                .arg(config.listenPort)
+                .arg(in_->errorString()));
         delete in_;
         in_ = nullptr;
         return;
@@ -185,9 +194,13 @@ void ContestUdp::stop() {
     configure(off);
 }
 
-bool ContestUdp::listening() const { return in_ != nullptr; }
+bool ContestUdp::listening() const {
+    return in_ != nullptr;
+}
 
-quint16 ContestUdp::listenPort() const { return in_ ? in_->localPort() : 0; }
+quint16 ContestUdp::listenPort() const {
+    return in_ ? in_->localPort() : 0;
+}
 
 ContestRadioInfo ContestUdp::current() const {
     ContestRadioInfo i;
@@ -208,7 +221,8 @@ void ContestUdp::look() {
     if (!config_.send || to_.isEmpty()) return;
     const ContestRadioInfo info = current();
     const std::int64_t now = loop_.monotonicMs();
-    if (sentOnce_ && info == sent_ && now - sentAtMs_ < std::chrono::milliseconds(kResendEvery).count()) return;
+    if (sentOnce_ && info == sent_ && now - sentAtMs_ < std::chrono::milliseconds(kResendEvery).count())
+        return;
     sent_ = info;
     sentOnce_ = true;
     sentAtMs_ = now;
@@ -216,7 +230,8 @@ void ContestUdp::look() {
     for (const auto& [address, port] : to_) {
         if (out_->writeDatagram(datagram, address, port) >= 0) continue;
         // A destination that can't be reached is told once, not ten times a second.
-        const QString error = QStringLiteral("%1:%2: %3").arg(address.toString()).arg(port).arg(out_->errorString());
+        const QString error =
+            QStringLiteral("%1:%2: %3").arg(address.toString()).arg(port).arg(out_->errorString());
         if (error != lastSendError_) log(QStringLiteral("ContestUdp: cannot send to ") + error);
         lastSendError_ = error;
     }
@@ -270,7 +285,8 @@ void ContestUdp::handle(const QByteArray& datagram, const QString& from) {
         const int mode = c->sideband ? (rig_.frequencyHz() < kSidebandTurnHz ? RigLSB : RigUSB) : c->mode;
         queued = rig_.caps().modes[size_t(mode)] && rig_.setMode(mode, -1);
     }
-    if (!queued) log(QStringLiteral("ContestUdp: command from %1 refused: the radio can't take it now").arg(from));
+    if (!queued)
+        log(QStringLiteral("ContestUdp: command from %1 refused: the radio can't take it now").arg(from));
 }
 
 void ContestUdp::log(const QString& line) const {

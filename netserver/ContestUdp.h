@@ -34,9 +34,9 @@ struct ContestRadioInfo {
     bool transmitting = false, split = false, connected = false;
     QString radioName;
     bool operator==(const ContestRadioInfo& o) const {
-        return station == o.station && radioNr == o.radioNr && rxHz == o.rxHz && txHz == o.txHz && mode == o.mode &&
-               transmitting == o.transmitting && split == o.split && connected == o.connected &&
-               radioName == o.radioName;
+        return station == o.station && radioNr == o.radioNr && rxHz == o.rxHz && txHz == o.txHz &&
+               mode == o.mode && transmitting == o.transmitting && split == o.split &&
+               connected == o.connected && radioName == o.radioName;
     }
     bool operator!=(const ContestRadioInfo& o) const { return !(*this == o); }
 };

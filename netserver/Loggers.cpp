@@ -14,7 +14,9 @@ bool isTrue(const QString& text) {
     return t.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0 || t == QLatin1String("1") ||
            t.compare(QLatin1String("T"), Qt::CaseInsensitive) == 0;
 }
-QString tf(bool on) { return on ? QStringLiteral("True") : QStringLiteral("False"); }
+QString tf(bool on) {
+    return on ? QStringLiteral("True") : QStringLiteral("False");
+}
 }  // namespace
 
 Loggers::Loggers(RigBackend& rig, EventLoop& loop, SettingsStore& settings, Common& common, KavConfig& config)
@@ -60,11 +62,14 @@ void Loggers::Initialize() {
     c.WebLoggerUrl.setText(read(QStringLiteral("WebLoggerUrl"), QString()));
     c.WebLoggerKey.setText(read(QStringLiteral("WebLoggerKey"), QString()));
     c.WebLoggerRadio.setText(read(QStringLiteral("WebLoggerRadio"), QStringLiteral("Tolvane")));
-    c.UdpRadioInfoEnabled.setChecked(isTrue(read(QStringLiteral("UdpRadioInfoEnabled"), QStringLiteral("False"))));
-    c.UdpDestinations.setText(read(QStringLiteral("UdpRadioInfoTo"),
-                                   QStringLiteral("127.0.0.1:%1").arg(ContestUdp::kDefaultPort)));
-    c.UdpCommandsEnabled.setChecked(isTrue(read(QStringLiteral("UdpCommandsEnabled"), QStringLiteral("False"))));
-    c.UdpCommandsPort.setText(read(QStringLiteral("UdpCommandsPort"), QString::number(ContestUdpConfig().listenPort)));
+    c.UdpRadioInfoEnabled.setChecked(
+        isTrue(read(QStringLiteral("UdpRadioInfoEnabled"), QStringLiteral("False"))));
+    c.UdpDestinations.setText(
+        read(QStringLiteral("UdpRadioInfoTo"), QStringLiteral("127.0.0.1:%1").arg(ContestUdp::kDefaultPort)));
+    c.UdpCommandsEnabled.setChecked(
+        isTrue(read(QStringLiteral("UdpCommandsEnabled"), QStringLiteral("False"))));
+    c.UdpCommandsPort.setText(
+        read(QStringLiteral("UdpCommandsPort"), QString::number(ContestUdpConfig().listenPort)));
     loading_ = false;
     applyWeb();
     applyUdp();
@@ -73,7 +78,8 @@ void Loggers::Initialize() {
         common_.LogLine(QStringLiteral("WebLogger: sending the radio as \"%1\" to %2")
                             .arg(w.radio, WebLogger::endpoint(w.url).toDisplayString(QUrl::RemoveUserInfo)));
     if (w.enabled && (w.url.trimmed().isEmpty() || w.key.isEmpty()))
-        common_.LogLine(QStringLiteral("WebLogger: on, but the URL or the API key is empty: nothing is sent"));
+        common_.LogLine(
+            QStringLiteral("WebLogger: on, but the URL or the API key is empty: nothing is sent"));
     if (c.UdpRadioInfoEnabled.checked())
         common_.LogLine(QStringLiteral("ContestUdp: sending RadioInfo to %1").arg(c.UdpDestinations.text()));
 }

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace tv {
 
@@ -33,7 +34,8 @@ WebLogger::~WebLogger() {
 }
 
 void WebLogger::configure(const WebLoggerConfig& config) {
-    const bool changedTarget = config.url != config_.url || config.key != config_.key || config.radio != config_.radio;
+    const bool changedTarget =
+        config.url != config_.url || config.key != config_.key || config.radio != config_.radio;
     config_ = config;
     if (changedTarget || !config.enabled) {
         // A new address or key deserves a try at once, and a report of its own.
@@ -60,19 +62,11 @@ QUrl WebLogger::endpoint(const QString& url) {
 }
 
 QString WebLogger::modeName(int mode) {
-    switch (mode) {
-        case RigLSB: return QStringLiteral("LSB");
-        case RigUSB: return QStringLiteral("USB");
-        case RigAM: return QStringLiteral("AM");
-        case RigCW: return QStringLiteral("CW");
-        case RigRTTY: return QStringLiteral("RTTY");
-        case RigFM: return QStringLiteral("FM");
-        case RigWBFM: return QStringLiteral("WFM");
-        case RigCWR: return QStringLiteral("CWR");
-        case RigRTTYR: return QStringLiteral("RTTYR");
-        case RigPKT: return QStringLiteral("PKTUSB");
-        default: return QString();
-    }
+    // By RigMode: the names Hamlib and the loggers' own CAT bridges use.
+    static constexpr const char* kNames[] = {"LSB", "USB", "AM",  "CW",    "RTTY",
+                                             "FM",  "WFM", "CWR", "RTTYR", "PKTUSB"};
+    static_assert(std::size(kNames) == kRigModeCount);
+    return mode >= 0 && mode < kRigModeCount ? QString::fromLatin1(kNames[mode]) : QString();
 }
 
 QByteArray WebLogger::body(const WebLoggerState& state, const WebLoggerConfig& config) {
@@ -96,7 +90,8 @@ WebLoggerState WebLogger::current() const {
     if (split) s.rxFrequencyHz = std::llround(rig_.frequencyHz());
     s.mode = modeName(rig_.mode());
     if (rig_.caps().levels[size_t(RigLevel::RfPower)])
-        if (const auto level = rig_.reportedLevel(RigLevel::RfPower)) s.powerW = int(std::lround(*level * kFullPowerW));
+        if (const auto level = rig_.reportedLevel(RigLevel::RfPower))
+            s.powerW = int(std::lround(*level * kFullPowerW));
     return s;
 }
 
@@ -114,7 +109,8 @@ void WebLogger::look() {
     // Failing, the pause is over: the last state goes again.
     const bool due = !sentOnce_ || failing_ || changed || since >= milliseconds(kHeartbeat).count();
     if (!due) return;
-    if (rig_.caps().levels[size_t(RigLevel::RfPower)]) rig_.level(RigLevel::RfPower);  // fresh for the next post
+    if (rig_.caps().levels[size_t(RigLevel::RfPower)])
+        rig_.level(RigLevel::RfPower);  // fresh for the next post
     post(state);
 }
 
@@ -156,8 +152,9 @@ void WebLogger::answered(QNetworkReply* reply) {
         }
         return;
     }
-    retryPause_ = retryPause_.count() == 0 ? std::chrono::milliseconds(kFirstRetry)
-                                           : std::min(retryPause_ * 2, std::chrono::milliseconds(kLongestRetry));
+    retryPause_ = retryPause_.count() == 0
+                      ? std::chrono::milliseconds(kFirstRetry)
+                      : std::min(retryPause_ * 2, std::chrono::milliseconds(kLongestRetry));
     retryAtMs_ = loop_.monotonicMs() + retryPause_.count();
     if (!failing_) {
         failing_ = true;

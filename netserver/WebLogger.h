@@ -39,7 +39,8 @@ struct WebLoggerState {
     QString mode;
     int powerW = -1;  // -1 unknown
     bool operator==(const WebLoggerState& o) const {
-        return frequencyHz == o.frequencyHz && rxFrequencyHz == o.rxFrequencyHz && mode == o.mode && powerW == o.powerW;
+        return frequencyHz == o.frequencyHz && rxFrequencyHz == o.rxFrequencyHz && mode == o.mode &&
+               powerW == o.powerW;
     }
     bool operator!=(const WebLoggerState& o) const { return !(*this == o); }
 };
@@ -50,7 +51,8 @@ class WebLogger : public QObject {
     static constexpr auto kMinGap = 1000ms;
     // The loggers take a radio that has said nothing for a while as switched off.
     static constexpr auto kHeartbeat = 30s;
-    // How often the radio's state is compared with the last post (the program's own picture: no radio traffic).
+    // How often the radio's state is compared with the last post (the program's own picture: no radio
+    // traffic).
     static constexpr auto kLookEvery = 200ms;
     // The first pause after a failure, doubled on each further one up to the longest.
     static constexpr auto kFirstRetry = 5s;

@@ -52,7 +52,8 @@ class WebLoggerTest : public ::testing::Test {
         logger.onLog = [this](const QString& line) { log << line; };
         logger.onStatus = [this](const QString& s) { status = s; };
         listen();
-        logger.configure({true, QStringLiteral("http://127.0.0.1:%1/wavelog/").arg(port), kKey, QStringLiteral("Shack")});
+        logger.configure(
+            {true, QStringLiteral("http://127.0.0.1:%1/wavelog/").arg(port), kKey, QStringLiteral("Shack")});
     }
     void listen() {
         auto* tcp = new QTcpServer(&standIn);
@@ -132,7 +133,8 @@ TEST_F(WebLoggerTest, RetriesALoggerThatIsDownWithGrowingPausesAndTellsItOnce) {
     EXPECT_FALSE(postsWithin(9'800));
     EXPECT_TRUE(postsWithin(300));
     ASSERT_EQ(log.size(), 1) << log.join(QLatin1Char('\n')).toStdString();
-    EXPECT_TRUE(log[0].contains(QStringLiteral("127.0.0.1:%1").arg(port)) && log[0].contains(QStringLiteral("invalid api key")))
+    EXPECT_TRUE(log[0].contains(QStringLiteral("127.0.0.1:%1").arg(port)) &&
+                log[0].contains(QStringLiteral("invalid api key")))
         << log[0].toStdString();
 
     // Taken again: told once, and the status line is clear.

@@ -120,6 +120,8 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     suite.OpenWindows = [this] { return openWindows(); };
     suiteLink.connect();
     rig.connect();
+    rig.multiXcvr = &multiXcvr;
+    loggers.web.onStatus = [this](const QString& note) { netServer.setNote(note); };
     QObject::connect(&module.state(), &RadioState::transmitOwnerChanged, &module.state(),
                      [this](const QString& owner) { netServer.setTransmitOwner(owner); });
     QObject::connect(&module.state(), &RadioState::clientLockChanged, &module.state(),
@@ -189,6 +191,7 @@ bool Program::FormLoad() {
         module.hooks.DDEInitialize();
         netServer.Initialize(netOptions);
         flrigServer.Initialize(flrigOptions);
+        loggers.Initialize();
         // The clock and the caption run from here on.
         main.ClockTimer.setInterval(1000);
         main.ClockTimer.setEnabled(true);
@@ -213,6 +216,7 @@ void Program::FormUnload() {
         module.hooks.DDETerminate();
         netServer.Terminate();
         flrigServer.Terminate();
+        loggers.Terminate();
         // The shared services end.
         common.Terminate();
         // The core stops last.

@@ -13,6 +13,7 @@
 #include "forms/MemoryNotes.h"
 #include "forms/UserCommandSequenceDefinition.h"
 #include "netserver/FlrigServer.h"
+#include "netserver/Loggers.h"
 #include "netserver/NetServer.h"
 #include "netserver/ProgramRig.h"
 #include "operating/Bands.h"
@@ -104,6 +105,8 @@ public:
     // The XML-RPC front door, over the same backend.
     FlrigServer flrigServer{rig, settings, common};
     FlrigServerOptions flrigOptions;
+    // The radio pushed to a web logger and to the contest loggers on UDP, over the same backend.
+    Loggers loggers{rig, loop, settings, common, config};
     // The program's windows in the order they load ("iconify", "resetwindows").
     std::vector<Form*> openWindows();
 

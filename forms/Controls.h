@@ -198,9 +198,16 @@ public:
     // The operator types a character: KeyPress first (which may swallow it), then the text changes at
     // the caret, replacing the selection. Backspace (8) removes before the caret.
     void typeChar(int keyAscii);
+    // A secret (a password, an API key): the view shows dots in place of its characters.
+    bool masked() const { return masked_; }
+    void setMasked(bool on) {
+        masked_ = on;
+        changed();
+    }
 
 private:
     QString text_;
+    bool masked_ = false;
     int selStart_ = 0, selLength_ = 0;
     bool locked_ = false;
     bool appended_ = false;

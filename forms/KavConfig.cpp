@@ -112,6 +112,45 @@ KavConfig::KavConfig(EventLoop& loop)
     describeStationPages();
     describeFilterGroupsTab();
     describeMemoriesTab();
+    describeLoggersTab();
+}
+
+void KavConfig::describeLoggersTab() {
+    Describe(WebLoggerFrame, QStringLiteral("Web logger (Wavelog, Cloudlog)"));
+    Describe(WebLoggerEnabled, QStringLiteral("Send the radio's frequency, mode and power to the logger"),
+             QStringLiteral("when checked, the logger's QSO form follows the radio: on each change (at most once a "
+                            "second) and every 30 seconds"));
+    Describe(WebLoggerUrlLabel, QStringLiteral("URL"));
+    WebLoggerUrl.setToolTip(
+        QStringLiteral("the address you open the logger at, e.g. https://log.example.org/ (its radio API is found "
+                       "under it)"));
+    Describe(WebLoggerKeyLabel, QStringLiteral("API key"));
+    WebLoggerKey.setToolTip(
+        QStringLiteral("a read/write API key from the logger's account menu; kept in the settings file only, never "
+                       "written to the log"));
+    WebLoggerKey.setMasked(true);
+    Describe(WebLoggerRadioLabel, QStringLiteral("Radio name"));
+    WebLoggerRadio.setToolTip(QStringLiteral("the name the logger lists this radio under"));
+
+    Describe(ContestUdpFrame, QStringLiteral("Contest loggers (UDP radio info)"));
+    Describe(UdpRadioInfoEnabled, QStringLiteral("Send RadioInfo datagrams"),
+             QStringLiteral("when checked, the radio in use is announced on UDP on each change and every 10 "
+                            "seconds, as contest loggers expect"));
+    Describe(UdpDestinationsLabel, QStringLiteral("To (host:port)"));
+    UdpDestinations.setToolTip(
+        QStringLiteral("where the datagrams go: host:port items separated by spaces, e.g. 127.0.0.1:12060 "
+                       "192.168.1.20:12060"));
+    Describe(UdpCommandsEnabled, QStringLiteral("Take Radio_SetFrequency and Radio_SetMode"),
+             QStringLiteral("when checked, a logger on this computer can tune the radio by UDP datagrams"));
+    Describe(UdpCommandsPortLabel, QStringLiteral("on port"));
+    UdpCommandsPort.setToolTip(QStringLiteral("the UDP port of this computer's loopback where the commands are "
+                                              "taken"));
+}
+
+int KavConfig::tabIndex(const QString& caption) const {
+    for (int i = 0; i < ConfigTab.count(); ++i)
+        if (ConfigTab.tabCaption(i) == caption) return i;
+    return -1;
 }
 
 void KavConfig::describeFilterGroupsTab() {
@@ -171,6 +210,13 @@ int KavConfig::tabOf(const Control& c) const {
         QStringLiteral("BankNumberLabel"), QStringLiteral("BankToolTip"),       QStringLiteral("ExportMemoriesCmd"),
         QStringLiteral("ImportMemoriesCmd"), QStringLiteral("MemoryHelpCmd")};
     if (memories.contains(c.name())) return 6;
+    static const QStringList loggers = {
+        QStringLiteral("WebLoggerFrame"),       QStringLiteral("WebLoggerEnabled"),     QStringLiteral("WebLoggerUrlLabel"),
+        QStringLiteral("WebLoggerUrl"),         QStringLiteral("WebLoggerKeyLabel"),    QStringLiteral("WebLoggerKey"),
+        QStringLiteral("WebLoggerRadioLabel"),  QStringLiteral("WebLoggerRadio"),       QStringLiteral("ContestUdpFrame"),
+        QStringLiteral("UdpRadioInfoEnabled"),  QStringLiteral("UdpDestinationsLabel"), QStringLiteral("UdpDestinations"),
+        QStringLiteral("UdpCommandsEnabled"),   QStringLiteral("UdpCommandsPortLabel"), QStringLiteral("UdpCommandsPort")};
+    if (loggers.contains(c.name())) return tabIndex(QStringLiteral("Loggers"));
     return -1;
 }
 

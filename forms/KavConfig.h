@@ -16,7 +16,7 @@ public:
     TabStrip ConfigTab{this, QStringLiteral("ConfigTab"),
                        {QStringLiteral("General"), QStringLiteral("Com"), QStringLiteral("Device 0"),
                         QStringLiteral("Device 1"), QStringLiteral("Device 2"), QStringLiteral("Filter Grps"),
-                        QStringLiteral("Memories"), QStringLiteral("Multi Radio")}};
+                        QStringLiteral("Memories"), QStringLiteral("Multi Radio"), QStringLiteral("Loggers")}};
 
     // ---- tab "General": the radio ----
     Frame RadioFrame{this, QStringLiteral("RadioFrame")};
@@ -166,8 +166,27 @@ public:
     CommandButton ImportMemoriesCmd{this, QStringLiteral("ImportMemoriesCmd")};
     CommandButton MemoryHelpCmd{this, QStringLiteral("MemoryHelpCmd")};
 
+    // ---- tab "Loggers": the radio pushed to a web logger, and the contest loggers' UDP radio info ----
+    Frame WebLoggerFrame{this, QStringLiteral("WebLoggerFrame")};
+    CheckBox WebLoggerEnabled{this, QStringLiteral("WebLoggerEnabled")};
+    Label WebLoggerUrlLabel{this, QStringLiteral("WebLoggerUrlLabel")};
+    TextBox WebLoggerUrl{this, QStringLiteral("WebLoggerUrl")};
+    Label WebLoggerKeyLabel{this, QStringLiteral("WebLoggerKeyLabel")};
+    TextBox WebLoggerKey{this, QStringLiteral("WebLoggerKey")};
+    Label WebLoggerRadioLabel{this, QStringLiteral("WebLoggerRadioLabel")};
+    TextBox WebLoggerRadio{this, QStringLiteral("WebLoggerRadio")};
+    Frame ContestUdpFrame{this, QStringLiteral("ContestUdpFrame")};
+    CheckBox UdpRadioInfoEnabled{this, QStringLiteral("UdpRadioInfoEnabled")};
+    Label UdpDestinationsLabel{this, QStringLiteral("UdpDestinationsLabel")};
+    TextBox UdpDestinations{this, QStringLiteral("UdpDestinations")};
+    CheckBox UdpCommandsEnabled{this, QStringLiteral("UdpCommandsEnabled")};
+    Label UdpCommandsPortLabel{this, QStringLiteral("UdpCommandsPortLabel")};
+    TextBox UdpCommandsPort{this, QStringLiteral("UdpCommandsPort")};
+
     // The tab each control sits on, for the view: -1 for controls outside the tabs.
     int tabOf(const Control& c) const;
+    // The tab with this caption, -1 when there is none.
+    int tabIndex(const QString& caption) const;
 
 private:
     // The designed captions and tooltips of the device and multi-radio pages.
@@ -176,6 +195,7 @@ private:
     static int stationTabOf(const Control& c);
     void describeMemoriesTab();
     void describeFilterGroupsTab();
+    void describeLoggersTab();
 };
 
 }  // namespace tv

@@ -131,6 +131,7 @@ void NetServer::showStatus() {
     }
     if (locked_) text += QStringLiteral(" - locked");
     if (!transmitOwner_.isEmpty()) text += QStringLiteral(" - PTT: ") + transmitOwner_;
+    if (!note_.isEmpty()) text += QStringLiteral(" - ") + note_;
     status_.setCaption(text);
 }
 

@@ -48,6 +48,12 @@ class NetServer {
         showStatus();
     }
 
+    // A word from another door for the same line ("" to clear it).
+    void setNote(const QString& note) {
+        note_ = note;
+        showStatus();
+    }
+
   private:
     void showStatus();
 
@@ -59,6 +65,7 @@ class NetServer {
     quint16 port_ = kDefaultPort;
     QString failure_;  // why it isn't listening, when it was meant to
     QString transmitOwner_;
+    QString note_;
     bool locked_ = false;
     bool enabled_ = false;
 };

@@ -1,5 +1,6 @@
 #include "netserver/ProgramRig.h"
 
+#include "automation/MultiXcvr.h"
 #include "core/KavModule.h"
 #include "core/Protocol.h"
 #include "core/SelectedRadio.h"
@@ -134,6 +135,14 @@ std::optional<double> ProgramRig::level(RigLevel which) {
     const auto level = RadioLevel(int(which));
     m_.state().WantLevel(level);
     return m_.state().level(level);
+}
+
+std::optional<double> ProgramRig::reportedLevel(RigLevel which) const {
+    return m_.state().level(RadioLevel(int(which)));
+}
+
+int ProgramRig::radioNumber() const {
+    return multiXcvr && multiXcvr->SelectedXcvr >= 0 ? multiXcvr->SelectedXcvr + 1 : 1;
 }
 
 bool ProgramRig::setFrequency(double hz) {

@@ -7,6 +7,7 @@
 namespace tv {
 
 class KavModule;
+class MultiXcvr;
 
 class ProgramRig : public RigBackend {
   public:
@@ -29,6 +30,10 @@ class ProgramRig : public RigBackend {
     QString meterLabel() const override { return meterLabel_; }
     int passbandHz() const override;
     std::optional<double> level(RigLevel which) override;
+    std::optional<double> reportedLevel(RigLevel which) const override;
+    int radioNumber() const override;
+    // The transceiver switch, for the radio's number (none: always the first).
+    const MultiXcvr* multiXcvr = nullptr;
     QList<int> passbandChoices(int mode) const override;
     bool responding() const override;
     bool frequencySettled() const override;

@@ -80,6 +80,13 @@ class RigBackend {
     // A transmit level as the radio last reported it, none before its first report. Asking makes the
     // program read it for a while.
     virtual std::optional<double> level(RigLevel which) = 0;
+    // The same as last reported, without asking for reads: for a watcher that looks often.
+    virtual std::optional<double> reportedLevel(RigLevel which) const {
+        (void)which;
+        return std::nullopt;
+    }
+    // Which of the configured transceivers is in use, counted from 1.
+    virtual int radioNumber() const { return 1; }
     // The radio answers the program's polls.
     virtual bool responding() const = 0;
     // No frequency set from here still waits for the radio to report where it went: a frequency read

@@ -423,6 +423,15 @@ TEST_F(GuiRig, EveryConfigurationTabStoresWhatItsWidgetChanges) {
         }
         if (t != 5) shoot(t);
     }
+    // Loggers: what is typed is stored, the API key in a box that shows dots.
+    tabs->setCurrentIndex(c.tabIndex(QStringLiteral("Loggers")));
+    settle();
+    type(c.WebLoggerUrl, "https://log.example.org/");
+    type(c.WebLoggerKey, "wl0123456789abcdef");
+    EXPECT_EQ(widget<QLineEdit>(c.WebLoggerKey)->echoMode(), QLineEdit::Password);
+    EXPECT_EQ(stored("Loggers", QStringLiteral("WebLoggerKey")), QStringLiteral("wl0123456789abcdef"));
+    EXPECT_EQ(stored("Loggers", QStringLiteral("WebLoggerUrl")), QStringLiteral("https://log.example.org/"));
+    if (!shots.isEmpty()) windows->window(QStringLiteral("KavConfig"))->grab().save(shots + QStringLiteral("/config-loggers.png"));
     // Closing the window hides it; the program and the fields stay.
     windows->window(QStringLiteral("KavConfig"))->close();
     EXPECT_FALSE(c.visible());

@@ -1,7 +1,8 @@
 // The rig server as the Linux ham programs meet it: the real program, headless, drives the radio
 // simulator over a pty pair, and Debian's rigctl (Hamlib's NET rigctl, model 2) opens it, reads and
 // sets. Then ten clients read it as fast as it answers: the radio hears nothing but the program's own
-// polls. (How fast the answers come is measured by benchmarks/rigctl.cpp.)
+// polls. (How fast the answers come is measured by benchmarks/rigctl.cpp.) A contest logger hears the
+// same radio in UDP datagrams and tunes it with one.
 
 #include "platform/SettingsStore.h"
 
@@ -11,6 +12,8 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
+#include <QUdpSocket>
+#include <QXmlStreamReader>
 
 #include "support/PtyPair.h"
 #include "support/QtPrinters.h"
@@ -19,6 +22,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -72,6 +77,7 @@ class RigctlStation : public ::testing::Test {
             s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
             s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty.ends[0]);
             s.SaveSetting(g, QStringLiteral("InterrogateInterval"), QStringLiteral("200"));
+            if (presettings) presettings(s);
         }
         for (quint16* free : {&port, &xmlrpcPort}) {
             QTcpServer probe;  // a free port
@@ -122,6 +128,7 @@ class RigctlStation : public ::testing::Test {
             ms);
     }
 
+    std::function<void(SettingsStore&)> presettings;  // more settings for a test
     QTemporaryDir dir;
     PtyPair pty;
     QProcess sim, program;
@@ -273,6 +280,58 @@ TEST_F(RigctlStation, RecordedFldigiAndHamlibCallsGetTheAnswersTheyExpect) {
         EXPECT_TRUE(lastIs("1C 00", "ptt")) << simLog.right(800).toStdString();
         EXPECT_TRUE(lastIs("0F", "split")) << simLog.right(800).toStdString();
     }
+}
+
+// A contest logger on this computer hears the radio in RadioInfo datagrams and tunes it with a
+// Radio_SetFrequency datagram; garbage on the command port is logged and dropped.
+TEST_F(RigctlStation, ContestLoggersHearTheRadioOnUdpAndTuneIt) {
+    QUdpSocket logger, probe;
+    ASSERT_TRUE(logger.bind(QHostAddress::LocalHost, 0));
+    ASSERT_TRUE(probe.bind(QHostAddress::LocalHost, 0));
+    const quint16 commandPort = probe.localPort();
+    probe.close();
+    presettings = [&](SettingsStore& s) {
+        const QString l = QStringLiteral("Loggers");
+        s.SaveSetting(l, QStringLiteral("UdpRadioInfoEnabled"), QStringLiteral("True"));
+        s.SaveSetting(l, QStringLiteral("UdpRadioInfoTo"), QStringLiteral("127.0.0.1:%1").arg(logger.localPort()));
+        s.SaveSetting(l, QStringLiteral("UdpCommandsEnabled"), QStringLiteral("True"));
+        s.SaveSetting(l, QStringLiteral("UdpCommandsPort"), QString::number(commandPort));
+    };
+    startStation(kKenwood);
+    // The fields of the next datagram that parses as RadioInfo with the frequency asked for.
+    auto heard = [&](const QString& freq) {
+        std::map<QString, QString> fields;
+        const bool got = waitFor(
+            [&] {
+                while (logger.hasPendingDatagrams()) {
+                    QByteArray d(qsizetype(logger.pendingDatagramSize()), '\0');
+                    d.truncate(qsizetype(logger.readDatagram(d.data(), d.size())));
+                    QXmlStreamReader x(d);
+                    fields.clear();
+                    if (!x.readNextStartElement() || x.name() != QLatin1String("RadioInfo")) continue;
+                    while (x.readNextStartElement()) fields[x.name().toString()] = x.readElementText();
+                    if (!x.hasError() && fields[QStringLiteral("Freq")] == freq) return true;
+                }
+                return false;
+            },
+            15000);
+        return got ? fields : std::map<QString, QString>{};
+    };
+    auto fields = heard(QStringLiteral("701000"));
+    EXPECT_EQ(fields[QStringLiteral("TXFreq")], QStringLiteral("701000"));
+    EXPECT_EQ(fields[QStringLiteral("Mode")], QStringLiteral("USB"));
+    EXPECT_EQ(fields[QStringLiteral("RadioNr")], QStringLiteral("1"));
+    EXPECT_EQ(fields[QStringLiteral("IsTransmitting")], QStringLiteral("False"));
+
+    QUdpSocket sender;
+    sender.writeDatagram("<Radio_SetFrequency>not xml", QHostAddress::LocalHost, commandPort);
+    sender.writeDatagram("<?xml version=\"1.0\"?><Radio_SetFrequency><RadioNr>1</RadioNr>"
+                         "<Frequency>1402550</Frequency></Radio_SetFrequency>",
+                         QHostAddress::LocalHost, commandPort);
+    EXPECT_TRUE(simReceived(QStringLiteral("FA00014025500;"))) << simLog.right(800).toStdString();
+    EXPECT_EQ(heard(QStringLiteral("1402550"))[QStringLiteral("Mode")], QStringLiteral("USB"));
+    output += program.readAll();
+    EXPECT_TRUE(output.contains("ContestUdp: datagram from 127.0.0.1:")) << output.toStdString();
 }
 
 // One client of the load test: asks "f", "m" and "t" again as soon as they are answered, so many times.

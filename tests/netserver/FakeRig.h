@@ -30,6 +30,8 @@ class FakeRig : public RigBackend {
         asked[size_t(which)] = true;
         return levels[size_t(which)];
     }
+    std::optional<double> reportedLevel(RigLevel which) const override { return levels[size_t(which)]; }
+    int radioNumber() const override { return radioNr; }
     bool responding() const override { return answering; }
     bool locked() const override { return locked_; }
     void setLocked(bool on, const QString&) override { locked_ = on; }
@@ -59,6 +61,7 @@ class FakeRig : public RigBackend {
     bool split_ = false, ptt_ = false;
     double meterFraction = 0;
     int passband = 0;
+    int radioNr = 1;
     bool answering = true;
     bool locked_ = false;
     bool settled = true;

@@ -302,6 +302,7 @@ QWidget* makeTextBox(TextBox& control, QWidget* parent) {
         QSignalBlocker block(w);
         if (w->text() != t->text()) w->setText(t->text());
         w->setReadOnly(t->locked());
+        w->setEchoMode(t->masked() ? QLineEdit::Password : QLineEdit::Normal);
         if (t->selLength() > 0)
             w->setSelection(t->selStart(), t->selLength());
         else

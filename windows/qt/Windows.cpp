@@ -356,6 +356,35 @@ FormWindow* Windows::buildConfig(KavConfig& c) {
         fg->addStretch(0);
     }
     layoutMemoriesTab(c, win, page[6]);
+    // Loggers: the web logger above, the contest loggers' UDP below.
+    if (const int t = c.tabIndex(QStringLiteral("Loggers")); t >= 0) {
+        QWidget* p = page[size_t(t)];
+        auto* lg = new QVBoxLayout(p);
+        QWidget* web = place(c.WebLoggerFrame, p);
+        auto* wl = layoutOf<QGridLayout>(web);
+        wl->addWidget(place(c.WebLoggerEnabled, web), 0, 0, 1, 2);
+        wl->addWidget(place(c.WebLoggerUrlLabel, web), 1, 0);
+        wl->addWidget(place(c.WebLoggerUrl, web), 1, 1);
+        wl->addWidget(place(c.WebLoggerKeyLabel, web), 2, 0);
+        wl->addWidget(place(c.WebLoggerKey, web), 2, 1);
+        wl->addWidget(place(c.WebLoggerRadioLabel, web), 3, 0);
+        wl->addWidget(place(c.WebLoggerRadio, web), 3, 1);
+        wl->setColumnStretch(1, 1);
+        lg->addWidget(web);
+        QWidget* udp = place(c.ContestUdpFrame, p);
+        auto* ul = layoutOf<QGridLayout>(udp);
+        ul->addWidget(place(c.UdpRadioInfoEnabled, udp), 0, 0, 1, 2);
+        ul->addWidget(place(c.UdpDestinationsLabel, udp), 1, 0);
+        ul->addWidget(place(c.UdpDestinations, udp), 1, 1);
+        ul->addWidget(place(c.UdpCommandsEnabled, udp), 2, 0, 1, 2);
+        ul->addWidget(place(c.UdpCommandsPortLabel, udp), 3, 0);
+        QWidget* port = place(c.UdpCommandsPort, udp);
+        port->setMaximumWidth(90);
+        ul->addWidget(port, 3, 1, Qt::AlignLeft);
+        ul->setColumnStretch(1, 1);
+        lg->addWidget(udp);
+        lg->addStretch(1);
+    }
     for (Control* ctl : c.controls())
         if (!binder_.widgetOf(*ctl) && !dynamic_cast<Timer*>(ctl)) {
             W(*ctl)->setProperty("tvUnplaced", true);

@@ -273,8 +273,15 @@ TEST_F(ProgramRigTest, ListensWhereTheSettingsSayAndShowsItsClients) {
     EXPECT_TRUE(waitFor([&] { return label.caption().endsWith(QLatin1String(", 0 clients")); }));
     st.stop();
 
-    // Another network's address is warned of; one that isn't this computer's can't be listened on.
+    // Another network's address needs a password; with one it is warned of, and one that isn't this
+    // computer's can't be listened on.
     st.preset(kGeneral, QStringLiteral("NetServerAddress"), QStringLiteral("192.0.2.1"));
+    ASSERT_TRUE(st.start());
+    EXPECT_TRUE(st.log().contains(QStringLiteral(
+        "NetServer: not listening on 192.0.2.1:0: a password is needed to listen on anything but loopback")));
+    EXPECT_EQ(st.p().main.NetServerLabel.caption(), QStringLiteral("Rig server: cannot listen on 192.0.2.1:0"));
+    st.stop();
+    st.preset(kGeneral, QStringLiteral("NetServerPassword"), QStringLiteral("secret"));
     ASSERT_TRUE(st.start());
     EXPECT_TRUE(
         st.log().contains(QStringLiteral("NetServer: warning: listening on 192.0.2.1, not on loopback")));

@@ -18,6 +18,10 @@
 #include <memory>
 
 #include <csignal>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 #include <ostream>
 
 namespace tv {
@@ -160,7 +164,7 @@ TEST_P(KeyedExit, AKillWhileKeyedIsMadeGoodByTheNextStartAndAHangUpUnkeysBeforeT
 
 // A client's transmission is its own: another client's unkey is refused and the radio stays keyed; the
 // owner dies (its socket reset, as a crashed program's is) and the radio hears its receive command within
-// a second, with the client named in the log.
+// a second, with the client named in the log; so does one that keys and stops reading its answers.
 TEST_P(KeyedExit, AClientsTransmissionIsItsOwnAndEndsWhenItDies) {
     const Family& f = GetParam();
     ASSERT_TRUE(startProgram());
@@ -176,6 +180,38 @@ TEST_P(KeyedExit, AClientsTransmissionIsItsOwnAndEndsWhenItDies) {
     EXPECT_TRUE(simReceived(f.receive, before)) << simLog().mid(before).toStdString();
     EXPECT_LT(gone.elapsed(), 1000);
     EXPECT_TRUE(waitFor([&] { return (output += program.readAll()).contains(", which has gone; unkeyed"); }))
+        << output.right(600).toStdString();
+
+    // A client keys, then goes on polling and never reads an answer (hung, or its reader died): once its
+    // answers have waited unread for a few seconds it is gone too, and the radio hears the receive command.
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    ASSERT_GE(fd, 0);
+    const int small = 4096;
+    ::setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &small, sizeof small);
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_port = htons(port);
+    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ASSERT_EQ(::connect(fd, reinterpret_cast<const sockaddr*>(&to), sizeof to), 0);
+    const qsizetype rekeyed = simLog().size();
+    ASSERT_EQ(::send(fd, "T 1\n", 4, MSG_NOSIGNAL), 4);
+    ASSERT_TRUE(simReceived(f.transmit, rekeyed)) << simLog().mid(rekeyed).toStdString();
+    const qsizetype stalled = simLog().size();
+    const QByteArray polls = QByteArray("f\n").repeated(100);
+    QElapsedTimer pace;
+    pace.start();
+    EXPECT_TRUE(waitFor(
+        [&] {
+            if (pace.elapsed() >= 20) {
+                pace.restart();
+                ::send(fd, polls.constData(), size_t(polls.size()), MSG_NOSIGNAL | MSG_DONTWAIT);
+            }
+            return simLog().indexOf(QLatin1String(f.receive), stalled) >= 0;
+        },
+        15000))
+        << simLog().mid(stalled).toStdString();
+    ::close(fd);
+    EXPECT_TRUE(waitFor([&] { return (output += program.readAll()).contains("its answers have waited unread"); }))
         << output.right(600).toStdString();
 }
 

@@ -128,6 +128,13 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
                          main.NetServerUnlockCmd.setVisible(locked);
                      });
     main.NetServerUnlockCmd.Click = [this] { module.LockClientSets(false, QStringLiteral("the operator")); };
+    networkLogic.connect();
+    networkLogic.RestartServers = [this] {
+        netServer.Terminate();
+        flrigServer.Terminate();
+        netServer.Initialize(netOptions);
+        flrigServer.Initialize(flrigOptions);
+    };
 }
 
 std::vector<Form*> Program::openWindows() {
@@ -189,6 +196,7 @@ bool Program::FormLoad() {
         module.hooks.DDEInitialize();
         netServer.Initialize(netOptions);
         flrigServer.Initialize(flrigOptions);
+        networkLogic.ShowSettings();
         // 9.
         main.ClockTimer.setInterval(1000);
         main.ClockTimer.setEnabled(true);

@@ -28,6 +28,7 @@
 #include "services/Common.h"
 #include "suitelink/DDEServerModule.h"
 #include "windows/KavConfigLogic.h"
+#include "windows/KavConfigNetworkLogic.h"
 #include "windows/KavMainLogic.h"
 #include "windows/KavMessagesLogic.h"
 
@@ -104,6 +105,8 @@ public:
     // The XML-RPC front door, over the same backend.
     FlrigServer flrigServer{rig, settings, common};
     FlrigServerOptions flrigOptions;
+    // The configuration window's tab for both servers.
+    KavConfigNetworkLogic networkLogic{module};
     // The program's windows in the order they load ("iconify", "resetwindows").
     std::vector<Form*> openWindows();
 

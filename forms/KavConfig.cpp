@@ -112,6 +112,7 @@ KavConfig::KavConfig(EventLoop& loop)
     describeStationPages();
     describeFilterGroupsTab();
     describeMemoriesTab();
+    describeNetworkTab();
 }
 
 void KavConfig::describeFilterGroupsTab() {
@@ -171,6 +172,7 @@ int KavConfig::tabOf(const Control& c) const {
         QStringLiteral("BankNumberLabel"), QStringLiteral("BankToolTip"),       QStringLiteral("ExportMemoriesCmd"),
         QStringLiteral("ImportMemoriesCmd"), QStringLiteral("MemoryHelpCmd")};
     if (memories.contains(c.name())) return 6;
+    if (onNetworkTab(c)) return networkTab();
     return -1;
 }
 

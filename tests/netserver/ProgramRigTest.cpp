@@ -271,6 +271,10 @@ TEST_F(ProgramRigTest, ListensWhereTheSettingsSayAndShowsItsClients) {
     EXPECT_TRUE(waitFor([&] { return label.caption().endsWith(QLatin1String(", 1 client")); }));
     client.abort();
     EXPECT_TRUE(waitFor([&] { return label.caption().endsWith(QLatin1String(", 0 clients")); }));
+    // The configuration window restarts the servers on the stored settings.
+    st.p().config.NetworkRestartCmd.click();
+    EXPECT_TRUE(server.isListening());
+    EXPECT_EQ(st.log().count(QStringLiteral("NetServer: listening on ")), 2);
     st.stop();
 
     // Another network's address needs a password; with one it is warned of, and one that isn't this

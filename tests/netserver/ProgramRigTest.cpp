@@ -201,6 +201,17 @@ TEST_F(ProgramRigTest, TheTransmissionHasOneOwnerAndGoesWithIt) {
     sent();
     EXPECT_EQ(ask("T 0"), "RPRT -9\n") << "the operator's transmission is the operator's";
     EXPECT_EQ(sent(), QByteArray());
+    // Each change of owner is in the log, in order, with who asked.
+    qsizetype at = 0;
+    for (const char* line : {"KavModule: transmitting for rig client A",
+                             "RigServer: rig client B refused to unkey: rig client A is transmitting",
+                             "KavModule: unkeyed by window, over rig client A", "KavModule: transmitting for rig client B",
+                             "keyed by rig client B, which has gone; unkeyed (transmitting for rig client B)",
+                             "KavModule: transmitting for window",
+                             "RigServer: rig client A refused to unkey: window is transmitting"}) {
+        at = st.log().indexOf(QLatin1String(line), at);
+        EXPECT_GE(at, 0) << line << "\n" << st.log().toStdString();
+    }
 }
 
 // A radio lost while keyed gets the receive command first when it answers again.

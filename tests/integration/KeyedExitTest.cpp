@@ -8,6 +8,7 @@
 #include "support/PtyPair.h"
 
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -63,6 +64,7 @@ class KeyedExit : public ::testing::TestWithParam<Family> {
         if (*f.address) s.SaveSetting(g, QStringLiteral("RadioId"), QLatin1String(f.address));
         s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
         s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty);
+        simPty = pty;
         QTcpServer probe;  // a free port
         probe.listen(QHostAddress::LocalHost, 0);
         port = probe.serverPort();
@@ -120,6 +122,7 @@ class KeyedExit : public ::testing::TestWithParam<Family> {
     }
 
     QTemporaryDir dir;
+    QString simPty;
     std::unique_ptr<QTcpSocket> keyer;
     QProcess sim, program;
     QByteArray output;
@@ -213,6 +216,38 @@ TEST_P(KeyedExit, AClientsTransmissionIsItsOwnAndEndsWhenItDies) {
     ::close(fd);
     EXPECT_TRUE(waitFor([&] { return (output += program.readAll()).contains("its answers have waited unread"); }))
         << output.right(600).toStdString();
+}
+
+// The cable pulled while keyed and put back: the program opens the port again by itself, and the first
+// thing the radio hears over it is the receive command. The radio stays; the adapter (a socat bridge to
+// the simulator's pty, whose program end keeps its path) goes and comes.
+TEST_P(KeyedExit, APortUnpluggedWhileKeyedSaysReceiveFirstWhenItComesBack) {
+    const Family& f = GetParam();
+    ASSERT_TRUE(test::PtyPair::available());
+    const QString adapter = dir.filePath(QStringLiteral("adapter"));
+    QProcess bridge;
+    auto plugIn = [&] {
+        bridge.start(QStringLiteral("socat"), {QStringLiteral("pty,raw,echo=0,link=") + adapter,
+                                               simPty + QStringLiteral(",raw,echo=0")});
+        return bridge.waitForStarted(5000) && waitFor([&] { return QFileInfo::exists(adapter); });
+    };
+    ASSERT_TRUE(plugIn());
+    SettingsStore(dir.filePath(QStringLiteral("Tolvane.ini")), nullptr)
+        .SaveSetting(QStringLiteral("General"), QStringLiteral("CommPortDevice1"), adapter);
+    ASSERT_TRUE(startProgram());
+    key(0);
+    test::stopProcess(bridge);
+    EXPECT_TRUE(waitFor([&] { return (output += program.readAll()).contains("KavComm: Com1 is gone"); }))
+        << output.right(600).toStdString();
+    const qsizetype unplugged = simLog().size();
+    ASSERT_TRUE(plugIn());
+    EXPECT_TRUE(simReceived(f.receive, unplugged)) << simLog().mid(unplugged).toStdString();
+    const QString first = simLog().mid(unplugged).section(QStringLiteral("<- "), 1, 1);
+    EXPECT_TRUE(first.startsWith(QLatin1String(f.receive))) << simLog().mid(unplugged).toStdString();
+    EXPECT_TRUE(waitFor([&] { return (output += program.readAll()).contains("when the port was lost; unkeyed"); }))
+        << output.right(600).toStdString();
+    EXPECT_EQ(ask("t"), QByteArray("0"));
+    test::stopProcess(bridge);
 }
 
 INSTANTIATE_TEST_SUITE_P(Families, KeyedExit, ::testing::ValuesIn(kFamilies),

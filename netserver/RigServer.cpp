@@ -33,7 +33,11 @@ QHostAddress peerOf(int fd, quint16* port) {
     if (::getpeername(fd, reinterpret_cast<sockaddr*>(&ss), &len) != 0) return {};
     if (ss.ss_family == AF_INET) *port = ntohs(reinterpret_cast<const sockaddr_in&>(ss).sin_port);
     if (ss.ss_family == AF_INET6) *port = ntohs(reinterpret_cast<const sockaddr_in6&>(ss).sin6_port);
-    return QHostAddress(reinterpret_cast<const sockaddr*>(&ss));
+    const QHostAddress address(reinterpret_cast<const sockaddr*>(&ss));
+    // A server on "::" sees IPv4 clients as ::ffff:a.b.c.d; the allow-list names them as IPv4.
+    bool mapped = false;
+    const quint32 v4 = address.toIPv4Address(&mapped);
+    return mapped ? QHostAddress(v4) : address;
 }
 
 }  // namespace

@@ -130,6 +130,13 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
                          main.NetServerUnlockCmd.setVisible(locked);
                      });
     main.NetServerUnlockCmd.Click = [this] { module.LockClientSets(false, QStringLiteral("the operator")); };
+    networkLogic.connect();
+    networkLogic.RestartServers = [this] {
+        netServer.Terminate();
+        flrigServer.Terminate();
+        netServer.Initialize(netOptions);
+        flrigServer.Initialize(flrigOptions);
+    };
 }
 
 std::vector<Form*> Program::openWindows() {
@@ -192,6 +199,7 @@ bool Program::FormLoad() {
         netServer.Initialize(netOptions);
         flrigServer.Initialize(flrigOptions);
         loggers.Initialize();
+        networkLogic.ShowSettings();
         // The clock and the caption run from here on.
         main.ClockTimer.setInterval(1000);
         main.ClockTimer.setEnabled(true);

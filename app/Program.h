@@ -29,6 +29,7 @@
 #include "services/Common.h"
 #include "suitelink/DDEServerModule.h"
 #include "windows/KavConfigLogic.h"
+#include "windows/KavConfigNetworkLogic.h"
 #include "windows/KavMainLogic.h"
 #include "windows/KavMessagesLogic.h"
 
@@ -107,6 +108,8 @@ public:
     FlrigServerOptions flrigOptions;
     // The radio pushed to a web logger and to the contest loggers on UDP, over the same backend.
     Loggers loggers{rig, loop, settings, common, config};
+    // The configuration window's tab for both servers.
+    KavConfigNetworkLogic networkLogic{module};
     // The program's windows in the order they load ("iconify", "resetwindows").
     std::vector<Form*> openWindows();
 

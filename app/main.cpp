@@ -313,6 +313,9 @@ int main(int argc, char** argv) {
             program.config.ConfigTab.setTab(6);
             QCoreApplication::processEvents();
             if (QWidget* w = windows->window(QStringLiteral("KavConfig"))) w->grab().save(dir + QStringLiteral("/config-memories.png"));
+            program.config.ConfigTab.setTab(program.config.networkTab());
+            QCoreApplication::processEvents();
+            if (QWidget* w = windows->window(QStringLiteral("KavConfig"))) w->grab().save(dir + QStringLiteral("/config-network.png"));
             program.FormUnload();
         });
     }

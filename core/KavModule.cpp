@@ -374,6 +374,13 @@ void KavModule::Transmit() {
 }
 
 void KavModule::Receive() {
+    // Who ended whose transmission, for the log: the operator may end a client's.
+    if (state_.transmitting()) {
+        const QString by = nextKeyOwner_.isEmpty() ? QString::fromLatin1(kOperatorOwner) : nextKeyOwner_;
+        common_.LogLine(QStringLiteral("KavModule: unkeyed by ") + by +
+                        (transmitOwner_.isEmpty() || transmitOwner_ == by ? QString()
+                                                                           : QStringLiteral(", over ") + transmitOwner_));
+    }
     comm_.Receive();
     // A radio unkeyed by command stays keyed until that command has been written.
     if (queue_.SetXcvrReceive()) return;
@@ -387,7 +394,8 @@ void KavModule::Receive() {
 void KavModule::ReleaseTransmitter(const QString& why) {
     if (!state_.transmitting()) return;
     Guard("KavModule.ReleaseTransmitter", [&] {
-        common_.LogLine(QStringLiteral("KavModule: the transmitter was keyed ") + why + QStringLiteral("; unkeyed"));
+        common_.LogLine(QStringLiteral("KavModule: the transmitter was keyed ") + why + QStringLiteral("; unkeyed") +
+                        (transmitOwner_.isEmpty() ? QString() : QStringLiteral(" (transmitting for ") + transmitOwner_ + QLatin1Char(')')));
         comm_.Receive();
         queue_.SendReceiveNow();
     });

@@ -113,6 +113,7 @@ KavConfig::KavConfig(EventLoop& loop)
     describeFilterGroupsTab();
     describeMemoriesTab();
     describeLoggersTab();
+    describeNetworkTab();
 }
 
 void KavConfig::describeLoggersTab() {
@@ -217,6 +218,7 @@ int KavConfig::tabOf(const Control& c) const {
         QStringLiteral("UdpRadioInfoEnabled"),  QStringLiteral("UdpDestinationsLabel"), QStringLiteral("UdpDestinations"),
         QStringLiteral("UdpCommandsEnabled"),   QStringLiteral("UdpCommandsPortLabel"), QStringLiteral("UdpCommandsPort")};
     if (loggers.contains(c.name())) return tabIndex(QStringLiteral("Loggers"));
+    if (onNetworkTab(c)) return networkTab();
     return -1;
 }
 

@@ -16,7 +16,8 @@ public:
     TabStrip ConfigTab{this, QStringLiteral("ConfigTab"),
                        {QStringLiteral("General"), QStringLiteral("Com"), QStringLiteral("Device 0"),
                         QStringLiteral("Device 1"), QStringLiteral("Device 2"), QStringLiteral("Filter Grps"),
-                        QStringLiteral("Memories"), QStringLiteral("Multi Radio"), QStringLiteral("Loggers")}};
+                        QStringLiteral("Memories"), QStringLiteral("Multi Radio"), QStringLiteral("Loggers"),
+                        QStringLiteral("Network")}};
 
     // ---- tab "General": the radio ----
     Frame RadioFrame{this, QStringLiteral("RadioFrame")};
@@ -182,6 +183,26 @@ public:
     CheckBox UdpCommandsEnabled{this, QStringLiteral("UdpCommandsEnabled")};
     Label UdpCommandsPortLabel{this, QStringLiteral("UdpCommandsPortLabel")};
     TextBox UdpCommandsPort{this, QStringLiteral("UdpCommandsPort")};
+    // ---- tab "Network": the servers other programs reach the radio through ----
+    Frame NetServerFrame{this, QStringLiteral("NetServerFrame")};
+    CheckBox NetServerEnabledCheck{this, QStringLiteral("NetServerEnabledCheck")};
+    Label NetServerAddressLabel{this, QStringLiteral("NetServerAddressLabel")};
+    TextBox NetServerAddress{this, QStringLiteral("NetServerAddress")};
+    Label NetServerPortLabel{this, QStringLiteral("NetServerPortLabel")};
+    TextBox NetServerPort{this, QStringLiteral("NetServerPort")};
+    Label NetServerPasswordLabel{this, QStringLiteral("NetServerPasswordLabel")};
+    TextBox NetServerPassword{this, QStringLiteral("NetServerPassword")};
+    Label NetServerAllowedLabel{this, QStringLiteral("NetServerAllowedLabel")};
+    TextBox NetServerAllowedClients{this, QStringLiteral("NetServerAllowedClients")};
+    CheckBox NetServerReadOnlyCheck{this, QStringLiteral("NetServerReadOnlyCheck")};
+    CheckBox NetServerUnkeyOthersCheck{this, QStringLiteral("NetServerUnkeyOthersCheck")};
+    Frame XmlRpcFrame{this, QStringLiteral("XmlRpcFrame")};
+    CheckBox XmlRpcEnabledCheck{this, QStringLiteral("XmlRpcEnabledCheck")};
+    Label XmlRpcPortLabel{this, QStringLiteral("XmlRpcPortLabel")};
+    TextBox XmlRpcPort{this, QStringLiteral("XmlRpcPort")};
+    CommandButton NetworkRestartCmd{this, QStringLiteral("NetworkRestartCmd")};
+    // The tab's place in the strip, found by its caption.
+    int networkTab() const;
 
     // The tab each control sits on, for the view: -1 for controls outside the tabs.
     int tabOf(const Control& c) const;
@@ -196,6 +217,8 @@ private:
     void describeMemoriesTab();
     void describeFilterGroupsTab();
     void describeLoggersTab();
+    void describeNetworkTab();
+    bool onNetworkTab(const Control& c) const;
 };
 
 }  // namespace tv

@@ -4,6 +4,8 @@
 #include "platform/SettingsStore.h"
 #include "services/Common.h"
 
+#include <QRegularExpression>
+
 namespace tv {
 
 namespace {
@@ -13,6 +15,8 @@ const QString kPortKey = QStringLiteral("NetServerPort");
 const QString kAddressKey = QStringLiteral("NetServerAddress");
 const QString kRawKey = QStringLiteral("NetServerRawCommands");
 const QString kReadOnlyKey = QStringLiteral("NetServerReadOnly");
+const QString kPasswordKey = QStringLiteral("NetServerPassword");
+const QString kAllowedKey = QStringLiteral("NetServerAllowedClients");
 
 bool isTrue(const QString& value) {
     const QString v = value.trimmed();
@@ -67,6 +71,21 @@ void NetServer::Initialize(const NetServerOptions& options) {
     server_.setReadOnly(isTrue(readOnlyText));
     if (isTrue(readOnlyText)) common_.LogLine(QStringLiteral("NetServer: clients may only read (setting NetServerReadOnly)"));
 
+    const QString password = settings_.GetSetting(kGeneral, kPasswordKey, QString());
+    settings_.SaveSetting(kGeneral, kPasswordKey, password);
+    const QString allowedText = settings_.GetSetting(kGeneral, kAllowedKey, QString());
+    settings_.SaveSetting(kGeneral, kAllowedKey, allowedText);
+    QList<RigServer::Subnet> allowed;
+    for (const QString& entry : allowedText.split(QRegularExpression(QStringLiteral("[,;\\s]+")), Qt::SkipEmptyParts)) {
+        const RigServer::Subnet subnet = QHostAddress::parseSubnet(entry);
+        if (subnet.first.isNull())
+            common_.LogLine(QStringLiteral("NetServer: NetServerAllowedClients: \"%1\" is no address or subnet; left out")
+                                .arg(entry));
+        else
+            allowed << subnet;
+    }
+    server_.setAccess(password.isEmpty() ? QByteArray() : RigctlSession::loginSecret(password), allowed);
+
     enabled_ = options.allowed && isTrue(enabledText);
     failure_.clear();
     if (!enabled_) {
@@ -86,11 +105,20 @@ void NetServer::Initialize(const NetServerOptions& options) {
     if (!valid)
         common_.LogLine(QStringLiteral("NetServer: NetServerAddress \"%1\" is no address; using %2")
                             .arg(addressText, address_.toString()));
+    if (!address_.isLoopback() && password.isEmpty()) {
+        // Other computers could tune and key the radio: not without a password.
+        failure_ = QStringLiteral("a password is needed to listen on anything but loopback");
+        common_.LogLine(QStringLiteral("NetServer: not listening on %1: %2 (setting NetServerPassword)")
+                            .arg(endpoint(address_, port_), failure_));
+        showStatus();
+        return;
+    }
     if (!address_.isLoopback())
         common_.LogLine(
-            QStringLiteral("NetServer: warning: listening on %1, not on loopback: any computer that "
-                           "reaches it can tune and key the radio")
-                .arg(address_.toString()));
+            QStringLiteral("NetServer: warning: listening on %1, not on loopback: clients from %2 log in "
+                           "with the password")
+                .arg(address_.toString(),
+                     allowed.isEmpty() ? QStringLiteral("any address") : QStringLiteral("the allowed addresses")));
     if (isTrue(rawText))
         common_.LogLine(
             QStringLiteral("NetServer: warning: clients may send raw commands to the radio "

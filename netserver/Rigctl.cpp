@@ -1,5 +1,7 @@
 #include "netserver/Rigctl.h"
 
+#include <QCryptographicHash>
+
 #include <algorithm>
 #include <cctype>
 #include <cmath>
@@ -62,6 +64,7 @@ constexpr RigctlCommand kCommands[] = {
     {'b', "send_morse", Op::SendMorse, kRestOfLine, 0, true, {}, Tail::Plain},
     {0xbb, "stop_morse", Op::StopMorse, 0, 0, true, {}, Tail::Plain},
     {0xbc, "wait_morse", Op::WaitMorse, 0, 0, true, {}, Tail::Plain},
+    {0x98, "password", Op::Password, 1, 0, false, {}, Tail::Plain},
     {'w', "send_cmd", Op::SendCmd, kRestOfLine, 0, false, {}, Tail::Plain},
     {'W', "send_cmd_rx", Op::SendCmd, kRestOfLine, 0, false, {}, Tail::Plain},
     {'q', "quit", Op::Quit, 0, 0, false, {}, Tail::Plain},
@@ -104,7 +107,6 @@ constexpr RigctlCommand kCommands[] = {
     {0, "get_conf", Op::NotImplemented, 1, 0, false, {}, Tail::Plain},
     {0xf1, "halt", Op::NotImplemented, 0, 0, false, {}, Tail::Plain},
     {0, "pause", Op::NotImplemented, 1, 0, false, {}, Tail::Plain},
-    {0, "password", Op::NotImplemented, 1, 0, false, {}, Tail::Plain},
     {0, "get_vfo_list", Op::NotImplemented, 0, 0, false, {}, Tail::Plain},
     {0, "get_mode_bandwidths", Op::NotImplemented, 1, 0, false, {}, Tail::Plain},
 };
@@ -312,6 +314,11 @@ bool changesRadio(Op op, bool* lockable) {
         default:
             return false;
     }
+}
+
+// What a client asks when it opens the rig, before it logs in.
+bool answeredBeforeLogin(Op op) {
+    return op == Op::Password || op == Op::ChkVfo || op == Op::DumpState || op == Op::Quit;
 }
 
 bool isTextBlock(Op op) {
@@ -633,6 +640,18 @@ QByteArray rigctlDumpCaps(const RigCaps& caps) {
 RigctlSession::RigctlSession(RigBackend& backend, QString serverName, bool rawCommands, bool readOnly)
     : rig_(backend), serverName_(std::move(serverName)), rawCommands_(rawCommands), readOnly_(readOnly) {}
 
+QByteArray RigctlSession::loginSecret(const QString& password) {
+    return QCryptographicHash::hash(password.toUtf8(), QCryptographicHash::Md5).toHex();
+}
+
+RigctlSession::Result RigctlSession::refuseLogin() {
+    if (++loginFailures_ >= kMaxLoginFailures) {
+        closing_ = true;
+        closeReason_ = QStringLiteral("dropped: %1 commands without the password").arg(loginFailures_);
+    }
+    return {RigctlCode::Security, {}};
+}
+
 RigctlSession::Result RigctlSession::set(bool queued) const {
     return {queued ? RigctlCode::Ok : RigctlCode::Rejected, {}};
 }
@@ -935,8 +954,18 @@ RigctlSession::Result RigctlSession::run(const RigctlRequest& r) {
             // A client may put bytes of its own on the radio's line only when the operator allows it.
             if (!rawCommands_) return {NotAvailable, {}};
             return set(rig_.sendRaw(a[0]));
+        case Op::Password:
+            if (secret_.isEmpty()) return {Ok, {}};  // none asked: a client that has one set still works
+            if (a[0].compare(secret_, Qt::CaseInsensitive) == 0) {
+                loggedIn_ = true;
+                loginFailures_ = 0;
+                return {Ok, {}};
+            }
+            loggedIn_ = false;  // a wrong one takes back an earlier login
+            return refuseLogin();
         case Op::Quit:
             closing_ = true;
+            closeReason_ = QStringLiteral("quit");
             return {Ok, {}};
         case Op::NotAvailable:
             return {RigctlCode::NotAvailable, {}};
@@ -965,7 +994,9 @@ QByteArray RigctlSession::format(const RigctlRequest& r, const Result& result) c
     QByteArray out = QByteArray(r.command->longName) + ':';
     // In VFO mode rigctld echoes a VFO even for the commands that take none.
     if (vfoMode_) out += ' ' + (r.vfo.isEmpty() ? QByteArray("currVFO") : r.vfo);
-    for (const QByteArray& arg : r.args) out += ' ' + arg;
+    // A secret is never echoed.
+    if (op != Op::Password)
+        for (const QByteArray& arg : r.args) out += ' ' + arg;
     out += sep;
     if (result.code == RigctlCode::Ok) {
         for (int i = 0; i < result.values.size(); ++i) {
@@ -1012,6 +1043,8 @@ QByteArray RigctlSession::answerHeld(bool force) {
         force = false;
         if (!r.command)
             out += format(r, {RigctlCode::Protocol, {}});
+        else if (!loggedIn_ && !answeredBeforeLogin(r.command->op))
+            out += format(r, refuseLogin());
         else if (r.malformed)
             out += format(r, {RigctlCode::Invalid, {}});
         else

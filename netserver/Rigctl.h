@@ -26,6 +26,7 @@ inline constexpr int IoError = -6;         // nothing can reach the radio (no ra
 inline constexpr int Protocol = -8;        // a word that names no command
 inline constexpr int Rejected = -9;        // the program didn't queue the change
 inline constexpr int NotAvailable = -11;   // the selected radio can't do it
+inline constexpr int Security = -19;       // not logged in, or a wrong password
 }  // namespace RigctlCode
 
 enum class RigctlOp {
@@ -73,6 +74,7 @@ enum class RigctlOp {
     StopMorse,
     WaitMorse,
     SendCmd,
+    Password,
     Quit,
     NotAvailable,    // a feature no radio of this program has through it
     NotImplemented,  // known to the protocol, not done here
@@ -143,8 +145,20 @@ class RigctlSession {
     // The answers held back, once the radio has reported, or at once with force (the wait is over:
     // the frequency on show is given).
     QByteArray resume(bool force = false);
-    // Set after "q": the answer is the last one, and the connection closes.
+    // Set after "q" or too many commands without the password: the answer is the last one, and the
+    // connection closes; closeReason() says why, for the log.
     bool closing() const { return closing_; }
+    const QString& closeReason() const { return closeReason_; }
+    // A client from another computer logs in first, as rigctld's clients do: "\password" with the secret
+    // (the MD5 of the password, in hexadecimal). Before that only the commands a client sends when it
+    // opens the rig are answered; every other is refused, and a few refusals end the connection.
+    static constexpr int kMaxLoginFailures = 5;
+    void requireLogin(const QByteArray& secret) {
+        secret_ = secret;
+        loggedIn_ = false;
+    }
+    bool loggedIn() const { return loggedIn_; }
+    static QByteArray loginSecret(const QString& password);
     bool vfoMode() const { return vfoMode_; }
 
   private:
@@ -156,6 +170,7 @@ class RigctlSession {
     bool awaitsLevel(const RigctlRequest& r);
     Result run(const RigctlRequest& r);
     Result set(bool queued) const;
+    Result refuseLogin();
     QByteArray format(const RigctlRequest& r, const Result& result) const;
     // The VFO a command names: 0 the one received on, 1 the other; nullopt for a word that is no VFO.
     std::optional<int> target(const RigctlRequest& r) const;
@@ -165,6 +180,10 @@ class RigctlSession {
     bool rawCommands_ = false;
     bool readOnly_ = false;  // every change refused (an unkey excepted)
     bool closing_ = false;
+    QString closeReason_;
+    QByteArray secret_;  // empty: no login asked
+    bool loggedIn_ = true;
+    int loginFailures_ = 0;
     bool vfoMode_ = false;  // this client's own: another's \set_vfo_opt doesn't change it
     QList<RigctlRequest> held_;
     QString client_;

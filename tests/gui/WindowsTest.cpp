@@ -432,6 +432,15 @@ TEST_F(GuiRig, EveryConfigurationTabStoresWhatItsWidgetChanges) {
     EXPECT_EQ(stored("Loggers", QStringLiteral("WebLoggerKey")), QStringLiteral("wl0123456789abcdef"));
     EXPECT_EQ(stored("Loggers", QStringLiteral("WebLoggerUrl")), QStringLiteral("https://log.example.org/"));
     if (!shots.isEmpty()) windows->window(QStringLiteral("KavConfig"))->grab().save(shots + QStringLiteral("/config-loggers.png"));
+    // The servers' tab, as the servers read their settings; a switch and a field are stored at once.
+    tabs->setCurrentIndex(c.networkTab());
+    settle();
+    EXPECT_EQ(tabs->tabText(c.networkTab()).remove(QLatin1Char('&')), QStringLiteral("Network"));
+    EXPECT_EQ(c.XmlRpcPort.text(), QStringLiteral("12345"));
+    widget<QAbstractButton>(c.NetServerUnkeyOthersCheck)->click();
+    EXPECT_EQ(stored("General", QStringLiteral("NetServerUnkeyOthers")), QStringLiteral("True"));
+    type(c.NetServerAllowedClients, "192.168.1.0/24");
+    EXPECT_EQ(stored("General", QStringLiteral("NetServerAllowedClients")), QStringLiteral("192.168.1.0/24"));
     // Closing the window hides it; the program and the fields stay.
     windows->window(QStringLiteral("KavConfig"))->close();
     EXPECT_FALSE(c.visible());

@@ -8,6 +8,7 @@
 #include "support/PtyPair.h"
 
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -18,6 +19,10 @@
 #include <memory>
 
 #include <csignal>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 #include <ostream>
 
 namespace tv {
@@ -59,6 +64,7 @@ class KeyedExit : public ::testing::TestWithParam<Family> {
         if (*f.address) s.SaveSetting(g, QStringLiteral("RadioId"), QLatin1String(f.address));
         s.SaveSetting(g, QStringLiteral("CommPort"), QStringLiteral("1"));
         s.SaveSetting(g, QStringLiteral("CommPortDevice1"), pty);
+        simPty = pty;
         QTcpServer probe;  // a free port
         probe.listen(QHostAddress::LocalHost, 0);
         port = probe.serverPort();
@@ -116,6 +122,7 @@ class KeyedExit : public ::testing::TestWithParam<Family> {
     }
 
     QTemporaryDir dir;
+    QString simPty;
     std::unique_ptr<QTcpSocket> keyer;
     QProcess sim, program;
     QByteArray output;
@@ -160,7 +167,7 @@ TEST_P(KeyedExit, AKillWhileKeyedIsMadeGoodByTheNextStartAndAHangUpUnkeysBeforeT
 
 // A client's transmission is its own: another client's unkey is refused and the radio stays keyed; the
 // owner dies (its socket reset, as a crashed program's is) and the radio hears its receive command within
-// a second, with the client named in the log.
+// a second, with the client named in the log; so does one that keys and stops reading its answers.
 TEST_P(KeyedExit, AClientsTransmissionIsItsOwnAndEndsWhenItDies) {
     const Family& f = GetParam();
     ASSERT_TRUE(startProgram());
@@ -177,6 +184,70 @@ TEST_P(KeyedExit, AClientsTransmissionIsItsOwnAndEndsWhenItDies) {
     EXPECT_LT(gone.elapsed(), 1000);
     EXPECT_TRUE(waitFor([&] { return (output += program.readAll()).contains(", which has gone; unkeyed"); }))
         << output.right(600).toStdString();
+
+    // A client keys, then goes on polling and never reads an answer (hung, or its reader died): once its
+    // answers have waited unread for a few seconds it is gone too, and the radio hears the receive command.
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    ASSERT_GE(fd, 0);
+    const int small = 4096;
+    ::setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &small, sizeof small);
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_port = htons(port);
+    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ASSERT_EQ(::connect(fd, reinterpret_cast<const sockaddr*>(&to), sizeof to), 0);
+    const qsizetype rekeyed = simLog().size();
+    ASSERT_EQ(::send(fd, "T 1\n", 4, MSG_NOSIGNAL), 4);
+    ASSERT_TRUE(simReceived(f.transmit, rekeyed)) << simLog().mid(rekeyed).toStdString();
+    const qsizetype stalled = simLog().size();
+    const QByteArray polls = QByteArray("f\n").repeated(100);
+    QElapsedTimer pace;
+    pace.start();
+    EXPECT_TRUE(waitFor(
+        [&] {
+            if (pace.elapsed() >= 20) {
+                pace.restart();
+                ::send(fd, polls.constData(), size_t(polls.size()), MSG_NOSIGNAL | MSG_DONTWAIT);
+            }
+            return simLog().indexOf(QLatin1String(f.receive), stalled) >= 0;
+        },
+        15000))
+        << simLog().mid(stalled).toStdString();
+    ::close(fd);
+    EXPECT_TRUE(waitFor([&] { return (output += program.readAll()).contains("its answers have waited unread"); }))
+        << output.right(600).toStdString();
+}
+
+// The cable pulled while keyed and put back: the program opens the port again by itself, and the first
+// thing the radio hears over it is the receive command. The radio stays; the adapter (a socat bridge to
+// the simulator's pty, whose program end keeps its path) goes and comes.
+TEST_P(KeyedExit, APortUnpluggedWhileKeyedSaysReceiveFirstWhenItComesBack) {
+    const Family& f = GetParam();
+    ASSERT_TRUE(test::PtyPair::available());
+    const QString adapter = dir.filePath(QStringLiteral("adapter"));
+    QProcess bridge;
+    auto plugIn = [&] {
+        bridge.start(QStringLiteral("socat"), {QStringLiteral("pty,raw,echo=0,link=") + adapter,
+                                               simPty + QStringLiteral(",raw,echo=0")});
+        return bridge.waitForStarted(5000) && waitFor([&] { return QFileInfo::exists(adapter); });
+    };
+    ASSERT_TRUE(plugIn());
+    SettingsStore(dir.filePath(QStringLiteral("Tolvane.ini")), nullptr)
+        .SaveSetting(QStringLiteral("General"), QStringLiteral("CommPortDevice1"), adapter);
+    ASSERT_TRUE(startProgram());
+    key(0);
+    test::stopProcess(bridge);
+    EXPECT_TRUE(waitFor([&] { return (output += program.readAll()).contains("KavComm: Com1 is gone"); }))
+        << output.right(600).toStdString();
+    const qsizetype unplugged = simLog().size();
+    ASSERT_TRUE(plugIn());
+    EXPECT_TRUE(simReceived(f.receive, unplugged)) << simLog().mid(unplugged).toStdString();
+    const QString first = simLog().mid(unplugged).section(QStringLiteral("<- "), 1, 1);
+    EXPECT_TRUE(first.startsWith(QLatin1String(f.receive))) << simLog().mid(unplugged).toStdString();
+    EXPECT_TRUE(waitFor([&] { return (output += program.readAll()).contains("when the port was lost; unkeyed"); }))
+        << output.right(600).toStdString();
+    EXPECT_EQ(ask("t"), QByteArray("0"));
+    test::stopProcess(bridge);
 }
 
 INSTANTIATE_TEST_SUITE_P(Families, KeyedExit, ::testing::ValuesIn(kFamilies),

@@ -201,6 +201,17 @@ TEST_F(ProgramRigTest, TheTransmissionHasOneOwnerAndGoesWithIt) {
     sent();
     EXPECT_EQ(ask("T 0"), "RPRT -9\n") << "the operator's transmission is the operator's";
     EXPECT_EQ(sent(), QByteArray());
+    // Each change of owner is in the log, in order, with who asked.
+    qsizetype at = 0;
+    for (const char* line : {"KavModule: transmitting for rig client A",
+                             "RigServer: rig client B refused to unkey: rig client A is transmitting",
+                             "KavModule: unkeyed by window, over rig client A", "KavModule: transmitting for rig client B",
+                             "keyed by rig client B, which has gone; unkeyed (transmitting for rig client B)",
+                             "KavModule: transmitting for window",
+                             "RigServer: rig client A refused to unkey: window is transmitting"}) {
+        at = st.log().indexOf(QLatin1String(line), at);
+        EXPECT_GE(at, 0) << line << "\n" << st.log().toStdString();
+    }
 }
 
 // A radio lost while keyed gets the receive command first when it answers again.
@@ -271,10 +282,21 @@ TEST_F(ProgramRigTest, ListensWhereTheSettingsSayAndShowsItsClients) {
     EXPECT_TRUE(waitFor([&] { return label.caption().endsWith(QLatin1String(", 1 client")); }));
     client.abort();
     EXPECT_TRUE(waitFor([&] { return label.caption().endsWith(QLatin1String(", 0 clients")); }));
+    // The configuration window restarts the servers on the stored settings.
+    st.p().config.NetworkRestartCmd.click();
+    EXPECT_TRUE(server.isListening());
+    EXPECT_EQ(st.log().count(QStringLiteral("NetServer: listening on ")), 2);
     st.stop();
 
-    // Another network's address is warned of; one that isn't this computer's can't be listened on.
+    // Another network's address needs a password; with one it is warned of, and one that isn't this
+    // computer's can't be listened on.
     st.preset(kGeneral, QStringLiteral("NetServerAddress"), QStringLiteral("192.0.2.1"));
+    ASSERT_TRUE(st.start());
+    EXPECT_TRUE(st.log().contains(QStringLiteral(
+        "NetServer: not listening on 192.0.2.1:0: a password is needed to listen on anything but loopback")));
+    EXPECT_EQ(st.p().main.NetServerLabel.caption(), QStringLiteral("Rig server: cannot listen on 192.0.2.1:0"));
+    st.stop();
+    st.preset(kGeneral, QStringLiteral("NetServerPassword"), QStringLiteral("secret"));
     ASSERT_TRUE(st.start());
     EXPECT_TRUE(
         st.log().contains(QStringLiteral("NetServer: warning: listening on 192.0.2.1, not on loopback")));

@@ -11,6 +11,8 @@
 #include <QRandomGenerator>
 #include <QTcpSocket>
 
+#include <sys/socket.h>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -147,6 +149,41 @@ TEST_F(RigServerTest, IdleConnectionsGiveWayAndTimeOut) {
     server.setIdleLimits(60'000ms, 300ms);
     EXPECT_TRUE(waitFor([&] { return server.clientCount() == 0; }, 10000)) << server.clientCount();
     EXPECT_TRUE(log.contains(QStringLiteral("closed: idle for")));
+}
+
+}  // namespace
+}  // namespace tv::test
+
+namespace tv::test {
+namespace {
+
+// A client that shuts down its sending side after its last line still gets every answer before the
+// server closes; and only loopback and the listed addresses may connect.
+TEST_F(RigServerTest, HalfClosedClientsGetEveryAnswerAndOnlyListedAddressesConnect) {
+    std::vector<std::unique_ptr<QTcpSocket>> clients(20);
+    for (auto& s : clients) {
+        s = client();
+        ASSERT_TRUE(s->waitForConnected(5000));
+        s->write("f\nm\nt\n\\get_lock_mode\n");
+        ASSERT_TRUE(s->waitForBytesWritten(5000));
+        ::shutdown(int(s->socketDescriptor()), SHUT_WR);
+    }
+    const QByteArray expected = "7010000\nCW\n500\n0\n0\nRPRT 0\n";
+    std::vector<QByteArray> got(clients.size());
+    EXPECT_TRUE(waitFor([&] {
+        for (size_t i = 0; i < clients.size(); ++i) got[i] += clients[i]->readAll();
+        return std::all_of(clients.begin(), clients.end(), [](const auto& s) { return closed(*s); });
+    }));
+    for (const QByteArray& answers : got) EXPECT_EQ(answers, expected);
+    EXPECT_EQ(server.clientCount(), 0);
+
+    const QList<RigServer::Subnet> allowed = {QHostAddress::parseSubnet(QStringLiteral("192.0.2.0/24")),
+                                              QHostAddress::parseSubnet(QStringLiteral("2001:db8::7"))};
+    EXPECT_TRUE(RigServer::addressAllowed(QHostAddress(QStringLiteral("192.0.2.77")), allowed));
+    EXPECT_TRUE(RigServer::addressAllowed(QHostAddress(QStringLiteral("2001:db8::7")), allowed));
+    EXPECT_TRUE(RigServer::addressAllowed(QHostAddress(QHostAddress::LocalHost), allowed));
+    EXPECT_FALSE(RigServer::addressAllowed(QHostAddress(QStringLiteral("198.51.100.1")), allowed));
+    EXPECT_TRUE(RigServer::addressAllowed(QHostAddress(QStringLiteral("198.51.100.1")), {}));
 }
 
 }  // namespace

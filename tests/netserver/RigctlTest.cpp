@@ -230,6 +230,33 @@ TEST(Rigctl, RefusalsSayWhyWithTheProtocolsCodes) {
     EXPECT_EQ(rig.sets.mid(1), QStringList({"raw FA;", "raw \\0xFE\\0xFE"}));
 }
 
+// A client from another computer logs in as rigctld's clients do, with the MD5 of the password: before
+// that only what a client asks when it opens the rig is answered; a wrong secret takes a login back, the
+// fifth refusal ends the connection, and the secret is never echoed.
+TEST(Rigctl, AClientThatMustLogInIsServedOnlyAfterThePasswordsSecret) {
+    FakeRig rig;
+    RigctlSession s(rig, QStringLiteral("Tolvane"));
+    const QByteArray secret = "dfb450efddbb5387197c84460623675b";
+    ASSERT_EQ(RigctlSession::loginSecret(QStringLiteral("test-password")), secret);
+    s.requireLogin(secret);
+    EXPECT_TRUE(s.answer("\\dump_state").endsWith("done\n"));
+    converse(s, {{"\\chk_vfo", "0\n"},
+                 {"T 1", "RPRT -19\n"},
+                 {"+\\set_vfo VFOA", "set_vfo: VFOA\nRPRT -19\n"},
+                 {"\\password dfb450efddbb5387197c84460623675", "RPRT -19\n"}});
+    EXPECT_EQ(s.answer("+\\password " + secret), QByteArray("password:\nRPRT 0\n"));
+    converse(s, {{"T 1", "RPRT 0\n"}, {"\\password 00000000000000000000000000000000", "RPRT -19\n"},
+                 {"f", "RPRT -19\n"}, {"m", "RPRT -19\n"}, {"v", "RPRT -19\n"}});
+    EXPECT_FALSE(s.closing());
+    EXPECT_EQ(s.answer("F 14000000 f"), QByteArray("RPRT -19\n"));
+    EXPECT_TRUE(s.closing());
+    EXPECT_EQ(s.closeReason(), QStringLiteral("dropped: 5 commands without the password"));
+    EXPECT_EQ(rig.sets, QStringList({"ptt 1"}));
+    // Without a password asked, a client that sends one is served all the same.
+    RigctlSession local(rig, QStringLiteral("Tolvane"));
+    converse(local, {{"\\password anything", "RPRT 0\n"}, {"f", "7010000\n"}});
+}
+
 TEST(Rigctl, StateAndCapsDumpsDescribeTheRadioAndSignalStrengthFollowsItsScale) {
     RigCaps caps;
     for (int m : {RigLSB, RigUSB, RigCW}) caps.modes[size_t(m)] = true;

@@ -4,6 +4,7 @@
 #include "forms/KavMain.h"
 #include "forms/KavMessages.h"
 #include "forms/UserCommandSequenceDefinition.h"
+#include "windows/qt/NetworkViews.h"
 #include "windows/qt/StationViews.h"
 
 #include <QBoxLayout>
@@ -385,6 +386,7 @@ FormWindow* Windows::buildConfig(KavConfig& c) {
         lg->addWidget(udp);
         lg->addStretch(1);
     }
+    buildNetworkPage(c, page[size_t(c.networkTab())], placeIn);
     for (Control* ctl : c.controls())
         if (!binder_.widgetOf(*ctl) && !dynamic_cast<Timer*>(ctl)) {
             W(*ctl)->setProperty("tvUnplaced", true);

@@ -345,7 +345,7 @@ TEST(Rigctl, RandomLinesGetAnAnswerOrNothingAndNeverAnInvalidSet) {
         const bool freq = f[0] == QLatin1String("freq") || f[0] == QLatin1String("tx");
         const bool mode = f[0] == QLatin1String("mode");
         EXPECT_TRUE(!freq || (v >= 0 && v <= 999999990.0)) << set.toStdString();
-        EXPECT_TRUE(!mode || (v >= 0 && v < kRigModeCount)) << set.toStdString();
+        EXPECT_TRUE(!mode || (v >= 0 && v < int(kRigModeCount))) << set.toStdString();
         EXPECT_NE(f[0], QLatin1String("raw")) << "raw commands are off by default";
     }
 }

@@ -129,7 +129,7 @@ void YaesuProtocol::Execute(const XcvrCmd& c) {
             break;
         case XcvrCmdMode: {
             // The queue has shown the mode already.
-            const QByteArray block = YaesuModeBlock(m.commands, YaesuModeByte(m.modes, c.theMode));
+            const QByteArray block = YaesuModeBlock(m.commands, YaesuModeByte(m.series, c.theMode));
             if (handshake)
                 Execute767Command(kGetOpData, 8, block);
             else
@@ -537,11 +537,11 @@ void YaesuProtocol::queueVfoCheck() {
 void YaesuProtocol::decodeOpData(const QByteArray& reply) {
     RadioState& s = c_.state;
     Common& common = c_.common;
-    const YaesuLayout layout = model_->layout;
-    const YaesuOpData d = DecodeYaesuOpData(layout, reply, YaesuReadSelector);
+    const YaesuSeries series = model_->series;
+    const YaesuOpData d = DecodeYaesuOpData(series, reply, YaesuReadSelector);
     const QString name = radio_.model;
     auto number = [](double v) { return QString::number(v, 'g', 15); };
-    if (layout == YaesuLayout::FT990)
+    if (series == YaesuSeries::FT990)
         common.DebugLog(QStringLiteral("FT990 status block ") +
                         QString::fromLatin1(reply.toHex(' ').toUpper()));
     switch (d.store) {
@@ -567,12 +567,12 @@ void YaesuProtocol::decodeOpData(const QByteArray& reply) {
     c_.queue.SetXcvrCmdTimerInterval();
     s.UpdateRadioFreq(d.kHz);
     s.ReportFirstFrequency();
-    if (layout == YaesuLayout::MP) {
+    if (series == YaesuSeries::MP) {
         mpModeStep(d);
         return;
     }
     s.UpdateXcvrMode(d.mode);
-    if (layout == YaesuLayout::FT747) {
+    if (series == YaesuSeries::FT747) {
         common.DebugLog(QStringLiteral("FT747 mode digit (hex) = ") +
                         QString::number(d.modeDigit, 16).toUpper());
         common.DebugLog(QStringLiteral("FT747 mode index       = ") + QString::number(d.mode));

@@ -37,7 +37,7 @@ class LineRadio {
     // The mode, and what else of the radio's state the log's lines tell for this family.
     virtual QString modeName() const = 0;
 
-    // Noise that the family's framing can't take for a message by itself.
+    // Noise for the controller's receive path, of the kind this family's line can carry.
     virtual QByteArray garbage(int n, quint32 seed) const = 0;
     virtual void setMeter(int value) = 0;
     virtual int meterTop() const = 0;  // in the radio's own units

@@ -27,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         const double v = f.value(1).toDouble();
         if (f[0] == QLatin1String("freq") || f[0] == QLatin1String("tx"))
             FUZZ_CHECK(v >= 0 && v <= 999999990.0, set.toUtf8());
-        if (f[0] == QLatin1String("mode")) FUZZ_CHECK(v >= 0 && v < tv::kRigModeCount, set.toUtf8());
+        if (f[0] == QLatin1String("mode")) FUZZ_CHECK(v >= 0 && v < int(tv::kRigModeCount), set.toUtf8());
     }
     return 0;
 }

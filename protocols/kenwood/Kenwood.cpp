@@ -11,55 +11,98 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <iterator>
 
 namespace tv {
 
 namespace {
 
-using M = KenwoodModel;
-using MC = M::MeterChain;
-using WC = M::WidthChain;
-using WR = M::WidthReply;
-using SR = M::ShiftReply;
-using FC = M::FilterCommands;
+using MeterChain = KenwoodModel::MeterChain;
+using WidthChain = KenwoodModel::WidthChain;
+using WidthReply = KenwoodModel::WidthReply;
+using ShiftReply = KenwoodModel::ShiftReply;
+using FilterCommands = KenwoodModel::FilterCommands;
 
-// A radio that has none of the later facilities: no meter, no passband lists, split by receive and
-// transmit VFO.
-#define KW_PLAIN(id, display, model, sp) \
-    {id, display, model, false, false, "", nullptr, 0, 3, sp, MC::None, WC::None, false, WR::None, SR::None, false, false, FC::None, false, nullptr}
-// A radio with a meter read by "SM;" on a scale of 30, and nothing else of the later facilities.
-#define KW_METER(id, display, model, file) \
-    {id, display, model, true, true, file, "SM;", 30, 3, false, MC::None, WC::None, false, WR::None, SR::None, false, false, FC::None, false, nullptr}
+// The TS-570S answers with an ID of its own and is otherwise the D, meter scale included.
+constexpr KenwoodModel kTS570D = {.id = 17,
+                                  .displayName = "Kenwood TS-570D",
+                                  .modelName = "TS570",
+                                  .sMeter = true,
+                                  .autoInformation = true,
+                                  .sMeterFile = "TS-570D",
+                                  .meterRequest = "SM;",
+                                  .meterFullScale = 15,
+                                  .afterMeter = MeterChain::CutsOrWidthByMode,
+                                  .afterWidth = WidthChain::ShiftInSidebandAndNarrow,
+                                  .shiftAfterHighCut = true,
+                                  .widthReply = WidthReply::Width,
+                                  .shiftReply = ShiftReply::RoundedToHundreds,
+                                  .cutCodesReplied = true,
+                                  .shortRepliesIgnored = true,
+                                  .filterCommands = FilterCommands::CodesAndWidth,
+                                  .shiftSignOwnPosition = true,
+                                  .passband = &TS570Passband};
 
+constexpr KenwoodModel sameAs(KenwoodModel row, int id, const char* displayName) {
+    row.id = id;
+    row.displayName = displayName;
+    return row;
+}
+
+// clang-format off
 constexpr KenwoodModel kModels[] = {
-    KW_PLAIN(1, "Kenwood TS-711S", "TS711", true),
-    KW_PLAIN(2, "Kenwood TS-811S", "TS811", true),
-    KW_PLAIN(3, "Kenwood TS-940S", "TS940", true),
-    KW_PLAIN(4, "Kenwood TS-440S", "TS440", true),
-    KW_PLAIN(5, "Kenwood R5000", "R5000", false),
-    KW_PLAIN(6, "Kenwood TS-140/680", "TS140", true),
-    KW_METER(9, "Kenwood TS-850", "TS850", "TS-850"),
-    KW_METER(10, "Kenwood TS-450", "TS450", "TS-450"),
-    KW_METER(11, "Kenwood TS-690", "TS690", "TS-690"),
-    KW_PLAIN(12, "Kenwood TS-950SDX", "TS950", false),
-    KW_PLAIN(13, "Kenwood TS-50S", "TS50", true),
+    {.id = 1, .displayName = "Kenwood TS-711S", .modelName = "TS711", .splitBySP = true},
+    {.id = 2, .displayName = "Kenwood TS-811S", .modelName = "TS811", .splitBySP = true},
+    {.id = 3, .displayName = "Kenwood TS-940S", .modelName = "TS940", .splitBySP = true},
+    {.id = 4, .displayName = "Kenwood TS-440S", .modelName = "TS440", .splitBySP = true},
+    {.id = 5, .displayName = "Kenwood R5000", .modelName = "R5000"},
+    {.id = 6, .displayName = "Kenwood TS-140/680", .modelName = "TS140", .splitBySP = true},
+    // A meter read by "SM;" on a scale of 30, and nothing else of the later facilities.
+    {.id = 9, .displayName = "Kenwood TS-850", .modelName = "TS850", .sMeter = true, .autoInformation = true,
+     .sMeterFile = "TS-850", .meterRequest = "SM;", .meterFullScale = 30},
+    {.id = 10, .displayName = "Kenwood TS-450", .modelName = "TS450", .sMeter = true, .autoInformation = true,
+     .sMeterFile = "TS-450", .meterRequest = "SM;", .meterFullScale = 30},
+    {.id = 11, .displayName = "Kenwood TS-690", .modelName = "TS690", .sMeter = true, .autoInformation = true,
+     .sMeterFile = "TS-690", .meterRequest = "SM;", .meterFullScale = 30},
+    {.id = 12, .displayName = "Kenwood TS-950SDX", .modelName = "TS950"},
+    {.id = 13, .displayName = "Kenwood TS-50S", .modelName = "TS50", .splitBySP = true},
     // Its sideband passband is IF shift (high edge) and width (low edge), in tens of hertz.
-    {15, "Kenwood TS-870S", "TS870", true, true, "TS-870S", "SM;", 30, 3, false, MC::WidthAlways, WC::ShiftAlways,
-     false, WR::TimesTenByMode, SR::CutOrShiftByMode, false, false, FC::ShiftAndWidthOnly, false, &TS870Passband},
-    {17, "Kenwood TS-570D", "TS570", true, true, "TS-570D", "SM;", 15, 3, false, MC::CutsOrWidthByMode,
-     WC::ShiftInSidebandAndNarrow, true, WR::Width, SR::RoundedToHundreds, true, true, FC::CodesAndWidth, true,
-     &TS570Passband},
-    // The S and the D share one meter scale.
-    {18, "Kenwood TS-570S", "TS570", true, true, "TS-570D", "SM;", 15, 3, false, MC::CutsOrWidthByMode,
-     WC::ShiftInSidebandAndNarrow, true, WR::Width, SR::RoundedToHundreds, true, true, FC::CodesAndWidth, true,
-     &TS570Passband},
+    {.id = 15,
+     .displayName = "Kenwood TS-870S",
+     .modelName = "TS870",
+     .sMeter = true,
+     .autoInformation = true,
+     .sMeterFile = "TS-870S",
+     .meterRequest = "SM;",
+     .meterFullScale = 30,
+     .afterMeter = MeterChain::WidthAlways,
+     .afterWidth = WidthChain::ShiftAlways,
+     .widthReply = WidthReply::TimesTenByMode,
+     .shiftReply = ShiftReply::CutOrShiftByMode,
+     .filterCommands = FilterCommands::ShiftAndWidthOnly,
+     .passband = &TS870Passband},
+    kTS570D,
+    sameAs(kTS570D, 18, "Kenwood TS-570S"),
     // Its meter request names the receiver, and so does the reply.
-    {19, "Kenwood TS-2000", "TS2000", true, true, "TS-2000", "SM0;", 30, 4, false, MC::CutsOrWidthByMode, WC::ShiftInCW,
-     false, WR::Width, SR::Shift, true, false, FC::CodesAndWidth, false, &TS2000Passband},
+    {.id = 19,
+     .displayName = "Kenwood TS-2000",
+     .modelName = "TS2000",
+     .sMeter = true,
+     .autoInformation = true,
+     .sMeterFile = "TS-2000",
+     .meterRequest = "SM0;",
+     .meterFullScale = 30,
+     .meterFrom = 4,
+     .afterMeter = MeterChain::CutsOrWidthByMode,
+     .afterWidth = WidthChain::ShiftInCW,
+     .widthReply = WidthReply::Width,
+     .shiftReply = ShiftReply::Shift,
+     .cutCodesReplied = true,
+     .filterCommands = FilterCommands::CodesAndWidth,
+     .passband = &TS2000Passband},
 };
-static_assert(sizeof(kModels) / sizeof(kModels[0]) == 15, "one row for each ID the radios answer with");
-#undef KW_PLAIN
-#undef KW_METER
+// clang-format on
+static_assert(std::size(kModels) == 15, "one row for each ID the radios answer with");
 
 // An unidentified radio that answers is asked for its ID at its first reply and then at every this many.
 constexpr int kAskAgainEvery = 20;
@@ -169,16 +212,16 @@ void KenwoodProtocol::Execute(const XcvrCmd& c) {
             break;
         case XcvrCmdFilters: {
             const int value = c.theArg;
-            const FC how = model_ ? model_->filterCommands : FC::None;
+            const FilterCommands how = model_ ? model_->filterCommands : FilterCommands::None;
             QByteArray out;
-            if (how == FC::CodesAndWidth) {
+            if (how == FilterCommands::CodesAndWidth) {
                 if (c.theArg2 == FilterHighCut) out = "SH" + padded(value, 2) + ';';
                 else if (c.theArg2 == FilterLowCut) out = "SL" + padded(value, 2) + ';';
                 else if (c.theArg2 == FilterWidth) out = "FW" + padded(value, 4) + ';';
                 else if (c.theArg2 == FilterShift)
                     out = (model_->shiftSignOwnPosition && value < 0) ? "IS-" + padded(-value, 4) + ';'
                                                                       : "IS " + padded(value, 4) + ';';
-            } else if (how == FC::ShiftAndWidthOnly) {
+            } else if (how == FilterCommands::ShiftAndWidthOnly) {
                 if (c.theArg2 == FilterHighCut || c.theArg2 == FilterShift) out = "IS " + padded(value, 4) + ';';
                 else if (c.theArg2 == FilterLowCut || c.theArg2 == FilterWidth) out = "FW" + padded(value, 4) + ';';
             }
@@ -406,10 +449,10 @@ void KenwoodProtocol::decodeSMeter() {
 
     // The meter reply paces a walk through the passband settings, in the gaps of the polling.
     const int mode = c_.state.RadioMode;
-    if (model_->afterMeter == MC::CutsOrWidthByMode) {
+    if (model_->afterMeter == MeterChain::CutsOrWidthByMode) {
         if (isSideband(mode) || mode == ModeFM) send("SL;");
         else if (isNarrowMode(mode)) send("FW;");
-    } else if (model_->afterMeter == MC::WidthAlways) {
+    } else if (model_->afterMeter == MeterChain::WidthAlways) {
         send("FW;");
     }
 }
@@ -421,12 +464,12 @@ void KenwoodProtocol::decodeFilterReply(const QByteArray& letters) {
     if (letters == "FW") {
         c_.common.DebugLog(QStringLiteral("FW: ") + QString::fromLatin1(field(3, count_ - 1)));
         mirror();
-        const WC next = model_ ? model_->afterWidth : WC::None;
-        if (next == WC::ShiftInSidebandAndNarrow) {
+        const WidthChain next = model_ ? model_->afterWidth : WidthChain::None;
+        if (next == WidthChain::ShiftInSidebandAndNarrow) {
             if (isSideband(mode) || isNarrowMode(mode)) send("IS;");
-        } else if (next == WC::ShiftInCW) {
+        } else if (next == WidthChain::ShiftInCW) {
             if (isCW(mode)) send("IS;");
-        } else if (next == WC::ShiftAlways) {
+        } else if (next == WidthChain::ShiftAlways) {
             c_.common.DebugLog(QStringLiteral("sending IS request command"));
             send("IS;");
         }
@@ -456,9 +499,9 @@ void KenwoodProtocol::mirrorFilterReply(const QByteArray& letters) {
     if (letters == "FW") {
         // Whole numbers of any size a reply may spell ("2e9 " among them) stay in range.
         const qint64 v = CLng(text(3, 6));
-        if (model_->widthReply == WR::Width) {
+        if (model_->widthReply == WidthReply::Width) {
             s.ReportPassbandText(FilterWidth, QString::number(v));
-        } else if (model_->widthReply == WR::TimesTenByMode) {
+        } else if (model_->widthReply == WidthReply::TimesTenByMode) {
             const QString t = QString::number(v * 10);
             if (isSideband(mode)) {
                 c_.common.DebugLog(QStringLiteral("FW SSB: ") + t);
@@ -469,9 +512,9 @@ void KenwoodProtocol::mirrorFilterReply(const QByteArray& letters) {
             }
         }
     } else if (letters == "IS") {
-        if (model_->shiftReply == SR::Shift) {
+        if (model_->shiftReply == ShiftReply::Shift) {
             s.ReportPassbandText(FilterShift, QString::number(CLng(text(4, 7))));
-        } else if (model_->shiftReply == SR::CutOrShiftByMode) {
+        } else if (model_->shiftReply == ShiftReply::CutOrShiftByMode) {
             // Logged where it is shown: in the sideband modes as the high cut, in CW as the shift.
             const QString t = QString::number(CLng(text(4, 7)));
             if (isSideband(mode) || isCW(mode)) c_.common.DebugLog(QStringLiteral("IS freq: ") + t);
@@ -479,7 +522,7 @@ void KenwoodProtocol::mirrorFilterReply(const QByteArray& letters) {
                 s.ReportPassbandText(FilterHighCut, t);
             else if (isCW(mode))
                 s.ReportPassbandText(FilterShift, t);
-        } else if (model_->shiftReply == SR::RoundedToHundreds && count_ >= 8) {
+        } else if (model_->shiftReply == ShiftReply::RoundedToHundreds && count_ >= 8) {
             // The radio reports finer steps than the list: round to the nearest hundred, away from zero.
             const int n = CLng(text(3, 7));
             const int rounded = (n >= 0 ? (n + 50) / 100 : (n - 50) / 100) * 100;

@@ -21,7 +21,8 @@ int KenwoodMode(int mode);
 int GetModeFromKenwoodStatus(int digit);
 
 // One row of the radios this program knows by their ID reply. Every difference between the models is a
-// column here.
+// column here. A row names the columns it sets (the first three it must), and the rest keep the defaults of
+// a radio without the later facilities: no meter, no passband lists, split by the receive and transmit VFOs.
 struct KenwoodModel {
     enum class MeterChain { None, CutsOrWidthByMode, WidthAlways };      // what the meter reply asks next
     enum class WidthChain { None, ShiftInSidebandAndNarrow, ShiftInCW, ShiftAlways };
@@ -32,23 +33,23 @@ struct KenwoodModel {
     int id;
     const char* displayName;
     const char* modelName;
-    bool sMeter;             // polled for its meter and given a scale
-    bool autoInformation;    // "AI1;" after identification
-    const char* sMeterFile;  // "" for none
-    const char* meterRequest;  // nullptr: the radio has no meter request
-    int meterFullScale;        // 0: meter replies are ignored
-    int meterFrom;             // where the four digits of a meter reply start
-    bool splitBySP;            // split is "SP1;"/"SP0;" instead of the receive and transmit VFOs
-    MeterChain afterMeter;
-    WidthChain afterWidth;
-    bool shiftAfterHighCut;    // "IS;" follows an "SH" reply
-    WidthReply widthReply;
-    ShiftReply shiftReply;
-    bool cutCodesReplied;      // "SL"/"SH" replies carry list codes to mirror
-    bool shortRepliesIgnored;  // cut replies under 5 bytes and shift replies under 8 hold nothing
-    FilterCommands filterCommands;
-    bool shiftSignOwnPosition;  // a negative shift is "IS-" and the digits, not "IS " and "-digits"
-    const PassbandModel* (*passband)();  // the passband lists, or nullptr
+    bool sMeter = false;                 // polled for its meter and given a scale
+    bool autoInformation = false;        // "AI1;" after identification
+    const char* sMeterFile = "";         // "" for none
+    const char* meterRequest = nullptr;  // nullptr: the radio has no meter request
+    int meterFullScale = 0;              // 0: meter replies are ignored
+    int meterFrom = 3;                   // where the four digits of a meter reply start
+    bool splitBySP = false;              // split is "SP1;"/"SP0;" instead of the receive and transmit VFOs
+    MeterChain afterMeter = MeterChain::None;
+    WidthChain afterWidth = WidthChain::None;
+    bool shiftAfterHighCut = false;  // "IS;" follows an "SH" reply
+    WidthReply widthReply = WidthReply::None;
+    ShiftReply shiftReply = ShiftReply::None;
+    bool cutCodesReplied = false;      // "SL"/"SH" replies carry list codes to mirror
+    bool shortRepliesIgnored = false;  // cut replies under 5 bytes and shift replies under 8 hold nothing
+    FilterCommands filterCommands = FilterCommands::None;
+    bool shiftSignOwnPosition = false;  // a negative shift is "IS-" and the digits, not "IS " and "-digits"
+    const PassbandModel* (*passband)() = nullptr;  // the passband lists, or nullptr
 };
 // The row of an ID, or nullptr for an ID that no row names.
 const KenwoodModel* FindKenwoodModel(int id);

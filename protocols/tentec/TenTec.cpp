@@ -15,7 +15,9 @@
 #include <sys/file.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <iterator>
 
 namespace tv {
 
@@ -26,43 +28,38 @@ enum class Dialect { Binary, Orion, Folder };
 enum class PttStyle { None, Digit, Orion };
 }  // namespace
 
-// The differences between the family's models. Polls lists the request of each phase; "?S" phases are
-// skipped without a meter, and the phase after the last entry is 0.
+// The differences between the family's models; a row names the columns it sets (the first two it must).
+// Polls lists the request of each phase; "?S" phases are skipped without a meter, and the phase after the
+// last entry is 0.
 struct TenTecModel {
     const char* model;
     Dialect dialect;
-    FixedPortSettings port;  // option indexes: speed 5 is 1200 baud, 8 is 57600
-    bool splitCommand;       // "*O1"/"*O0"
-    bool selectsVfo;         // "*EVA"/"*EVB"
-    PttStyle ptt;
-    const char* polls[7];
+    FixedPortSettings port{};   // option indexes: speed 5 is 1200 baud, 8 is 57600
+    bool splitCommand = false;  // "*O1"/"*O0"
+    bool selectsVfo = false;    // "*EVA"/"*EVB"
+    PttStyle ptt = PttStyle::None;
+    std::array<const char*, 7> polls{};
 };
 namespace {
 constexpr TenTecModel kModels[] = {
-    {"PEGASUS", Dialect::Folder, {0, 0, 0, 0, -1, -1}, false, false, PttStyle::None, {"?S", "", "?S", ""}},
-    {"JUPITER",
-     Dialect::Binary,
-     {8, 1, 1, 1, 1, 3},
-     false,
-     true,
-     PttStyle::None,
-     {"?S", "?A", "?S", "?M", "?B"}},
-    {"ARGONAUT V",
-     Dialect::Binary,
-     {5, 1, 1, 1, -1, -1},
-     true,
-     false,
-     PttStyle::Digit,
-     {"?S", "?A", "?S", "?M", "?B", "?E", "?O"}},
-    {"ORION",
-     Dialect::Orion,
-     {0, 0, 0, 0, -1, -1},
-     false,
-     false,
-     PttStyle::Orion,
-     {"?S", "?AF", "?S", "?RMM", "?BF", "?RSM", "?KV"}},
+    {.model = "PEGASUS", .dialect = Dialect::Folder, .polls = {"?S", "", "?S", ""}},
+    {.model = "JUPITER",
+     .dialect = Dialect::Binary,
+     .port = {.speed = 8, .wordLength = 1, .parity = 1, .stopBits = 1, .dtr = 1, .rts = 3},
+     .selectsVfo = true,
+     .polls = {"?S", "?A", "?S", "?M", "?B"}},
+    {.model = "ARGONAUT V",
+     .dialect = Dialect::Binary,
+     .port = {.speed = 5, .wordLength = 1, .parity = 1, .stopBits = 1},
+     .splitCommand = true,
+     .ptt = PttStyle::Digit,
+     .polls = {"?S", "?A", "?S", "?M", "?B", "?E", "?O"}},
+    {.model = "ORION",
+     .dialect = Dialect::Orion,
+     .ptt = PttStyle::Orion,
+     .polls = {"?S", "?AF", "?S", "?RMM", "?BF", "?RSM", "?KV"}},
 };
-static_assert(sizeof(kModels) / sizeof(kModels[0]) == 4, "one row per model of the family");
+static_assert(std::size(kModels) == 4, "one row per model of the family");
 // A model the table doesn't know speaks the Jupiter's commands on the Jupiter's port settings.
 constexpr const TenTecModel& kOtherModel = kModels[1];
 

@@ -26,6 +26,22 @@ QByteArray catOnBlock() {
 QByteArray catOffBlock() {
     return YaesuBlock(0, 0, 0, 1, 0x00);
 }
+// The handshake's steps as its trace names them.
+QString stepName767(YaesuProtocol::Handshake step) {
+    switch (step) {
+        case YaesuProtocol::Handshake::CatOn:
+            return QStringLiteral("CATON");
+        case YaesuProtocol::Handshake::Cmd:
+            return QStringLiteral("CMD");
+        case YaesuProtocol::Handshake::CatOff:
+            return QStringLiteral("CATOFF");
+        case YaesuProtocol::Handshake::Poll:
+            return QStringLiteral("POLL");
+        case YaesuProtocol::Handshake::Idle:
+            break;
+    }
+    return QString();
+}
 QByteArray ackBlock() {
     return YaesuBlock(0, 0, 0, 0, 0x0B);
 }
@@ -109,117 +125,33 @@ void YaesuProtocol::BringUp() {
 
 void YaesuProtocol::Execute(const XcvrCmd& c) {
     if (!model_) return;  // a model outside the table is sent nothing
-    const YaesuModel& m = *model_;
-    RadioState& s = c_.state;
-    CommandQueue& q = c_.queue;
     const bool on = c.theArg != 0;
-    const bool handshake = m.commands == YaesuCommandSet::Handshake;
     switch (c.theCmd) {
         case XcvrCmdFreq:
-            if (handshake)
-                Execute767Command(kGetOpData, 5, YaesuFrequencyBlock(m.commands, c.theFreq));
-            else
-                send(YaesuFrequencyBlock(m.commands, c.theFreq));
+            sendSetting(YaesuFrequencyBlock(model_->commands, c.theFreq), 5);
             break;
-        case XcvrCmdMode: {
+        case XcvrCmdMode:
             // The queue has shown the mode already.
-            const QByteArray block = YaesuModeBlock(m.commands, YaesuModeByte(m.modes, c.theMode));
-            if (handshake)
-                Execute767Command(kGetOpData, 8, block);
-            else
-                send(block);
+            sendSetting(YaesuModeBlock(model_->commands, YaesuModeByte(model_->series, c.theMode)), 8);
             break;
-        }
-        case XcvrCmdFilters: {
-            if (!m.filters) break;
-            const std::uint8_t v = low(c.theArg);
-            // The first byte picks the filter: 1 the second IF's, 2 the third IF's, 0 the sub receiver's.
-            if (c.theArg2 == FilterFirstIF)
-                send(YaesuBlock(1, 0, 0, v, 0x8C));
-            else if (c.theArg2 == FilterSecondIF)
-                send(YaesuBlock(2, 0, 0, v, 0x8C));
-            else if (c.theArg2 == FilterSub)
-                send(YaesuBlock(0, 0, 0, v, 0x8C));
+        case XcvrCmdFilters:
+            setFilter(c.theArg2, low(c.theArg));
             break;
-        }
         case XcvrCmdDual:
-            if (m.dual) send(YaesuBlock(0, 0, 0, on ? 1 : 0, 0x83));
+            if (model_->dual) send(YaesuBlock(0, 0, 0, on ? 1 : 0, 0x83));
             break;
         case XcvrCmdSplit:
-            switch (m.split) {
-                case YaesuSplitForm::Classic01:
-                    send(YaesuBlock(0, 0, 0, on ? 1 : 0, 0x01));
-                    break;
-                case YaesuSplitForm::Answered02:
-                    expect(1, QStringLiteral("SplitStatus"));
-                    send(YaesuBlock(0, 0, 0, 0, on ? 0x02 : 0x82));
-                    break;
-                case YaesuSplitForm::Toggle767:
-                    // Its one split command toggles: sent only when the radio isn't so already.
-                    if (on != FT767SplitOn)
-                        Execute767Command(kGetOpData, 26, YaesuBlock(0, 0, 0, 0x30, 0x0A));
-                    break;
-                case YaesuSplitForm::None:
-                    break;
-            }
+            setSplit(on);
             break;
         case XcvrCmdVFOA:
-        case XcvrCmdVFOB: {
-            const bool b = c.theCmd == XcvrCmdVFOB;
-            switch (m.vfo) {
-                case YaesuVfoForm::Classic05:
-                    send(YaesuBlock(0, 0, 0, b ? 1 : 0, 0x05));
-                    break;
-                case YaesuVfoForm::ReadFlag:
-                    // These radios only toggle: read which VFO is on, and toggle if it is the other.
-                    expect(2, b ? QStringLiteral("SetVFOB") : QStringLiteral("SetVFOA"));
-                    send(vfoFlagRead());
-                    break;
-                case YaesuVfoForm::Handshake09:
-                    Execute767Command(kGetOpData, 5, YaesuBlock(0, 0, 0, b ? 1 : 0, 0x09));
-                    break;
-                case YaesuVfoForm::None:
-                    break;
-            }
+        case XcvrCmdVFOB:
+            selectVfo(c.theCmd == XcvrCmdVFOB);
             break;
-        }
         case XcvrCmdVFOEqual:
-            switch (m.copy) {
-                case YaesuCopyForm::Op85:
-                    send(YaesuBlock(0, 0, 0, 0, 0x85));
-                    break;
-                case YaesuCopyForm::Switching81:
-                    // Over to the other VFO, which then takes this one's mode and frequency, and back.
-                    send(YaesuBlock(0, 0, 0, 0, 0x81));
-                    q.SetXcvrWait();
-                    q.SetXcvrMode(s.RadioMode);
-                    q.SetXcvrWait();
-                    q.SetXcvrFreq(s.RadioFreq);
-                    q.SetXcvrWait();
-                    q.SetXcvrSwitchVFOs();
-                    q.SetXcvrWait();
-                    break;
-                case YaesuCopyForm::ByQueue:
-                    copyVfoByQueue();
-                    break;
-                case YaesuCopyForm::None:
-                    break;
-            }
+            copyVfo();
             break;
         case XcvrCmdVFOXch:
-            switch (m.exchange) {
-                case YaesuExchangeForm::Op05:
-                    send(YaesuBlock(0, 0, 0, 1, 0x05));
-                    break;
-                case YaesuExchangeForm::Toggle81:
-                    send(YaesuBlock(0, 0, 0, 0, 0x81));
-                    break;
-                case YaesuExchangeForm::ByQueue:
-                    exchangeVfosByQueue();
-                    break;
-                case YaesuExchangeForm::None:
-                    break;
-            }
+            exchangeVfos();
             break;
         case XcvrCmdRequestFreq:
             RequestFrequency();
@@ -227,35 +159,17 @@ void YaesuProtocol::Execute(const XcvrCmd& c) {
         case XcvrCmdRequestMode:
             RequestMode();
             break;
-        case XcvrCmdPTT: {
-            const bool key = c.theArg == 1;
-            switch (m.ptt) {
-                case YaesuPttForm::Classic0F:
-                    send(YaesuBlock(0, 0, 0, low(c.theArg), 0x0F));
-                    break;
-                case YaesuPttForm::Answered08:
-                    expect(1, QStringLiteral("PTTStatus"));
-                    send(YaesuBlock(0, 0, 0, 0, key ? 0x08 : 0x88));
-                    break;
-                case YaesuPttForm::Plain08:
-                    send(YaesuBlock(0, 0, 0, 0, key ? 0x08 : 0x88));
-                    break;
-                case YaesuPttForm::None:
-                    break;
-            }
+        case XcvrCmdPTT:
+            key(c.theArg);
             break;
-        }
         case XcvrCmdSwitchVFOs:
-            if (m.smallGroup) send(YaesuBlock(0, 0, 0, 0, 0x81));
+            if (model_->smallGroup) send(YaesuBlock(0, 0, 0, 0, 0x81));
             break;
         case XcvrCmdPower:
-            if (m.power == YaesuPowerForm::Small0F)
-                send(YaesuBlock(0, 0, 0, 0, on ? 0x0F : 0x8F));
-            else if (m.power == YaesuPowerForm::CatOn00)
-                send(YaesuBlock(0, 0, 0, 0, on ? 0x00 : 0x80));
+            setPower(on);
             break;
         case XcvrCmdLock:
-            if (m.smallGroup) {
+            if (model_->smallGroup) {
                 expect(1, QStringLiteral("LockStatus"));
                 send(YaesuBlock(0, 0, 0, 0, on ? 0x00 : 0x80));
             }
@@ -264,11 +178,132 @@ void YaesuProtocol::Execute(const XcvrCmd& c) {
             setSecondFrequency(c.theFreq);
             break;
         case XcvrCmdStepFreq:
-            if (m.ownStep) send(YaesuBlock(0, 0, 0, low(c.theArg), 0x8E));
+            if (model_->ownStep) send(YaesuBlock(0, 0, 0, low(c.theArg), 0x8E));
             break;
         default:
             break;  // no Yaesu command for the rest
     }
+}
+
+void YaesuProtocol::sendSetting(const QByteArray& block, int handshakeReplyBytes) {
+    if (model_->commands == YaesuCommandSet::Handshake)
+        Execute767Command(kGetOpData, handshakeReplyBytes, block);
+    else
+        send(block);
+}
+
+void YaesuProtocol::setFilter(int filter, std::uint8_t code) {
+    if (!model_->filters) return;
+    // The first byte picks the filter: 1 the second IF's, 2 the third IF's, 0 the sub receiver's.
+    if (filter == FilterFirstIF)
+        send(YaesuBlock(1, 0, 0, code, 0x8C));
+    else if (filter == FilterSecondIF)
+        send(YaesuBlock(2, 0, 0, code, 0x8C));
+    else if (filter == FilterSub)
+        send(YaesuBlock(0, 0, 0, code, 0x8C));
+}
+
+void YaesuProtocol::setSplit(bool on) {
+    switch (model_->split) {
+        case YaesuSplitForm::Classic01:
+            send(YaesuBlock(0, 0, 0, on ? 1 : 0, 0x01));
+            break;
+        case YaesuSplitForm::Answered02:
+            expect(1, QStringLiteral("SplitStatus"));
+            send(YaesuBlock(0, 0, 0, 0, on ? 0x02 : 0x82));
+            break;
+        case YaesuSplitForm::Toggle767:
+            // Its one split command toggles: sent only when the radio isn't so already.
+            if (on != FT767SplitOn) Execute767Command(kGetOpData, 26, YaesuBlock(0, 0, 0, 0x30, 0x0A));
+            break;
+        case YaesuSplitForm::None:
+            break;
+    }
+}
+
+void YaesuProtocol::selectVfo(bool b) {
+    switch (model_->vfo) {
+        case YaesuVfoForm::Classic05:
+            send(YaesuBlock(0, 0, 0, b ? 1 : 0, 0x05));
+            break;
+        case YaesuVfoForm::ReadFlag:
+            // These radios only toggle: read which VFO is on, and toggle if it is the other.
+            expect(2, b ? QStringLiteral("SetVFOB") : QStringLiteral("SetVFOA"));
+            send(vfoFlagRead());
+            break;
+        case YaesuVfoForm::Handshake09:
+            Execute767Command(kGetOpData, 5, YaesuBlock(0, 0, 0, b ? 1 : 0, 0x09));
+            break;
+        case YaesuVfoForm::None:
+            break;
+    }
+}
+
+void YaesuProtocol::copyVfo() {
+    switch (model_->copy) {
+        case YaesuCopyForm::Op85:
+            send(YaesuBlock(0, 0, 0, 0, 0x85));
+            break;
+        case YaesuCopyForm::Switching81: {
+            // Over to the other VFO, which then takes this one's mode and frequency, and back.
+            CommandQueue& q = c_.queue;
+            send(YaesuBlock(0, 0, 0, 0, 0x81));
+            q.SetXcvrWait();
+            q.SetXcvrMode(c_.state.RadioMode);
+            q.SetXcvrWait();
+            q.SetXcvrFreq(c_.state.RadioFreq);
+            q.SetXcvrWait();
+            q.SetXcvrSwitchVFOs();
+            q.SetXcvrWait();
+            break;
+        }
+        case YaesuCopyForm::ByQueue:
+            copyVfoByQueue();
+            break;
+        case YaesuCopyForm::None:
+            break;
+    }
+}
+
+void YaesuProtocol::exchangeVfos() {
+    switch (model_->exchange) {
+        case YaesuExchangeForm::Op05:
+            send(YaesuBlock(0, 0, 0, 1, 0x05));
+            break;
+        case YaesuExchangeForm::Toggle81:
+            send(YaesuBlock(0, 0, 0, 0, 0x81));
+            break;
+        case YaesuExchangeForm::ByQueue:
+            exchangeVfosByQueue();
+            break;
+        case YaesuExchangeForm::None:
+            break;
+    }
+}
+
+void YaesuProtocol::key(int arg) {
+    const bool down = arg == 1;
+    switch (model_->ptt) {
+        case YaesuPttForm::Classic0F:
+            send(YaesuBlock(0, 0, 0, low(arg), 0x0F));
+            break;
+        case YaesuPttForm::Answered08:
+            expect(1, QStringLiteral("PTTStatus"));
+            send(YaesuBlock(0, 0, 0, 0, down ? 0x08 : 0x88));
+            break;
+        case YaesuPttForm::Plain08:
+            send(YaesuBlock(0, 0, 0, 0, down ? 0x08 : 0x88));
+            break;
+        case YaesuPttForm::None:
+            break;
+    }
+}
+
+void YaesuProtocol::setPower(bool on) {
+    if (model_->power == YaesuPowerForm::Small0F)
+        send(YaesuBlock(0, 0, 0, 0, on ? 0x0F : 0x8F));
+    else if (model_->power == YaesuPowerForm::CatOn00)
+        send(YaesuBlock(0, 0, 0, 0, on ? 0x00 : 0x80));
 }
 
 void YaesuProtocol::copyVfoByQueue() {
@@ -432,54 +467,37 @@ void YaesuProtocol::Poll767() {
 }
 
 void YaesuProtocol::step767(bool echo) {
+    if (FT767State == Handshake::Idle) return;
+    if (echo) {
+        // Every echo is acknowledged; the acknowledge is answered by the radio's state, in the command
+        // step by the command's own reply.
+        Trace767(QStringLiteral("CommandEcho - ") + stepName767(FT767State));
+        if (FT767State == Handshake::Cmd)
+            expect(FT767ReplyCount, FT767ReplyOperation);
+        else
+            expect(k767StateBytes, kGetOpData);
+        send(ackBlock());
+        return;
+    }
     switch (FT767State) {
         case Handshake::CatOn:
-            if (echo) {
-                Trace767(QStringLiteral("CommandEcho - CATON"));
-                expect(k767StateBytes, kGetOpData);
-                send(ackBlock());
-            } else {
-                Trace767(QStringLiteral("GetOpData - CATON start"));
-                FT767State = Handshake::Cmd;
-                expect(k767EchoBytes, kCommandEcho);
-                send(FT767Command);
-            }
+            Trace767(QStringLiteral("GetOpData - CATON start"));
+            FT767State = Handshake::Cmd;
+            expect(k767EchoBytes, kCommandEcho);
+            send(FT767Command);
             break;
         case Handshake::Cmd:
-            if (echo) {
-                Trace767(QStringLiteral("CommandEcho - CMD"));
-                expect(FT767ReplyCount, FT767ReplyOperation);
-                send(ackBlock());
-            } else {
-                Trace767(QStringLiteral("GetOpData - CMD"));
-                FT767State = Handshake::CatOff;
-                expect(k767EchoBytes, kCommandEcho);
-                send(catOffBlock());
-            }
+        case Handshake::Poll:
+            Trace767(QStringLiteral("GetOpData - ") + stepName767(FT767State));
+            FT767State = Handshake::CatOff;
+            expect(k767EchoBytes, kCommandEcho);
+            send(catOffBlock());
             break;
         case Handshake::CatOff:
-            if (echo) {
-                Trace767(QStringLiteral("CommandEcho - CATOFF"));
-                expect(k767StateBytes, kGetOpData);
-                send(ackBlock());
-            } else {
-                Trace767(QStringLiteral("GetOpData - CATOFF end"));
-                FT767State = Handshake::Idle;
-                // Last: a switch to another transceiver may replace this object here.
-                c_.state.ReportControlReleased();
-            }
-            break;
-        case Handshake::Poll:
-            if (echo) {
-                Trace767(QStringLiteral("CommandEcho - POLL"));
-                expect(k767StateBytes, kGetOpData);
-                send(ackBlock());
-            } else {
-                Trace767(QStringLiteral("GetOpData - POLL"));
-                FT767State = Handshake::CatOff;
-                expect(k767EchoBytes, kCommandEcho);
-                send(catOffBlock());
-            }
+            Trace767(QStringLiteral("GetOpData - CATOFF end"));
+            FT767State = Handshake::Idle;
+            // Last: a switch to another transceiver may replace this object here.
+            c_.state.ReportControlReleased();
             break;
         case Handshake::Idle:
             break;
@@ -531,11 +549,11 @@ void YaesuProtocol::queueVfoCheck() {
 void YaesuProtocol::decodeOpData(const QByteArray& reply) {
     RadioState& s = c_.state;
     Common& common = c_.common;
-    const YaesuLayout layout = model_->layout;
-    const YaesuOpData d = DecodeYaesuOpData(layout, reply, YaesuReadSelector);
+    const YaesuSeries series = model_->series;
+    const YaesuOpData d = DecodeYaesuOpData(series, reply, YaesuReadSelector);
     const QString name = radio_.model;
     auto number = [](double v) { return QString::number(v, 'g', 15); };
-    if (layout == YaesuLayout::FT990)
+    if (series == YaesuSeries::FT990)
         common.DebugLog(QStringLiteral("FT990 status block ") +
                         QString::fromLatin1(reply.toHex(' ').toUpper()));
     switch (d.store) {
@@ -561,12 +579,12 @@ void YaesuProtocol::decodeOpData(const QByteArray& reply) {
     c_.queue.SetXcvrCmdTimerInterval();
     s.UpdateRadioFreq(d.kHz);
     s.ReportFirstFrequency();
-    if (layout == YaesuLayout::MP) {
+    if (series == YaesuSeries::MP) {
         mpModeStep(d);
         return;
     }
     s.UpdateXcvrMode(d.mode);
-    if (layout == YaesuLayout::FT747) {
+    if (series == YaesuSeries::FT747) {
         common.DebugLog(QStringLiteral("FT747 mode digit (hex) = ") +
                         QString::number(d.modeDigit, 16).toUpper());
         common.DebugLog(QStringLiteral("FT747 mode index       = ") + QString::number(d.mode));

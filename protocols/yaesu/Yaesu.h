@@ -38,6 +38,15 @@ class YaesuProtocol : public Protocol {
     void expect(int bytes, const QString& operation);
     void sendMeterRead();
     void sendFlagsRead();
+    // A setting: sent as it is, or inside the FT-767's handshake, whose reply then has this many bytes.
+    void sendSetting(const QByteArray& block, int handshakeReplyBytes);
+    void setFilter(int filter, std::uint8_t code);
+    void setSplit(bool on);
+    void selectVfo(bool b);
+    void copyVfo();
+    void exchangeVfos();
+    void key(int arg);
+    void setPower(bool on);
     void queueVfoCheck();
     void copyVfoByQueue();
     void exchangeVfosByQueue();

@@ -11,76 +11,102 @@ namespace tv {
 
 namespace {
 
-using L = YaesuLayout;
-using S = YaesuModeSet;
-using F = YaesuCommandSet;
-using MF = YaesuMeterForm;
-using FL = YaesuFlagsForm;
-using SP = YaesuSplitForm;
-using V = YaesuVfoForm;
-using C = YaesuCopyForm;
-using X = YaesuExchangeForm;
-using P = YaesuPttForm;
-using PW = YaesuPowerForm;
-using SB = YaesuSecondForm;
-using ST = YaesuStart;
+using Series = YaesuSeries;
+using Commands = YaesuCommandSet;
+using Meter = YaesuMeterForm;
+using Flags = YaesuFlagsForm;
+using Split = YaesuSplitForm;
+using Vfo = YaesuVfoForm;
+using Copy = YaesuCopyForm;
+using Exchange = YaesuExchangeForm;
+using Ptt = YaesuPttForm;
+using Power = YaesuPowerForm;
+using Second = YaesuSecondForm;
+using Start = YaesuStart;
+
+// A model that answers to another name and is otherwise the row given.
+constexpr YaesuModel sameAs(YaesuModel row, const char* name) {
+    row.name = name;
+    return row;
+}
 
 // clang-format off
-// The columns, in order:
-//  name, mode bytes, reply layout, command set,
-//  read: parameter, opcode, length, shorter by the flags, mode rides on it,
-//  meter: form, parameter, opcode, length,  flags: form, length,
-//  dual watch, split, VFO select, A <- B, exchange, PTT, small radio's opcodes, power, VFO B frequency,
-//  own step, IF filters, start, slow when silent
+constexpr YaesuModel kMP1000 = {
+    .name = "MP1000", .series = Series::MP, .commands = Commands::Classic,
+    .readParam = 3, .readOp = 0x10, .readLength = 32, .readBySelector = true,
+    .meter = Meter::Byte1Of255, .meterOp = 0xF7, .meterLength = 5,
+    .flags = Flags::MP, .flagsLength = 6,
+    .dual = true, .split = Split::Classic01, .copy = Copy::Op85, .exchange = Exchange::Op05, .ptt = Ptt::Classic0F,
+    .second = Second::ViaExchange, .filters = true, .start = Start::FilterGroups};
+
+constexpr YaesuModel kFT890 = {
+    .name = "FT890", .series = Series::FT890, .commands = Commands::Classic,
+    .readParam = 2, .readOp = 0x10, .readLength = 19,
+    .meter = Meter::Byte1Of255, .meterOp = 0xF7, .meterLength = 5,
+    .flags = Flags::FT890, .flagsLength = 5,
+    .split = Split::Classic01, .vfo = Vfo::Classic05, .copy = Copy::Op85, .ptt = Ptt::Classic0F,
+    .second = Second::ViaVfoB};
+
+constexpr YaesuModel kFT817 = {
+    .name = "FT817", .series = Series::FT817, .commands = Commands::Modern,
+    .readOp = 0x03, .readLength = 5,
+    .meter = Meter::Low4Of15, .meterOp = 0xE7, .meterLength = 1,
+    .split = Split::Answered02, .vfo = Vfo::ReadFlag, .copy = Copy::Switching81, .exchange = Exchange::Toggle81,
+    .ptt = Ptt::Answered08, .smallGroup = true, .power = Power::Small0F, .second = Second::ExchangeWithWaits,
+    .slowWhenSilent = true};
+
 constexpr YaesuModel kModels[] = {
-    {"FT1000D", S::FT1000D, L::FT1000D, F::Classic, 3, 0x10, 32, false, true, MF::Byte1Of255, 0, 0xF7, 5,
-     FL::None, 0, true, SP::Classic01, V::None, C::Op85, X::Op05, P::Classic0F, false, PW::None, SB::ViaExchange,
-     true, false, ST::OwnStep, false},
-    {"MP1000", S::MP, L::MP, F::Classic, 3, 0x10, 32, true, false, MF::Byte1Of255, 0, 0xF7, 5, FL::MP, 6, true,
-     SP::Classic01, V::None, C::Op85, X::Op05, P::Classic0F, false, PW::None, SB::ViaExchange, false, true,
-     ST::FilterGroups, false},
-    {"MP1000MKV", S::MP, L::MP, F::Classic, 3, 0x10, 32, true, false, MF::Byte1Of255, 0, 0xF7, 5, FL::MP, 6, true,
-     SP::Classic01, V::None, C::Op85, X::Op05, P::Classic0F, false, PW::None, SB::ViaExchange, false, true,
-     ST::FilterGroups, false},
-    {"FT990", S::FT990, L::FT990, F::Classic, 2, 0x10, 16, false, false, MF::Byte1Of255, 0, 0xF7, 5, FL::FT990, 5,
-     false, SP::Classic01, V::Classic05, C::Op85, X::None, P::Classic0F, false, PW::None, SB::ViaVfoB, false, false,
-     ST::Probe, false},
-    {"FT920", S::FT920, L::FT920, F::Classic, 2, 0x10, 28, false, false, MF::Byte1Of255, 0, 0xF7, 5, FL::None, 0,
-     false, SP::Classic01, V::None, C::None, X::Op05, P::Classic0F, false, PW::None, SB::ViaExchange, false, false,
-     ST::None, false},
-    {"FT900", S::FT900, L::FT900, F::Classic, 2, 0x10, 19, false, false, MF::Byte1Of255, 0, 0xF7, 5, FL::FT890, 5,
-     false, SP::Classic01, V::Classic05, C::Op85, X::ByQueue, P::Classic0F, false, PW::None, SB::ViaVfoB, false, false,
-     ST::None, false},
-    {"FT890", S::FT890, L::FT890, F::Classic, 2, 0x10, 19, false, false, MF::Byte1Of255, 0, 0xF7, 5, FL::FT890, 5,
-     false, SP::Classic01, V::Classic05, C::Op85, X::None, P::Classic0F, false, PW::None, SB::ViaVfoB, false, false,
-     ST::None, false},
-    {"FT840", S::FT890, L::FT890, F::Classic, 2, 0x10, 19, false, false, MF::Byte1Of255, 0, 0xF7, 5, FL::FT890, 5,
-     false, SP::Classic01, V::Classic05, C::Op85, X::None, P::Classic0F, false, PW::None, SB::ViaVfoB, false, false,
-     ST::None, false},
-    {"FT757", S::FT757, L::FT757, F::Classic, 0, 0x10, 75, false, false, MF::Byte1Of15, 1, 0x10, 1, FL::None, 0,
-     false, SP::Classic01, V::Classic05, C::ByQueue, X::ByQueue, P::None, false, PW::None, SB::ViaExchange, false,
-     false, ST::None, false},
-    {"FT747", S::FT747, L::FT747, F::Classic, 0, 0x10, 345, false, false, MF::None, 0, 0, 0, FL::None, 0, false,
-     SP::Classic01, V::Classic05, C::ByQueue, X::ByQueue, P::Classic0F, false, PW::None, SB::ViaExchange, false, false,
-     ST::None, false},
-    {"FT767", S::FT767, L::FT767, F::Handshake, 0, 0, 0, false, false, MF::None, 0, 0, 0, FL::None, 0, false,
-     SP::Toggle767, V::Handshake09, C::ByQueue, X::ByQueue, P::None, false, PW::None, SB::ViaVfoB, false, false,
-     ST::Handshake, false},
-    {"FT100", S::FT100, L::FT100, F::Classic, 0, 0x10, 16, false, false, MF::FT100, 0, 0xF7, 9, FL::FT100, 8,
-     false, SP::Classic01, V::Classic05, C::None, X::None, P::Classic0F, false, PW::None, SB::ViaVfoB, false, false,
-     ST::None, false},
-    {"FT817", S::FT817, L::FT817, F::Modern, 0, 0x03, 5, false, false, MF::Low4Of15, 0, 0xE7, 1, FL::None, 0,
-     false, SP::Answered02, V::ReadFlag, C::Switching81, X::Toggle81, P::Answered08, true, PW::Small0F,
-     SB::ExchangeWithWaits, false, false, ST::None, true},
-    {"FT857", S::FT817, L::FT817, F::Modern, 0, 0x03, 5, false, false, MF::Low4Of15, 0, 0xE7, 1, FL::None, 0,
-     false, SP::Answered02, V::ReadFlag, C::Switching81, X::Toggle81, P::Answered08, true, PW::Small0F,
-     SB::ExchangeWithWaits, false, false, ST::None, true},
-    {"FT897", S::FT817, L::FT817, F::Modern, 0, 0x03, 5, false, false, MF::Low4Of15, 0, 0xE7, 1, FL::None, 0,
-     false, SP::Answered02, V::ReadFlag, C::Switching81, X::Toggle81, P::Answered08, true, PW::Small0F,
-     SB::ExchangeWithWaits, false, false, ST::None, true},
+    {.name = "FT1000D", .series = Series::FT1000D, .commands = Commands::Classic,
+     .readParam = 3, .readOp = 0x10, .readLength = 32, .modeOnFrequencyRead = true,
+     .meter = Meter::Byte1Of255, .meterOp = 0xF7, .meterLength = 5,
+     .dual = true, .split = Split::Classic01, .copy = Copy::Op85, .exchange = Exchange::Op05, .ptt = Ptt::Classic0F,
+     .second = Second::ViaExchange, .ownStep = true, .start = Start::OwnStep},
+    kMP1000,
+    sameAs(kMP1000, "MP1000MKV"),
+    {.name = "FT990", .series = Series::FT990, .commands = Commands::Classic,
+     .readParam = 2, .readOp = 0x10, .readLength = 16,
+     .meter = Meter::Byte1Of255, .meterOp = 0xF7, .meterLength = 5,
+     .flags = Flags::FT990, .flagsLength = 5,
+     .split = Split::Classic01, .vfo = Vfo::Classic05, .copy = Copy::Op85, .ptt = Ptt::Classic0F,
+     .second = Second::ViaVfoB, .start = Start::Probe},
+    {.name = "FT920", .series = Series::FT920, .commands = Commands::Classic,
+     .readParam = 2, .readOp = 0x10, .readLength = 28,
+     .meter = Meter::Byte1Of255, .meterOp = 0xF7, .meterLength = 5,
+     .split = Split::Classic01, .exchange = Exchange::Op05, .ptt = Ptt::Classic0F,
+     .second = Second::ViaExchange},
+    {.name = "FT900", .series = Series::FT900, .commands = Commands::Classic,
+     .readParam = 2, .readOp = 0x10, .readLength = 19,
+     .meter = Meter::Byte1Of255, .meterOp = 0xF7, .meterLength = 5,
+     .flags = Flags::FT890, .flagsLength = 5,
+     .split = Split::Classic01, .vfo = Vfo::Classic05, .copy = Copy::Op85, .exchange = Exchange::ByQueue,
+     .ptt = Ptt::Classic0F, .second = Second::ViaVfoB},
+    kFT890,
+    sameAs(kFT890, "FT840"),
+    {.name = "FT757", .series = Series::FT757, .commands = Commands::Classic,
+     .readOp = 0x10, .readLength = 75,
+     .meter = Meter::Byte1Of15, .meterParam = 1, .meterOp = 0x10, .meterLength = 1,
+     .split = Split::Classic01, .vfo = Vfo::Classic05, .copy = Copy::ByQueue, .exchange = Exchange::ByQueue,
+     .second = Second::ViaExchange},
+    {.name = "FT747", .series = Series::FT747, .commands = Commands::Classic,
+     .readOp = 0x10, .readLength = 345,
+     .split = Split::Classic01, .vfo = Vfo::Classic05, .copy = Copy::ByQueue, .exchange = Exchange::ByQueue,
+     .ptt = Ptt::Classic0F, .second = Second::ViaExchange},
+    {.name = "FT767", .series = Series::FT767, .commands = Commands::Handshake,
+     .split = Split::Toggle767, .vfo = Vfo::Handshake09, .copy = Copy::ByQueue, .exchange = Exchange::ByQueue,
+     .second = Second::ViaVfoB, .start = Start::Handshake},
+    {.name = "FT100", .series = Series::FT100, .commands = Commands::Classic,
+     .readOp = 0x10, .readLength = 16,
+     .meter = Meter::FT100, .meterOp = 0xF7, .meterLength = 9,
+     .flags = Flags::FT100, .flagsLength = 8,
+     .split = Split::Classic01, .vfo = Vfo::Classic05, .ptt = Ptt::Classic0F,
+     .second = Second::ViaVfoB},
+    kFT817,
+    sameAs(kFT817, "FT857"),
+    sameAs(kFT817, "FT897"),
     // No VFO B frequency, deliberately: the list meant for this radio has always named "FT874".
-    {"FT847", S::FT847, L::FT847, F::Modern, 0, 0x03, 5, false, false, MF::None, 0, 0, 0, FL::None, 0, false,
-     SP::None, V::None, C::None, X::None, P::Plain08, false, PW::CatOn00, SB::None, false, false, ST::CatOn, false},
+    {.name = "FT847", .series = Series::FT847, .commands = Commands::Modern,
+     .readOp = 0x03, .readLength = 5,
+     .ptt = Ptt::Plain08, .power = Power::CatOn00, .start = Start::CatOn},
 };
 // clang-format on
 static_assert(std::size(kModels) == 16, "one row for each Yaesu model of the catalogue");
@@ -102,6 +128,55 @@ constexpr std::array<std::array<std::uint8_t, 10>, 12> kModeBytes{{
     {16, 17, 19, 18, 21, 20, 0, 0, 0, 0},    // FT767
 }};
 // clang-format on
+
+// What a reported mode byte reads as, and with the model's flag bit set where that changes it.
+struct StatusMode {
+    int byte = -1;
+    int mode = ModeUnknown;
+    int flagged = -1;  // -1: the flag changes nothing
+};
+// A series' mode decoder: the bits of the byte that tell the mode, and the values listed; any other
+// value is unknown.
+struct StatusModes {
+    YaesuSeries series;
+    int mask = -1;
+    StatusMode bytes[10];
+};
+
+// clang-format off
+constexpr StatusModes kStatusModes[] = {
+    // The flag reverses CW and RTTY.
+    {Series::MP, -1, {{0, ModeLSB}, {1, ModeUSB}, {2, ModeCW, ModeCWR}, {3, ModeAM}, {4, ModeFM},
+                      {5, ModeRTTY, ModeRTTYR}, {6, ModePKT}}},
+    {Series::FT1000D, -1, {{0, ModeLSB}, {1, ModeUSB}, {2, ModeCW}, {3, ModeAM}, {4, ModeFM},
+                           {5, ModeRTTY, ModeRTTYR}, {6, ModePKT}}},
+    {Series::FT990, -1, {{0, ModeLSB}, {1, ModeUSB}, {2, ModeCW}, {3, ModeAM}, {4, ModeFM}, {5, ModeRTTY},
+                         {6, ModePKT}}},
+    // The flag picks the upper sideband and the normal CW.
+    {Series::FT920, -1, {{0, ModeLSB, ModeUSB}, {1, ModeCWR, ModeCW}, {2, ModeAM}, {3, ModeFM}, {4, ModeRTTY},
+                         {5, ModeRTTYR}, {6, ModePKT}}},
+    {Series::FT900, -1, {{0, ModeLSB}, {1, ModeUSB}, {2, ModeCW}, {3, ModeAM}, {4, ModeFM}}},
+    {Series::FT890, -1, {{0, ModeLSB}, {1, ModeUSB}, {2, ModeCW}, {3, ModeAM}, {4, ModeFM}}},
+    {Series::FT100, -1, {{0, ModeLSB}, {1, ModeUSB}, {2, ModeCW}, {3, ModeCWR}, {4, ModeAM}, {5, ModeRTTY},
+                         {6, ModeFM}, {7, ModeWBFM}}},
+    {Series::FT817, -1, {{0, ModeLSB}, {1, ModeUSB}, {2, ModeCW}, {3, ModeCWR}, {4, ModeAM}, {6, ModeWBFM},
+                         {8, ModeFM}, {10, ModeRTTY}, {12, ModePKT}}},
+    // The top bit is the narrow filter: CW, AM and FM read the same in both forms; a sideband's is not listed.
+    {Series::FT847, -1, {{0, ModeLSB}, {1, ModeUSB}, {2, ModeCW}, {3, ModeCWR}, {4, ModeAM}, {8, ModeFM},
+                         {130, ModeCW}, {131, ModeCWR}, {132, ModeAM}, {136, ModeFM}}},
+    {Series::FT757, -1, {{0, ModeLSB}, {1, ModeUSB}, {2, ModeCW}, {3, ModeCW}, {4, ModeAM}, {5, ModeFM}}},
+    // One bit per mode; the low bits say other things.
+    {Series::FT747, 248, {{16, ModeLSB}, {32, ModeUSB}, {64, ModeCW}, {128, ModeAM}}},
+    {Series::FT767, -1, {{0, ModeLSB}, {1, ModeUSB}, {2, ModeCW}, {3, ModeAM}, {4, ModeFM}, {5, ModeRTTY}}},
+};
+// clang-format on
+static_assert(std::size(kStatusModes) == std::size(kModeBytes), "a decoder for each encoder");
+constexpr bool inSeriesOrder() {
+    for (size_t i = 0; i < std::size(kStatusModes); ++i)
+        if (size_t(kStatusModes[i].series) != i) return false;
+    return true;
+}
+static_assert(inSeriesOrder(), "the decoders stand in the order of YaesuSeries");
 
 std::uint8_t at(const QByteArray& r, int position) {
     return position >= 1 && position <= r.size() ? std::uint8_t(r[position - 1]) : 0;
@@ -143,11 +218,11 @@ QByteArray YaesuFrequencyBlock(YaesuCommandSet set, double kHz) {
     const double tens = std::isfinite(kHz) ? std::round(kHz * 100) : 0;
     const std::uint64_t digits = tens > 0 && tens < 1e18 ? std::uint64_t(tens) : 0;
     switch (set) {
-        case F::Modern:
+        case Commands::Modern:
             return ToBcd(digits, 4, BcdOrder::MostFirst) + char(0x01);
-        case F::Handshake:
+        case Commands::Handshake:
             return ToBcd(digits, 4, BcdOrder::LeastFirst) + char(0x08);
-        case F::Classic:
+        case Commands::Classic:
             break;
     }
     return ToBcd(digits, 4, BcdOrder::LeastFirst) + char(0x0A);
@@ -156,180 +231,26 @@ QByteArray YaesuFrequencyBlock(YaesuCommandSet set, double kHz) {
 QByteArray YaesuModeBlock(YaesuCommandSet set, int modeByte) {
     const auto m = std::uint8_t(modeByte);
     switch (set) {
-        case F::Modern:
+        case Commands::Modern:
             return YaesuBlock(m, 0, 0, 0, 0x07);
-        case F::Handshake:
+        case Commands::Handshake:
             return YaesuBlock(0, 0, 0, m, 0x0A);
-        case F::Classic:
+        case Commands::Classic:
             break;
     }
     return YaesuBlock(0, 0, 0, m, 0x0C);
 }
 
-int YaesuModeByte(YaesuModeSet set, int mode) {
+int YaesuModeByte(YaesuSeries series, int mode) {
     if (mode < 0 || mode > 9) return 0;
-    return kModeBytes[size_t(set)][size_t(mode)];
+    return kModeBytes[size_t(series)][size_t(mode)];
 }
 
-int YaesuModeFromStatus(YaesuLayout layout, int b, bool flag) {
-    switch (layout) {
-        case L::MP:
-            switch (b) {
-                case 0:
-                    return ModeLSB;
-                case 1:
-                    return ModeUSB;
-                case 2:
-                    return flag ? ModeCWR : ModeCW;
-                case 3:
-                    return ModeAM;
-                case 4:
-                    return ModeFM;
-                case 5:
-                    return flag ? ModeRTTYR : ModeRTTY;
-                case 6:
-                    return ModePKT;
-                default:
-                    return ModeUnknown;
-            }
-        case L::FT1000D:
-        case L::FT990:
-            switch (b) {
-                case 0:
-                    return ModeLSB;
-                case 1:
-                    return ModeUSB;
-                case 2:
-                    return ModeCW;
-                case 3:
-                    return ModeAM;
-                case 4:
-                    return ModeFM;
-                case 5:
-                    return flag && layout == L::FT1000D ? ModeRTTYR : ModeRTTY;
-                case 6:
-                    return ModePKT;
-                default:
-                    return ModeUnknown;
-            }
-        case L::FT920:
-            switch (b) {
-                case 0:
-                    return flag ? ModeUSB : ModeLSB;
-                case 1:
-                    return flag ? ModeCW : ModeCWR;
-                case 2:
-                    return ModeAM;
-                case 3:
-                    return ModeFM;
-                case 4:
-                    return ModeRTTY;
-                case 5:
-                    return ModeRTTYR;
-                case 6:
-                    return ModePKT;
-                default:
-                    return ModeUnknown;
-            }
-        case L::FT900:
-        case L::FT890:
-        case L::FT767:
-            switch (b) {
-                case 0:
-                    return ModeLSB;
-                case 1:
-                    return ModeUSB;
-                case 2:
-                    return ModeCW;
-                case 3:
-                    return ModeAM;
-                case 4:
-                    return ModeFM;
-                case 5:
-                    return layout == L::FT767 ? ModeRTTY : ModeUnknown;
-                default:
-                    return ModeUnknown;
-            }
-        case L::FT100: {
-            constexpr int kModes[] = {ModeLSB, ModeUSB, ModeCW, ModeCWR, ModeAM, ModeRTTY, ModeFM, ModeWBFM};
-            return b >= 0 && b < 8 ? kModes[b] : ModeUnknown;
-        }
-        case L::FT817:
-            switch (b) {
-                case 0:
-                    return ModeLSB;
-                case 1:
-                    return ModeUSB;
-                case 2:
-                    return ModeCW;
-                case 3:
-                    return ModeCWR;
-                case 4:
-                    return ModeAM;
-                case 6:
-                    return ModeWBFM;
-                case 8:
-                    return ModeFM;
-                case 10:
-                    return ModeRTTY;
-                case 12:
-                    return ModePKT;
-                default:
-                    return ModeUnknown;
-            }
-        case L::FT847:
-            // The top bit is the narrow filter: both forms of a mode read the same.
-            switch (b) {
-                case 0:
-                    return ModeLSB;
-                case 1:
-                    return ModeUSB;
-                case 2:
-                case 130:
-                    return ModeCW;
-                case 3:
-                case 131:
-                    return ModeCWR;
-                case 4:
-                case 132:
-                    return ModeAM;
-                case 8:
-                case 136:
-                    return ModeFM;
-                default:
-                    return ModeUnknown;
-            }
-        case L::FT757:
-            switch (b) {
-                case 0:
-                    return ModeLSB;
-                case 1:
-                    return ModeUSB;
-                case 2:
-                case 3:
-                    return ModeCW;
-                case 4:
-                    return ModeAM;
-                case 5:
-                    return ModeFM;
-                default:
-                    return ModeUnknown;
-            }
-        case L::FT747:
-            // One bit per mode; the low bits say other things.
-            switch (b & 248) {
-                case 16:
-                    return ModeLSB;
-                case 32:
-                    return ModeUSB;
-                case 64:
-                    return ModeCW;
-                case 128:
-                    return ModeAM;
-                default:
-                    return ModeUnknown;
-            }
-    }
+int YaesuModeFromStatus(YaesuSeries series, int byte, bool flag) {
+    const StatusModes& decoder = kStatusModes[size_t(series)];
+    for (const StatusMode& m : decoder.bytes)
+        if (m.byte >= 0 && m.byte == (byte & decoder.mask))
+            return flag && m.flagged >= 0 ? m.flagged : m.mode;
     return ModeUnknown;
 }
 
@@ -339,11 +260,11 @@ std::uint64_t YaesuBcdGroup(const QByteArray& reply, std::initializer_list<int> 
     return FromBcd(bytes, BcdOrder::MostFirst);
 }
 
-YaesuOpData DecodeYaesuOpData(YaesuLayout layout, const QByteArray& r, int readSelector) {
+YaesuOpData DecodeYaesuOpData(YaesuSeries series, const QByteArray& r, int readSelector) {
     YaesuOpData d;
     using Store = YaesuOpData::Store;
-    switch (layout) {
-        case L::MP: {
+    switch (series) {
+        case Series::MP: {
             d.kHz = binary(r, 2, 5) / 1600;
             if (at(r, 10) & 0x02) d.kHz += clarifier(r) / 1600.0;
             d.store = Store::VfoA;
@@ -352,72 +273,72 @@ YaesuOpData DecodeYaesuOpData(YaesuLayout layout, const QByteArray& r, int readS
             if (m > 128) m -= 128;
             const int b9 = at(r, 9);
             d.modeDigit = m;
-            d.mode = YaesuModeFromStatus(layout, m, b9 > 128);
+            d.mode = YaesuModeFromStatus(series, m, b9 > 128);
             d.filterByte = b9 > 128 ? b9 - 128 : b9;
             if (r.size() >= 25) d.subFilterByte = at(r, 25);
             break;
         }
-        case L::FT1000D:
+        case Series::FT1000D:
             d.kHz = binary(r, 2, 4) / 100;
             if (at(r, 5) & 0x02) d.kHz += clarifier(r) / 100.0;
             d.modeDigit = at(r, 8);
-            d.mode = YaesuModeFromStatus(layout, d.modeDigit, at(r, 9) & 0x01);
+            d.mode = YaesuModeFromStatus(series, d.modeDigit, at(r, 9) & 0x01);
             break;
-        case L::FT990:
+        case Series::FT990:
             d.kHz = binary(r, 2, 4) / 100;
             if (at(r, 5) & 0x02) d.kHz += clarifier(r) / 1000.0;
             d.store = Store::Selected;
             d.modeDigit = at(r, 8);
-            d.mode = YaesuModeFromStatus(layout, d.modeDigit, false);
+            d.mode = YaesuModeFromStatus(series, d.modeDigit, false);
             break;
-        case L::FT920:
+        case Series::FT920:
             d.kHz = binary(r, 2, 5) / 1000;
             if (at(r, 9) & 0x02) d.kHz += clarifier(r) / 1000.0;
             d.modeDigit = at(r, 8);
-            d.mode = YaesuModeFromStatus(layout, d.modeDigit & 7, d.modeDigit & 0x40);
+            d.mode = YaesuModeFromStatus(series, d.modeDigit & 7, d.modeDigit & 0x40);
             break;
-        case L::FT900:
-        case L::FT890:
+        case Series::FT900:
+        case Series::FT890:
             d.kHz = binary(r, 3, 5) / 100;
             // The FT-900 shows its clarifier offset whether the clarifier is on or not.
-            if (layout == L::FT900) {
+            if (series == Series::FT900) {
                 d.kHz += clarifier(r) / 100.0;
                 d.other = binary(r, 12, 14) / 100;
             }
             d.store = Store::Selected;
             d.modeDigit = lessWidthBit(at(r, 8));
-            d.mode = YaesuModeFromStatus(layout, d.modeDigit, false);
+            d.mode = YaesuModeFromStatus(series, d.modeDigit, false);
             break;
-        case L::FT100:
+        case Series::FT100:
             d.kHz = binary(r, 2, 5) * 1.25 / 1000;
             d.store = Store::Selected;
             d.modeDigit = at(r, 6) % 16;
-            d.mode = YaesuModeFromStatus(layout, d.modeDigit, false);
+            d.mode = YaesuModeFromStatus(series, d.modeDigit, false);
             break;
-        case L::FT817:
-        case L::FT847:
+        case Series::FT817:
+        case Series::FT847:
             d.kHz = double(YaesuBcdGroup(r, {1, 2, 3, 4})) / 100;
-            d.modeDigit = layout == L::FT817 ? at(r, 5) % 16 : at(r, 5);
-            d.mode = YaesuModeFromStatus(layout, d.modeDigit, false);
+            d.modeDigit = series == Series::FT817 ? at(r, 5) % 16 : at(r, 5);
+            d.mode = YaesuModeFromStatus(series, d.modeDigit, false);
             break;
-        case L::FT757:
+        case Series::FT757:
             d.kHz = double(YaesuBcdGroup(r, {9, 8, 7, 6})) / 100;
             d.vfoA = double(YaesuBcdGroup(r, {14, 13, 12, 11})) / 100;
             d.vfoB = double(YaesuBcdGroup(r, {19, 18, 17, 16})) / 100;
             d.modeDigit = at(r, 10);
-            d.mode = YaesuModeFromStatus(layout, d.modeDigit, false);
+            d.mode = YaesuModeFromStatus(series, d.modeDigit, false);
             break;
-        case L::FT747:
+        case Series::FT747:
             d.kHz = double(YaesuBcdGroup(r, {3, 4, 5, 6})) / 1000;
             d.vfoA = double(YaesuBcdGroup(r, {10, 11, 12, 13})) / 1000;
             // Five bytes, the last being the record's mode byte: VFO B has always been read so, and
             // what an operator's logs show of it is that reading.
             d.vfoB = double(YaesuBcdGroup(r, {17, 18, 19, 20, 21})) / 1000;
             d.modeDigit = at(r, 7);
-            d.mode = YaesuModeFromStatus(layout, d.modeDigit, false);
+            d.mode = YaesuModeFromStatus(series, d.modeDigit, false);
             d.clearsSplit = true;
             break;
-        case L::FT767: {
+        case Series::FT767: {
             const Yaesu767Status s = Decode767Status(r);
             d.kHz = s.kHz;
             d.mode = s.mode.value_or(ModeUnknown);
@@ -439,7 +360,7 @@ Yaesu767Status Decode767Status(const QByteArray& r) {
     s.kHz = double(YaesuBcdGroup(r, {p(2), p(3), p(4), p(5)})) / 100;
     if (count >= 8) {
         s.modeDigit = at(r, p(7)) & 7;
-        s.mode = YaesuModeFromStatus(YaesuLayout::FT767, s.modeDigit, false);
+        s.mode = YaesuModeFromStatus(YaesuSeries::FT767, s.modeDigit, false);
     }
     if (count >= 9) {
         s.vfoA = double(YaesuBcdGroup(r, {p(15), p(16), p(17), p(18)})) / 100;
@@ -452,7 +373,7 @@ YaesuFlags DecodeYaesuFlags(YaesuFlagsForm form, const QByteArray& r) {
     YaesuFlags f;
     const int b1 = at(r, 1);
     switch (form) {
-        case FL::MP:
+        case Flags::MP:
             f.split = b1 & 0x01;
             f.dual = (b1 & 0x02) != 0;
             f.vfo = (b1 >> 4) & 1;
@@ -463,19 +384,19 @@ YaesuFlags DecodeYaesuFlags(YaesuFlagsForm form, const QByteArray& r) {
             else if (b1 & 0x40)
                 f.readSelector = 1;
             break;
-        case FL::FT990:
+        case Flags::FT990:
             f.split = b1 & 0x01;
             f.vfo = (b1 >> 1) & 1;
             break;
-        case FL::FT890:
+        case Flags::FT890:
             f.split = b1 & 0x04;
             f.vfo = (b1 >> 6) & 1;
             break;
-        case FL::FT100:
+        case Flags::FT100:
             f.split = b1 & 0x01;
             f.vfo = (at(r, 2) >> 2) & 1;
             break;
-        case FL::None:
+        case Flags::None:
             break;
     }
     return f;
@@ -483,15 +404,15 @@ YaesuFlags DecodeYaesuFlags(YaesuFlagsForm form, const QByteArray& r) {
 
 double DecodeYaesuMeter(YaesuMeterForm form, const QByteArray& r) {
     switch (form) {
-        case MF::Byte1Of255:
+        case Meter::Byte1Of255:
             return double(float(at(r, 1)) / 255.0f);
-        case MF::FT100:
+        case Meter::FT100:
             return double(float(204 - at(r, 4)) / 120.0f);
-        case MF::Low4Of15:
+        case Meter::Low4Of15:
             return double(float(at(r, 1) & 15) / 15.0f);
-        case MF::Byte1Of15:
+        case Meter::Byte1Of15:
             return double(float(at(r, 1)) / 15.0f);
-        case MF::None:
+        case Meter::None:
             break;
     }
     return 0;

@@ -28,8 +28,9 @@ QByteArray YaesuFrequencyBlock(YaesuCommandSet set, double kHz);
 // The set's mode block for a mode byte.
 QByteArray YaesuModeBlock(YaesuCommandSet set, int modeByte);
 
-// The twelve mode encoders, one per family of mode bytes. Not the inverses of the status decoders.
-enum class YaesuModeSet : std::uint8_t {
+// The twelve series of models. A series fixes the bytes its mode commands send, the layout of its frequency
+// read and how that read's mode byte decodes; models that share a series differ only in their other columns.
+enum class YaesuSeries : std::uint8_t {
     MP,
     FT1000D,
     FT990,
@@ -43,28 +44,14 @@ enum class YaesuModeSet : std::uint8_t {
     FT747,
     FT767
 };
-// The byte a model's encoder gives system mode 0..9; 0 for a mode that it doesn't list.
-int YaesuModeByte(YaesuModeSet set, int mode);
+// The byte a series' mode command gives system mode 0..9; 0 for a mode that it doesn't list. Not the
+// inverse of YaesuModeFromStatus.
+int YaesuModeByte(YaesuSeries series, int mode);
 
 // ---- replies ----
 
-// How a model's frequency read is laid out; it also picks the mode decoder.
-enum class YaesuLayout : std::uint8_t {
-    MP,
-    FT1000D,
-    FT990,
-    FT920,
-    FT900,
-    FT890,
-    FT100,
-    FT817,
-    FT847,
-    FT757,
-    FT747,
-    FT767
-};
 // A mode byte (and the model's flag bit, where it has one) to a system mode; 10 for a byte not listed.
-int YaesuModeFromStatus(YaesuLayout layout, int byte, bool flag);
+int YaesuModeFromStatus(YaesuSeries series, int byte, bool flag);
 
 // What a frequency read says. Positions past the end of a short reply read as 0.
 struct YaesuOpData {
@@ -81,7 +68,7 @@ struct YaesuOpData {
     int modeDigit = 0;         // the mode byte as read, for the log
 };
 // readSelector matters to the MP family alone (0: the long read with both VFOs).
-YaesuOpData DecodeYaesuOpData(YaesuLayout layout, const QByteArray& reply, int readSelector);
+YaesuOpData DecodeYaesuOpData(YaesuSeries series, const QByteArray& reply, int readSelector);
 
 // The FT-767's block, newest byte last.
 struct Yaesu767Status {
@@ -134,35 +121,36 @@ enum class YaesuSecondForm : std::uint8_t {
 };  // VFO B's frequency
 enum class YaesuStart : std::uint8_t { None, Handshake, CatOn, Probe, OwnStep, FilterGroups };
 
+// One catalogue model. A row names the columns it sets (the first three it must); a column left out is
+// "none", 0 or false.
 struct YaesuModel {
     const char* name;  // the catalogue's model, upper case
-    YaesuModeSet modes;
-    YaesuLayout layout;
+    YaesuSeries series;
     YaesuCommandSet commands;
     // The frequency read: its parameter and reply length (0 for the FT-767, which reads inside its
     // handshake); the MP family reads shorter once its flags say so.
-    std::uint8_t readParam, readOp;
-    std::int16_t readLength;
-    bool readBySelector;
-    bool modeOnFrequencyRead;  // the mode request sends nothing: it rides on the frequency read
-    YaesuMeterForm meter;
-    std::uint8_t meterParam, meterOp;
-    std::int8_t meterLength;
-    YaesuFlagsForm flags;
-    std::int8_t flagsLength;  // 0: no flags read, and polling skips its phase
-    bool dual;
-    YaesuSplitForm split;
-    YaesuVfoForm vfo;
-    YaesuCopyForm copy;
-    YaesuExchangeForm exchange;
-    YaesuPttForm ptt;
-    bool smallGroup;  // VFO switching, lock and power by the small radios' opcodes
-    YaesuPowerForm power;
-    YaesuSecondForm second;
-    bool ownStep;  // the 10 Hz buttons send the radio's own step
-    bool filters;  // takes the IF filter commands
-    YaesuStart start;
-    bool slowWhenSilent;  // tried only seldom once it stops answering
+    std::uint8_t readParam = 0, readOp = 0;
+    std::int16_t readLength = 0;
+    bool readBySelector = false;
+    bool modeOnFrequencyRead = false;  // the mode request sends nothing: it rides on the frequency read
+    YaesuMeterForm meter = YaesuMeterForm::None;
+    std::uint8_t meterParam = 0, meterOp = 0;
+    std::int8_t meterLength = 0;
+    YaesuFlagsForm flags = YaesuFlagsForm::None;
+    std::int8_t flagsLength = 0;  // 0: no flags read, and polling skips its phase
+    bool dual = false;            // takes the dual watch command
+    YaesuSplitForm split = YaesuSplitForm::None;
+    YaesuVfoForm vfo = YaesuVfoForm::None;
+    YaesuCopyForm copy = YaesuCopyForm::None;
+    YaesuExchangeForm exchange = YaesuExchangeForm::None;
+    YaesuPttForm ptt = YaesuPttForm::None;
+    bool smallGroup = false;  // VFO switching, lock and power by the small radios' opcodes
+    YaesuPowerForm power = YaesuPowerForm::None;
+    YaesuSecondForm second = YaesuSecondForm::None;
+    bool ownStep = false;  // the 10 Hz buttons send the radio's own step
+    bool filters = false;  // takes the IF filter commands
+    YaesuStart start = YaesuStart::None;
+    bool slowWhenSilent = false;  // tried only seldom once it stops answering
 };
 
 // The row of a catalogue model, or nullptr: a model outside the table sends nothing.

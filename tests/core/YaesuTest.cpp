@@ -61,18 +61,18 @@ TEST(YaesuBlocks, FrequencyAndModeBytesOfEachCommandSet) {
     EXPECT_EQ(YaesuModeBlock(YaesuCommandSet::Handshake, 18), hx("000000120A"));
 
     // RTTY-R goes out as USB on the FT-900 and its smaller sisters; unlisted modes are byte 0.
-    EXPECT_EQ(YaesuModeByte(YaesuModeSet::FT900, ModeRTTYR), 1);
-    EXPECT_EQ(YaesuModeByte(YaesuModeSet::FT767, ModeWBFM), 0);
-    EXPECT_EQ(YaesuModeByte(YaesuModeSet::MP, ModeUnknown), 0);
+    EXPECT_EQ(YaesuModeByte(YaesuSeries::FT900, ModeRTTYR), 1);
+    EXPECT_EQ(YaesuModeByte(YaesuSeries::FT767, ModeWBFM), 0);
+    EXPECT_EQ(YaesuModeByte(YaesuSeries::MP, ModeUnknown), 0);
     // The CW pair is the other way round on the FT-1000D than on the MP.
-    EXPECT_EQ(YaesuModeByte(YaesuModeSet::FT1000D, ModeCW), 3);
-    EXPECT_EQ(YaesuModeByte(YaesuModeSet::MP, ModeCW), 2);
+    EXPECT_EQ(YaesuModeByte(YaesuSeries::FT1000D, ModeCW), 3);
+    EXPECT_EQ(YaesuModeByte(YaesuSeries::MP, ModeCW), 2);
 }
 
-TEST(YaesuReplies, FrequencyModeAndClarifierOfEachLayout) {
+TEST(YaesuReplies, FrequencyModeAndClarifierOfEachSeries) {
     // FT-847: the high bit of the mode byte is the narrow filter.
     auto ft847 = [](const char* mode) {
-        return DecodeYaesuOpData(YaesuLayout::FT847, reply(5, {{1, "014250"}, {5, mode}}), 0);
+        return DecodeYaesuOpData(YaesuSeries::FT847, reply(5, {{1, "014250"}, {5, mode}}), 0);
     };
     EXPECT_DOUBLE_EQ(ft847("84").kHz, 14250.0);
     EXPECT_EQ(ft847("84").mode, ModeAM);
@@ -81,42 +81,42 @@ TEST(YaesuReplies, FrequencyModeAndClarifierOfEachLayout) {
 
     // FT-1000D: a clarifier of FF FF is -1 (ten hertz), added when its bit is set.
     const QByteArray d = reply(32, {{2, "022C1A02FFFF0501"}});
-    const YaesuOpData ft1000 = DecodeYaesuOpData(YaesuLayout::FT1000D, d, 0);
+    const YaesuOpData ft1000 = DecodeYaesuOpData(YaesuSeries::FT1000D, d, 0);
     EXPECT_NEAR(ft1000.kHz, 1423.61, 1e-9);  // 0x022C1A tens of hertz, less ten hertz
     EXPECT_EQ(ft1000.mode, ModeRTTYR);
     // Exactly 32768 stays positive.
     const QByteArray d2 = reply(32, {{5, "028000"}});
-    EXPECT_DOUBLE_EQ(DecodeYaesuOpData(YaesuLayout::FT1000D, d2, 0).kHz, 327.68);
+    EXPECT_DOUBLE_EQ(DecodeYaesuOpData(YaesuSeries::FT1000D, d2, 0).kHz, 327.68);
 
     // FT-100: 11,400,000 counts of 1.25 Hz are 14,250 kHz.
-    const YaesuOpData ft100 = DecodeYaesuOpData(YaesuLayout::FT100, reply(16, {{2, "00ADF34013"}}), 0);
+    const YaesuOpData ft100 = DecodeYaesuOpData(YaesuSeries::FT100, reply(16, {{2, "00ADF34013"}}), 0);
     EXPECT_DOUBLE_EQ(ft100.kHz, 14250.0);
     EXPECT_EQ(ft100.mode, ModeCWR);
 
     // FT-900: the clarifier's offset is shown even with the clarifier off; the other VFO comes along.
     const YaesuOpData ft900 =
-        DecodeYaesuOpData(YaesuLayout::FT900, reply(19, {{3, "022C1A000C82"}, {12, "00AB22"}}), 0);
+        DecodeYaesuOpData(YaesuSeries::FT900, reply(19, {{3, "022C1A000C82"}, {12, "00AB22"}}), 0);
     EXPECT_NEAR(ft900.kHz, 1423.74, 1e-9);
     EXPECT_DOUBLE_EQ(*ft900.other, 438.10);
     EXPECT_EQ(ft900.mode, ModeCW);  // the narrow CW of the radio
 
     // MP: sixteenths of ten hertz; the flag above 128 makes CW reverse; VFO B only in the long read.
     QByteArray mp = reply(32, {{2, "0022C920"}, {8, "8298"}, {19, "111C00"}, {25, "23"}});
-    const YaesuOpData mpLong = DecodeYaesuOpData(YaesuLayout::MP, mp, 0);
+    const YaesuOpData mpLong = DecodeYaesuOpData(YaesuSeries::MP, mp, 0);
     EXPECT_DOUBLE_EQ(mpLong.kHz, 2279712 / 1600.0);
     EXPECT_EQ(mpLong.mode, ModeCWR);
     EXPECT_DOUBLE_EQ(*mpLong.vfoB, 0x111C00 / 1600.0);
     EXPECT_EQ(mpLong.filterByte, 0x18);
     EXPECT_EQ(mpLong.subFilterByte, 0x23);
-    EXPECT_FALSE(DecodeYaesuOpData(YaesuLayout::MP, mp.left(16), 1).vfoB);
+    EXPECT_FALSE(DecodeYaesuOpData(YaesuSeries::MP, mp.left(16), 1).vfoB);
 
     // FT-757: BCD least significant first; FT-747: thousandths, VFO B read one byte into its mode byte.
-    const YaesuOpData ft757 = DecodeYaesuOpData(YaesuLayout::FT757, reply(75, {{6, "0050420103002570"}}), 0);
+    const YaesuOpData ft757 = DecodeYaesuOpData(YaesuSeries::FT757, reply(75, {{6, "0050420103002570"}}), 0);
     EXPECT_DOUBLE_EQ(ft757.kHz, 14250.0);
     EXPECT_DOUBLE_EQ(*ft757.vfoA, 7025.0);
     EXPECT_EQ(ft757.mode, ModeCW);
     const YaesuOpData ft747 =
-        DecodeYaesuOpData(YaesuLayout::FT747, reply(345, {{3, "1425000040"}, {17, "0701000020"}}), 0);
+        DecodeYaesuOpData(YaesuSeries::FT747, reply(345, {{3, "1425000040"}, {17, "0701000020"}}), 0);
     EXPECT_DOUBLE_EQ(ft747.kHz, 14250.0);
     EXPECT_EQ(ft747.mode, ModeCW);
     EXPECT_DOUBLE_EQ(*ft747.vfoB, 701000020 / 1000.0);

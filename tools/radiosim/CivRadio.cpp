@@ -30,13 +30,13 @@ CivRadio::CivRadio(CivModel model) : model_(std::move(model)) {}
 
 std::optional<CivModel> CivRadio::model(const QString& name) {
     static const CivModel models[] = {
-        {QStringLiteral("IC-7300"), 0x94, true, false, true, true, true},
-        {QStringLiteral("IC-756PRO"), 0x5C, true, false, true, false},
-        {QStringLiteral("IC-706MKIIG"), 0x58, true, false, false, false},
-        {QStringLiteral("IC-735"), 0x04, false, true, false, false},
-        {QStringLiteral("IC-775"), 0x46, true, false, false, false},
+        {.name = QStringLiteral("IC-7300"), .address = 0x94, .hasMeter = true, .hasDataMode = true, .hasTxLevels = true},
+        {.name = QStringLiteral("IC-756PRO"), .address = 0x5C, .hasMeter = true},
+        {.name = QStringLiteral("IC-706MKIIG"), .address = 0x58},
+        {.name = QStringLiteral("IC-735"), .address = 0x04, .filterByte = false, .shortFreq = true},
+        {.name = QStringLiteral("IC-775"), .address = 0x46},
         // TenTec's Omni VI speaks CI-V at its own address.
-        {QStringLiteral("OMNI-VI"), 0x04, true, false, false, false},
+        {.name = QStringLiteral("OMNI-VI"), .address = 0x04},
     };
     for (const CivModel& m : models)
         if (m.name.compare(name.trimmed(), Qt::CaseInsensitive) == 0) return m;

@@ -3,6 +3,8 @@
 // One radio of the CI-V family on a simulated bus. No I/O: bytes in, bytes out, so that the program
 // around it and the tests feed it the same way.
 
+#include "tools/radiosim/RadioSwitches.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -25,7 +27,7 @@ struct CivModel {
     bool hasTxLevels = false;
 };
 
-class CivRadio {
+class CivRadio : public RadioSwitches {
 public:
     static constexpr uint8_t kPreamble = 0xFE;
     static constexpr uint8_t kEnd = 0xFD;
@@ -76,12 +78,6 @@ public:
 
     int meter() const { return meter_; }
     void setMeter(int value);
-    bool transceive() const { return transceive_; }
-    void setTransceive(bool on) { transceive_ = on; }
-    bool silent() const { return silent_; }
-    void setSilent(bool on) { silent_ = on; }
-    bool rejectNext() const { return rejectNext_; }
-    void setRejectNext(bool on) { rejectNext_ = on; }
 
 private:
     struct Vfo {
@@ -110,9 +106,6 @@ private:
     bool ptt_ = false;
     int meter_ = 0;
     int power_ = 128;  // the power setting, 0..255
-    bool transceive_ = true;
-    bool silent_ = false;
-    bool rejectNext_ = false;
 };
 
 }  // namespace tv::sim

@@ -23,12 +23,15 @@ KenwoodRadio::KenwoodRadio(KenwoodModelSpec model) : model_(std::move(model)) {}
 
 std::optional<KenwoodModelSpec> KenwoodRadio::model(const QString& name) {
     static const KenwoodModelSpec models[] = {
-        {QStringLiteral("TS-2000"), "019", 1'300'000'000, 30, true, true, true, false, true},
-        {QStringLiteral("TS-570"), "017", 60'000'000, 15, false, true, true, false, true},
-        {QStringLiteral("TS-870"), "015", 30'000'000, 30, false, false, true, false, true},
-        {QStringLiteral("TS-440"), "004", 30'000'000, 0, false, false, false, true},
+        {.name = QStringLiteral("TS-2000"), .id = "019", .maxHz = 1'300'000'000, .meterFullScale = 30,
+         .meterReceiver = true, .cutoffCodes = true, .widthAndShift = true, .powerSetting = true},
+        {.name = QStringLiteral("TS-570"), .id = "017", .maxHz = 60'000'000, .meterFullScale = 15, .cutoffCodes = true,
+         .widthAndShift = true, .powerSetting = true},
+        {.name = QStringLiteral("TS-870"), .id = "015", .maxHz = 30'000'000, .meterFullScale = 30, .widthAndShift = true,
+         .powerSetting = true},
+        {.name = QStringLiteral("TS-440"), .id = "004", .maxHz = 30'000'000, .meterFullScale = 0, .singleVfoSelect = true},
         // A radio this controller has never heard of.
-        {QStringLiteral("TS-990"), "023", 60'000'000, 0, false, false, false, false},
+        {.name = QStringLiteral("TS-990"), .id = "023", .maxHz = 60'000'000, .meterFullScale = 0},
     };
     for (const KenwoodModelSpec& m : models)
         if (m.name.compare(name.trimmed(), Qt::CaseInsensitive) == 0) return m;

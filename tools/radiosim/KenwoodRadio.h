@@ -5,6 +5,8 @@
 // command without parameters; a set command is answered by nothing; what the radio doesn't know or
 // refuses is answered "?;".
 
+#include "tools/radiosim/RadioSwitches.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -26,7 +28,7 @@ struct KenwoodModelSpec {
     bool powerSetting = false;  // PC: the output power in watts, 005 to 100
 };
 
-class KenwoodRadio {
+class KenwoodRadio : public RadioSwitches {
 public:
     // Mode numbers as the controller counts them; the radio's own digits are the Kenwood ones.
     enum Mode { LSB, USB, AM, CW, RTTY, FM, WBFM, CWR, RTTYR, ModeCount };
@@ -71,14 +73,6 @@ public:
     int width() const { return width_; }
     int shift() const { return shift_; }
 
-    // Whether changes at the radio are reported when the controller asked for it with "AI1;".
-    bool transceive() const { return transceive_; }
-    void setTransceive(bool on) { transceive_ = on; }
-    bool silent() const { return silent_; }
-    void setSilent(bool on) { silent_ = on; }
-    bool rejectNext() const { return rejectNext_; }
-    void setRejectNext(bool on) { rejectNext_ = on; }
-
 private:
     struct Vfo {
         qint64 hz = 14'025'500;
@@ -100,9 +94,6 @@ private:
     int meter_ = 0;
     int watts_ = 100;
     int low_ = 0, high_ = 11, width_ = 500, shift_ = 0;
-    bool transceive_ = true;
-    bool silent_ = false;
-    bool rejectNext_ = false;
 };
 
 }  // namespace tv::sim

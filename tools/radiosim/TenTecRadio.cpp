@@ -39,9 +39,9 @@ TenTecRadio::TenTecRadio(TenTecModelSpec model) : model_(std::move(model)) {}
 
 std::optional<TenTecModelSpec> TenTecRadio::model(const QString& name) {
     static const TenTecModelSpec models[] = {
-        {QStringLiteral("ARGONAUT-V"), false, true, false, true},
-        {QStringLiteral("JUPITER"), false, false, true, false},
-        {QStringLiteral("ORION"), true, false, false, false},
+        {.name = QStringLiteral("ARGONAUT-V"), .splitCommand = true, .pttCommand = true},
+        {.name = QStringLiteral("JUPITER"), .vfoCommand = true},
+        {.name = QStringLiteral("ORION"), .orion = true},
     };
     const QString n = name.trimmed().toUpper().replace(QLatin1Char(' '), QLatin1Char('-'));
     for (const auto& m : models)

@@ -78,19 +78,20 @@ struct Rows {
 };
 
 // One VFO's data in a read, positions from the record's first byte. A number in counts is the
-// frequency in Hz times perHzNum / perHzDen.
+// frequency in Hz times perHzNum / perHzDen. A record names its columns; the first four and the mode's
+// place it must.
 struct Record {
     int8_t length;
     int8_t freqAt;
     int8_t freqBytes;
     Coding coding;
-    uint8_t perHzNum, perHzDen;
-    int8_t clarAt;  // 16-bit signed offset, high byte first, in counts of its own
-    uint8_t clarPerHzNum, clarPerHzDen;
-    Bit clarOn;
+    uint8_t perHzNum = 1, perHzDen = 1;
+    int8_t clarAt = -1;  // 16-bit signed offset, high byte first, in counts of its own
+    uint8_t clarPerHzNum = 1, clarPerHzDen = 1;
+    Bit clarOn = kNone;
     int8_t modeAt;
-    Bit variant;
-    int8_t filterAt;  // the filter codes, one per nibble, below the variant bit
+    Bit variant = kNone;
+    int8_t filterAt = -1;  // the filter codes, one per nibble, below the variant bit
 };
 
 // A read: the opcode and value parameter (-1 any) that ask for it, its length, and where the flags
@@ -99,26 +100,28 @@ struct Read {
     uint8_t op;
     int16_t param;
     int16_t length;
-    int8_t status, current, vfoA, vfoB, other;
+    int8_t status = -1, current = -1, vfoA = -1, vfoB = -1, other = -1;
 };
 
 struct Flags {
     int8_t length;
-    Bit split, dual, vfoB, onVfo;  // onVfo: working a VFO rather than a memory
+    Bit split = kNone, dual = kNone, vfoB = kNone, onVfo = kNone;  // onVfo: working a VFO rather than a memory
 };
 
+// By default: no meter at all.
 struct Meter {
-    MeterForm form;
-    uint8_t op;
-    int16_t param;  // -1 any
-    int8_t length;
-    int8_t at;
-    int16_t fullScale;
-    int16_t top;
+    MeterForm form = MeterForm::None;
+    uint8_t op = 0;
+    int16_t param = -1;  // -1 any
+    int8_t length = 0;
+    int8_t at = 0;
+    int16_t fullScale = 0;
+    int16_t top = 0;
 };
 
 }  // namespace
 
+// A row names its columns; those up to the reads it must.
 struct YaesuModel {
     const char* name;
     const char* catalogue;  // the program's catalogue spells them so
@@ -129,10 +132,10 @@ struct YaesuModel {
     Rows<ModeCode> modes;
     const Record* record;
     Rows<Read> reads;
-    const Flags* flags;   // the flags read (opcode FA), nullptr if none
-    const Flags* status;  // the status byte inside the long reads, nullptr if none
-    Meter meter;
-    int16_t vfoEeprom;  // memory address whose bit 0 tells VFO B, -1 if none
+    const Flags* flags = nullptr;   // the flags read (opcode FA), nullptr if none
+    const Flags* status = nullptr;  // the status byte inside the long reads, nullptr if none
+    Meter meter{};
+    int16_t vfoEeprom = -1;  // memory address whose bit 0 tells VFO B, -1 if none
 };
 
 namespace {
@@ -202,99 +205,131 @@ constexpr ModeCode kModes767[] = {
 };
 
 // ---- Records ----
-//                     len freq bytes coding      per Hz  clar per Hz  clar on    mode variant     filter
-constexpr Record kRecordMp{16, 1, 4, Coding::Binary, 8, 5, 5, 8, 5, {9, 0x02}, 7, {8, 0x80}, 8};  // 0.625 Hz
-constexpr Record kRecord1000D{16, 1, 3, Coding::Binary, 1, 10, 5, 1, 10, {4, 0x02}, 7, {8, 0x01}, -1};
-constexpr Record kRecord990{16, 1, 3, Coding::Binary, 1, 10, 5, 1, 1, {4, 0x02}, 7, kNone, -1};
-constexpr Record kRecord920{14, 1, 4, Coding::Binary, 1, 1, 5, 1, 1, {8, 0x02}, 7, kNone, -1};
-constexpr Record kRecord890{9, 1, 3, Coding::Binary, 1, 10, 4, 1, 10, kNone, 6, kNone, -1};
-constexpr Record kRecord100{16, 1, 4, Coding::Binary, 4, 5, -1, 1, 1, kNone, 5, kNone, -1};  // 1.25 Hz
-constexpr Record kRecord817{5, 0, 4, Coding::Bcd, 1, 10, -1, 1, 1, kNone, 4, kNone, -1};
-constexpr Record kRecord757{5, 0, 4, Coding::BcdReversed, 1, 10, -1, 1, 1, kNone, 4, kNone, -1};
-constexpr Record kRecord747{7, 0, 5, Coding::Bcd, 1, 1, -1, 1, 1, kNone, 5, kNone, -1};
-constexpr Record kRecord767{6, 0, 4, Coding::Bcd, 1, 10, -1, 1, 1, kNone, 5, kNone, -1};  // byte 4: tone
+constexpr Record kRecordMp{.length = 16, .freqAt = 1, .freqBytes = 4, .coding = Coding::Binary,
+                           .perHzNum = 8, .perHzDen = 5,  // 0.625 Hz
+                           .clarAt = 5, .clarPerHzNum = 8, .clarPerHzDen = 5, .clarOn = {9, 0x02},
+                           .modeAt = 7, .variant = {8, 0x80}, .filterAt = 8};
+constexpr Record kRecord1000D{.length = 16, .freqAt = 1, .freqBytes = 3, .coding = Coding::Binary,
+                              .perHzNum = 1, .perHzDen = 10,
+                              .clarAt = 5, .clarPerHzNum = 1, .clarPerHzDen = 10, .clarOn = {4, 0x02},
+                              .modeAt = 7, .variant = {8, 0x01}};
+constexpr Record kRecord990{.length = 16, .freqAt = 1, .freqBytes = 3, .coding = Coding::Binary,
+                            .perHzNum = 1, .perHzDen = 10,
+                            .clarAt = 5, .clarOn = {4, 0x02},
+                            .modeAt = 7};
+constexpr Record kRecord920{.length = 14, .freqAt = 1, .freqBytes = 4, .coding = Coding::Binary,
+                            .clarAt = 5, .clarOn = {8, 0x02},
+                            .modeAt = 7};
+constexpr Record kRecord890{.length = 9, .freqAt = 1, .freqBytes = 3, .coding = Coding::Binary,
+                            .perHzNum = 1, .perHzDen = 10,
+                            .clarAt = 4, .clarPerHzNum = 1, .clarPerHzDen = 10,
+                            .modeAt = 6};
+constexpr Record kRecord100{.length = 16, .freqAt = 1, .freqBytes = 4, .coding = Coding::Binary,
+                            .perHzNum = 4, .perHzDen = 5,  // 1.25 Hz
+                            .modeAt = 5};
+constexpr Record kRecord817{.length = 5, .freqAt = 0, .freqBytes = 4, .coding = Coding::Bcd,
+                            .perHzNum = 1, .perHzDen = 10, .modeAt = 4};
+constexpr Record kRecord757{.length = 5, .freqAt = 0, .freqBytes = 4, .coding = Coding::BcdReversed,
+                            .perHzNum = 1, .perHzDen = 10, .modeAt = 4};
+constexpr Record kRecord747{.length = 7, .freqAt = 0, .freqBytes = 5, .coding = Coding::Bcd, .modeAt = 5};
+// Byte 4 is the tone.
+constexpr Record kRecord767{.length = 6, .freqAt = 0, .freqBytes = 4, .coding = Coding::Bcd,
+                            .perHzNum = 1, .perHzDen = 10, .modeAt = 5};
 
 // ---- Reads ----
-//                            op  param length status current A  B  other
-constexpr Read kReadsMp[] = {{0x10, 2, 16, -1, 0, -1, -1, -1}, {0x10, 3, 32, -1, -1, 0, 16, -1}};
+constexpr Read kReadsMp[] = {{.op = 0x10, .param = 2, .length = 16, .current = 0},
+                             {.op = 0x10, .param = 3, .length = 32, .vfoA = 0, .vfoB = 16}};
 constexpr Read kReads990[] = {
-    {0x10, 1, 1, -1, -1, -1, -1, -1},  // the memory channel in use
-    {0x10, 2, 16, -1, 0, -1, -1, -1},
-    {0x10, 3, 32, -1, -1, 0, 16, -1},
+    {.op = 0x10, .param = 1, .length = 1},  // the memory channel in use
+    {.op = 0x10, .param = 2, .length = 16, .current = 0},
+    {.op = 0x10, .param = 3, .length = 32, .vfoA = 0, .vfoB = 16},
 };
-constexpr Read kReads920[] = {{0x10, 2, 28, -1, -1, 0, 14, -1}};
+constexpr Read kReads920[] = {{.op = 0x10, .param = 2, .length = 28, .vfoA = 0, .vfoB = 14}};
 // A leading byte, then the VFO in use and the other one.
-constexpr Read kReads890[] = {{0x10, 2, 19, -1, 1, -1, -1, 10}};
-constexpr Read kReads100[] = {{0x10, 0, 16, -1, 0, -1, -1, -1}};
-constexpr Read kReads817[] = {{0x03, -1, 5, -1, 0, -1, -1, -1}};
+constexpr Read kReads890[] = {{.op = 0x10, .param = 2, .length = 19, .current = 1, .other = 10}};
+constexpr Read kReads100[] = {{.op = 0x10, .param = 0, .length = 16, .current = 0}};
+constexpr Read kReads817[] = {{.op = 0x03, .param = -1, .length = 5, .current = 0}};
 // Flags, memory channel and three bytes, the shown VFO, A, B, then eleven memories.
-constexpr Read kReads757[] = {{0x10, 0, 75, 0, 5, 10, 15, -1}};
+constexpr Read kReads757[] = {{.op = 0x10, .param = 0, .length = 75, .status = 0, .current = 5, .vfoA = 10, .vfoB = 15}};
 // Flags, then seven-byte records: the shown VFO, A, B, then the memories.
-constexpr Read kReads747[] = {{0x10, 0, 345, 0, 1, 8, 15, -1}};
+constexpr Read kReads747[] = {{.op = 0x10, .param = 0, .length = 345, .status = 0, .current = 1, .vfoA = 8, .vfoB = 15}};
 // Status; the shown VFO; memory channel and clarifier; A; B; ten memories. Shorter replies are the
 // first bytes of it.
-constexpr Read kReads767[] = {{0x00, -1, 86, 0, 1, 14, 20, -1}};
+constexpr Read kReads767[] = {{.op = 0x00, .param = -1, .length = 86, .status = 0, .current = 1, .vfoA = 14, .vfoB = 20}};
 
 // ---- Flags ----
-//                       len  split      dual       VFO B       on a VFO
-constexpr Flags kFlagsMp{6, {0, 0x01}, {0, 0x02}, {0, 0x10}, {0, 0x20}};
-constexpr Flags kFlags990{5, {0, 0x01}, kNone, {0, 0x02}, kNone};
-constexpr Flags kFlags890{5, {0, 0x04}, kNone, {0, 0x40}, kNone};
-constexpr Flags kFlags100{8, {0, 0x01}, kNone, {1, 0x04}, kNone};
-constexpr Flags kStatus767{1, {0, 0x08}, kNone, {0, 0x10}, kNone};
+constexpr Flags kFlagsMp{.length = 6, .split = {0, 0x01}, .dual = {0, 0x02}, .vfoB = {0, 0x10}, .onVfo = {0, 0x20}};
+constexpr Flags kFlags990{.length = 5, .split = {0, 0x01}, .vfoB = {0, 0x02}};
+constexpr Flags kFlags890{.length = 5, .split = {0, 0x04}, .vfoB = {0, 0x40}};
+constexpr Flags kFlags100{.length = 8, .split = {0, 0x01}, .vfoB = {1, 0x04}};
+constexpr Flags kStatus767{.length = 1, .split = {0, 0x08}, .vfoB = {0, 0x10}};
 
 // ---- Meters ----
-//                      form                op   param len at full top
-constexpr Meter kMeterF7{MeterForm::Repeated, 0xF7, -1, 5, 0, 255, 0};
-constexpr Meter kMeter100{MeterForm::FromTop, 0xF7, -1, 9, 3, 120, 204};
-constexpr Meter kMeter757{MeterForm::Single, 0x10, 1, 1, 0, 15, 0};
-constexpr Meter kMeter817{MeterForm::Single, 0xE7, -1, 1, 0, 15, 0};
-constexpr Meter kMeter847{MeterForm::Single, 0xE7, -1, 1, 0, 31, 0};
-constexpr Meter kNoMeter{MeterForm::None, 0, -1, 0, 0, 0, 0};
-
-constexpr unsigned kFt817Features = Split | Ptt | StateAnswer | Lock | Clarifier | Power | Eeprom;
-constexpr unsigned kFt890Features = Split | Ptt | CopyVfo;
+constexpr Meter kMeterF7{.form = MeterForm::Repeated, .op = 0xF7, .length = 5, .fullScale = 255};
+constexpr Meter kMeter100{.form = MeterForm::FromTop, .op = 0xF7, .length = 9, .at = 3, .fullScale = 120, .top = 204};
+constexpr Meter kMeter757{.form = MeterForm::Single, .op = 0x10, .param = 1, .length = 1, .fullScale = 15};
+constexpr Meter kMeter817{.form = MeterForm::Single, .op = 0xE7, .length = 1, .fullScale = 15};
+constexpr Meter kMeter847{.form = MeterForm::Single, .op = 0xE7, .length = 1, .fullScale = 31};
 
 constexpr qint64 kHf = 30'000'000;
 
-}  // namespace
+// A model that is another's row under other names.
+constexpr YaesuModel sameAs(YaesuModel row, const char* name, const char* catalogue) {
+    row.name = name;
+    row.catalogue = catalogue;
+    return row;
+}
 
 // ---- The models ----
+constexpr YaesuModel kFT1000MP{.name = "FT-1000MP", .catalogue = "MP1000", .family = Family::Classic, .maxHz = kHf,
+                               .vfoKey = VfoKey::Swap, .features = Split | Ptt | DualWatch | CopyVfo | Filters,
+                               .modes = kModesMp, .record = &kRecordMp, .reads = kReadsMp, .flags = &kFlagsMp,
+                               .meter = kMeterF7};
+constexpr YaesuModel kFT890{.name = "FT-890", .catalogue = "FT890", .family = Family::Classic, .maxHz = kHf,
+                            .vfoKey = VfoKey::Select, .features = Split | Ptt | CopyVfo,
+                            .modes = kModes890, .record = &kRecord890, .reads = kReads890, .flags = &kFlags890,
+                            .meter = kMeterF7};
+constexpr YaesuModel kFT817{.name = "FT-817", .catalogue = "FT817", .family = Family::Modern, .maxHz = 470'000'000,
+                            .vfoKey = VfoKey::Toggle,
+                            .features = Split | Ptt | StateAnswer | Lock | Clarifier | Power | Eeprom,
+                            .modes = kModes817, .record = &kRecord817, .reads = kReads817, .meter = kMeter817,
+                            .vfoEeprom = 0x55};
+
+}  // namespace
+
 constexpr YaesuModel kModels[] = {
-    // name        catalogue    family             max Hz       VFO key          features
-    //     modes        record        reads       flags       status       meter      VFO in memory
-    {"FT-1000D", "FT1000D", Family::Classic, kHf, VfoKey::Swap, Split | Ptt | DualWatch | CopyVfo | Step,
-     kModes1000D, &kRecord1000D, kReadsMp, nullptr, nullptr, kMeterF7, -1},
-    {"FT-1000MP", "MP1000", Family::Classic, kHf, VfoKey::Swap, Split | Ptt | DualWatch | CopyVfo | Filters,
-     kModesMp, &kRecordMp, kReadsMp, &kFlagsMp, nullptr, kMeterF7, -1},
-    {"FT-1000MP-MKV", "MP1000MKV", Family::Classic, kHf, VfoKey::Swap, Split | Ptt | DualWatch | CopyVfo | Filters,
-     kModesMp, &kRecordMp, kReadsMp, &kFlagsMp, nullptr, kMeterF7, -1},
-    {"FT-990", "FT990", Family::Classic, kHf, VfoKey::Select, Split | Ptt | CopyVfo,
-     kModes990, &kRecord990, kReads990, &kFlags990, nullptr, kMeterF7, -1},
-    {"FT-920", "FT920", Family::Classic, 56'000'000, VfoKey::Swap, Split | Ptt,
-     kModes920, &kRecord920, kReads920, nullptr, nullptr, kMeterF7, -1},
-    {"FT-900", "FT900", Family::Classic, kHf, VfoKey::Select, kFt890Features,
-     kModes890, &kRecord890, kReads890, &kFlags890, nullptr, kMeterF7, -1},
-    {"FT-890", "FT890", Family::Classic, kHf, VfoKey::Select, kFt890Features,
-     kModes890, &kRecord890, kReads890, &kFlags890, nullptr, kMeterF7, -1},
-    {"FT-840", "FT840", Family::Classic, kHf, VfoKey::Select, kFt890Features,
-     kModes890, &kRecord890, kReads890, &kFlags890, nullptr, kMeterF7, -1},
-    {"FT-757", "FT757", Family::Classic, kHf, VfoKey::Select, Split,
-     kModes757, &kRecord757, kReads757, nullptr, nullptr, kMeter757, -1},
-    {"FT-747", "FT747", Family::Classic, kHf, VfoKey::Select, Split | Ptt,
-     kModes747, &kRecord747, kReads747, nullptr, nullptr, kNoMeter, -1},
-    {"FT-767", "FT767", Family::Handshake, kHf, VfoKey::Select, Split,
-     kModes767, &kRecord767, kReads767, nullptr, &kStatus767, kNoMeter, -1},
-    {"FT-100", "FT100", Family::Classic, 470'000'000, VfoKey::Select, Split | Ptt,
-     kModes100, &kRecord100, kReads100, &kFlags100, nullptr, kMeter100, -1},
-    {"FT-817", "FT817", Family::Modern, 470'000'000, VfoKey::Toggle, kFt817Features,
-     kModes817, &kRecord817, kReads817, nullptr, nullptr, kMeter817, 0x55},
-    {"FT-857", "FT857", Family::Modern, 470'000'000, VfoKey::Toggle, kFt817Features,
-     kModes817, &kRecord817, kReads817, nullptr, nullptr, kMeter817, 0x55},
-    {"FT-897", "FT897", Family::Modern, 470'000'000, VfoKey::Toggle, kFt817Features,
-     kModes817, &kRecord817, kReads817, nullptr, nullptr, kMeter817, 0x55},
-    {"FT-847", "FT847", Family::Modern, 512'000'000, VfoKey::None, Ptt | CatGate,
-     kModes847, &kRecord817, kReads817, nullptr, nullptr, kMeter847, -1},
+    {.name = "FT-1000D", .catalogue = "FT1000D", .family = Family::Classic, .maxHz = kHf, .vfoKey = VfoKey::Swap,
+     .features = Split | Ptt | DualWatch | CopyVfo | Step,
+     .modes = kModes1000D, .record = &kRecord1000D, .reads = kReadsMp, .meter = kMeterF7},
+    kFT1000MP,
+    sameAs(kFT1000MP, "FT-1000MP-MKV", "MP1000MKV"),
+    {.name = "FT-990", .catalogue = "FT990", .family = Family::Classic, .maxHz = kHf, .vfoKey = VfoKey::Select,
+     .features = Split | Ptt | CopyVfo,
+     .modes = kModes990, .record = &kRecord990, .reads = kReads990, .flags = &kFlags990, .meter = kMeterF7},
+    {.name = "FT-920", .catalogue = "FT920", .family = Family::Classic, .maxHz = 56'000'000, .vfoKey = VfoKey::Swap,
+     .features = Split | Ptt,
+     .modes = kModes920, .record = &kRecord920, .reads = kReads920, .meter = kMeterF7},
+    sameAs(kFT890, "FT-900", "FT900"),
+    kFT890,
+    sameAs(kFT890, "FT-840", "FT840"),
+    {.name = "FT-757", .catalogue = "FT757", .family = Family::Classic, .maxHz = kHf, .vfoKey = VfoKey::Select,
+     .features = Split,
+     .modes = kModes757, .record = &kRecord757, .reads = kReads757, .meter = kMeter757},
+    {.name = "FT-747", .catalogue = "FT747", .family = Family::Classic, .maxHz = kHf, .vfoKey = VfoKey::Select,
+     .features = Split | Ptt,
+     .modes = kModes747, .record = &kRecord747, .reads = kReads747},
+    {.name = "FT-767", .catalogue = "FT767", .family = Family::Handshake, .maxHz = kHf, .vfoKey = VfoKey::Select,
+     .features = Split,
+     .modes = kModes767, .record = &kRecord767, .reads = kReads767, .status = &kStatus767},
+    {.name = "FT-100", .catalogue = "FT100", .family = Family::Classic, .maxHz = 470'000'000, .vfoKey = VfoKey::Select,
+     .features = Split | Ptt,
+     .modes = kModes100, .record = &kRecord100, .reads = kReads100, .flags = &kFlags100, .meter = kMeter100},
+    kFT817,
+    sameAs(kFT817, "FT-857", "FT857"),
+    sameAs(kFT817, "FT-897", "FT897"),
+    {.name = "FT-847", .catalogue = "FT847", .family = Family::Modern, .maxHz = 512'000'000, .vfoKey = VfoKey::None,
+     .features = Ptt | CatGate,
+     .modes = kModes847, .record = &kRecord817, .reads = kReads817, .meter = kMeter847},
 };
 static_assert(std::size(kModels) == 16, "one row for each Yaesu model the controller knows");
 

@@ -1,12 +1,9 @@
 // tolvane-radiosim: a simulated radio (CI-V, Kenwood or Yaesu) on a pseudo-terminal (or on a given tty), driven
 // by the controller through the line and by a person or a test through stdin.
 
-#include "tools/radiosim/CivRadio.h"
-#include "tools/radiosim/KenwoodRadio.h"
+#include "tools/radiosim/LineRadio.h"
 #include "tools/radiosim/PegasusFolder.h"
-#include "tools/radiosim/TenTecRadio.h"
 #include "tools/radiosim/SdrConsole.h"
-#include "tools/radiosim/YaesuRadio.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -30,16 +27,21 @@
 #include <termios.h>
 #include <unistd.h>
 
+using tv::sim::CivLine;
 using tv::sim::CivModel;
 using tv::sim::CivRadio;
+using tv::sim::KenwoodLine;
 using tv::sim::KenwoodModelSpec;
 using tv::sim::KenwoodRadio;
-using tv::sim::SdrConsole;
-using tv::sim::YaesuModel;
-using tv::sim::YaesuRadio;
+using tv::sim::LineRadio;
 using tv::sim::PegasusFolder;
+using tv::sim::SdrConsole;
+using tv::sim::TenTecLine;
 using tv::sim::TenTecModelSpec;
 using tv::sim::TenTecRadio;
+using tv::sim::YaesuLine;
+using tv::sim::YaesuModel;
+using tv::sim::YaesuRadio;
 
 namespace {
 
@@ -67,108 +69,12 @@ bool makeRaw(int fd) {
     return ::tcsetattr(fd, TCSANOW, &t) == 0;
 }
 
-// What differs between the families on the line: a CI-V bus echoes every byte, a Kenwood or Yaesu line
-// doesn't (the FT-767's echo is the radio's own answer); CI-V and Yaesu are logged in hexadecimal,
-// Kenwood as the text it is; a CI-V mode carries a filter; only Yaesu knows packet as a mode.
-int echoLength(const CivRadio&, const QByteArray& in) { return int(in.size()); }
-int echoLength(const KenwoodRadio&, const QByteArray&) { return 0; }
-int echoLength(const YaesuRadio&, const QByteArray&) { return 0; }
-int echoLength(const TenTecRadio&, const QByteArray&) { return 0; }
-QString shown(const CivRadio&, const QByteArray& bytes) { return QString::fromLatin1(bytes.toHex(' ').toUpper()); }
-QString shown(const YaesuRadio&, const QByteArray& bytes) { return QString::fromLatin1(bytes.toHex(' ').toUpper()); }
-QString textShown(const QByteArray& bytes) {
-    QString text;
-    for (char c : bytes)
-        text += (c >= 0x20 && c < 0x7F) ? QString(QLatin1Char(c)) : QStringLiteral("<%1>").arg(uint8_t(c), 2, 16, QLatin1Char('0'));
-    return text;
-}
-QByteArray setMode(CivRadio& radio, int mode, const QStringList& w) {
-    return radio.setMode(mode, w.size() > 2 ? w[2].toInt() : radio.filter());
-}
-QByteArray setMode(KenwoodRadio& radio, int mode, const QStringList&) { return radio.setMode(mode); }
-QString shown(const KenwoodRadio&, const QByteArray& bytes) { return textShown(bytes); }
-// TenTec's binary frequencies and mode bytes as <xx> among the text.
-QString shown(const TenTecRadio&, const QByteArray& bytes) { return textShown(bytes); }
-QByteArray setMode(TenTecRadio& radio, int mode, const QStringList&) { return radio.setMode(mode); }
-int meterTop(const TenTecRadio&) { return 15; }
-int modeIndex(const TenTecRadio&, const QString& name) {
-    const int m = CivRadio::modeIndex(name);
-    return m == CivRadio::RTTYR || m == CivRadio::WBFM ? -1 : m;
-}
-QString modeName(const TenTecRadio& radio) {
-    return QStringLiteral("%1, VFO %2%3%4").arg(CivRadio::modeName(radio.mode()),
-                                                radio.currentVfo() ? QStringLiteral("B") : QStringLiteral("A"),
-                                                radio.split() ? QStringLiteral(", split") : QString(),
-                                                radio.dual() ? QStringLiteral(", dual") : QString());
-}
-bool yaesuCommand(TenTecRadio&, const QStringList&, bool&) { return false; }
-// The top of each family's meter, in the radio's own units.
-int meterTop(const CivRadio&) { return 255; }
-int meterTop(const KenwoodRadio& r) { return r.config().meterFullScale; }
-int meterTop(const YaesuRadio& r) { return r.meterFullScale(); }
-QByteArray setMode(YaesuRadio& radio, int mode, const QStringList&) { return radio.setMode(mode); }
-int modeIndex(const CivRadio&, const QString& name) { return CivRadio::modeIndex(name); }
-int modeIndex(const KenwoodRadio&, const QString& name) { return CivRadio::modeIndex(name); }
-int modeIndex(const YaesuRadio& radio, const QString& name) {
-    const int m = YaesuRadio::modeIndex(name);
-    return radio.knowsMode(m) ? m : -1;
-}
-QString modeName(const CivRadio& radio) { return CivRadio::modeName(radio.mode()); }
-QString modeName(const KenwoodRadio& radio) { return CivRadio::modeName(radio.mode()); }
-QString modeName(const YaesuRadio& radio) {
-    return QStringLiteral("%1, VFO %2%3").arg(YaesuRadio::modeName(radio.mode()),
-                                              radio.currentVfo() ? QStringLiteral("B") : QStringLiteral("A"),
-                                              radio.split() ? QStringLiteral(", split") : QString());
-}
-
-// Yaesu radios never report by themselves, and have no negative answer to give.
-template <class Radio>
-bool setTransceive(Radio& radio, bool on) {
-    radio.setTransceive(on);
-    return true;
-}
-bool setTransceive(YaesuRadio&, bool) { return false; }
-template <class Radio>
-bool rejectNext(Radio& radio) {
-    radio.setRejectNext(true);
-    return true;
-}
-bool rejectNext(YaesuRadio&) { return false; }
-
-// Driving lines of the Yaesu radios alone: their replies carry the VFO in use, split and clarifier.
-// Returns false for a line it doesn't know.
-bool yaesuCommand(CivRadio&, const QStringList&, bool&) { return false; }
-bool yaesuCommand(KenwoodRadio&, const QStringList&, bool&) { return false; }
-bool yaesuCommand(YaesuRadio& radio, const QStringList& w, bool& ok) {
-    const QString cmd = w[0].toLower();
-    const QString arg = w.size() > 1 ? w[1].toLower() : QString();
-    if (cmd == QLatin1String("vfo")) {
-        ok = (arg == QLatin1String("a") || arg == QLatin1String("b")) && radio.selectVfo(arg == QLatin1String("b"));
-    } else if (cmd == QLatin1String("split")) {
-        ok = arg == QLatin1String("on") || arg == QLatin1String("off");
-        if (ok) radio.setSplit(arg == QLatin1String("on"));
-    } else if (cmd == QLatin1String("filter")) {
-        // filter 2nd|3rd|sub VALUE: a filter knob, the value as the radio's command takes it.
-        const QStringList which = {QStringLiteral("2nd"), QStringLiteral("3rd"), QStringLiteral("sub")};
-        const int value = w.size() > 2 ? w[2].toInt(&ok) : -1;
-        ok = ok && radio.setFilter(int(which.indexOf(arg)), value);
-    } else if (cmd == QLatin1String("clar")) {
-        const int hz = arg.toInt(&ok);
-        if (arg == QLatin1String("off")) ok = true, radio.setClarifier(false, 0);
-        else if (ok) radio.setClarifier(true, hz);
-    } else {
-        return false;
-    }
-    return true;
-}
-
 // The line end of the simulator: reads the controller's bytes, writes the radio's, and queues what a
 // full pty buffer won't take yet.
-template <class Radio>
 class Bus : public QObject {
 public:
     // `slave` is our own hold on the pty's other end, or -1 on a device.
-    Bus(int fd, int slave, Radio& radio, QObject* parent)
+    Bus(int fd, int slave, LineRadio& radio, QObject* parent)
         : QObject(parent), fd_(fd), slave_(slave), radio_(radio) {
         setNonBlocking(fd_);
         reader_ = new QSocketNotifier(fd_, QSocketNotifier::Read, this);
@@ -182,7 +88,7 @@ public:
 
     void send(const QByteArray& bytes) {
         if (bytes.isEmpty()) return;
-        logLine(QStringLiteral("-> ") + shown(radio_, bytes));
+        logLine(QStringLiteral("-> ") + radio_.shown(bytes));
         pending_.append(bytes);
         flush();
     }
@@ -218,16 +124,16 @@ private:
             break;
         }
         if (in.isEmpty()) return;
-        logLine(QStringLiteral("<- ") + shown(radio_, in));
+        logLine(QStringLiteral("<- ") + radio_.shown(in));
         const QByteArray out = radio_.receive(in);
         // A CI-V echo is the interface's and always comes back; log only the radio's own answer.
-        const QByteArray answer = out.mid(echoLength(radio_, in));
+        const QByteArray answer = out.mid(radio_.echoLength(in));
         if (muted_) {
             if (!out.isEmpty())
-                logLine(QStringLiteral("-- ") + shown(radio_, out) + QStringLiteral(" (muted)"));
+                logLine(QStringLiteral("-- ") + radio_.shown(out) + QStringLiteral(" (muted)"));
             return;
         }
-        if (!answer.isEmpty()) logLine(QStringLiteral("-> ") + shown(radio_, answer));
+        if (!answer.isEmpty()) logLine(QStringLiteral("-> ") + radio_.shown(answer));
         pending_.append(out);
         flush();
     }
@@ -291,7 +197,7 @@ private:
     int fd_;
     int slave_;
     bool flushedSlave_ = false;
-    Radio& radio_;
+    LineRadio& radio_;
     QSocketNotifier* reader_;
     QSocketNotifier* writer_;
     QByteArray pending_;
@@ -302,6 +208,20 @@ private:
     bool paceStarted_ = false;
     qint64 paceSent_ = 0;
 };
+
+// The demo's restless operator: every `every` ms the dial turns by `step` Hz, twenty times up, then
+// twenty down; `turn` is given the signed step and how many steps have been taken. A step of 0: never.
+void turnRestlessly(QTimer& dial, QCoreApplication& app, qint64 step, int every,
+                    std::function<void(qint64 delta, int steps)> turn) {
+    if (step == 0) return;
+    QObject::connect(&dial, &QTimer::timeout, &app, [step, turn = std::move(turn), steps = 0]() mutable {
+        ++steps;
+        turn((((steps - 1) / 20) % 2 == 0 ? 1 : -1) * step, steps);
+    });
+    dial.start(every);
+}
+// Signals come and go as the dial moves: the meter rises and falls over the band, in tenths of its top.
+constexpr int kMeterShape[] = {2, 4, 6, 5, 3, 7, 9, 6, 4, 3};
 
 // SIGTERM and SIGINT end the loop through a pipe, so that the exit is a normal one.
 void quitOnSignals(QCoreApplication& app) {
@@ -460,19 +380,11 @@ int serveConsole(QCoreApplication& app, SdrConsole& console, qint64 dialStep, in
         return true;
     });
 
-    // The demo's operator turns the dial now and then.
     QTimer dial;
-    int steps = 0;
-    if (dialStep != 0) {
-        QObject::connect(&dial, &QTimer::timeout, &app, [&] {
-            ++steps;
-            const qint64 direction = ((steps - 1) / 20) % 2 == 0 ? 1 : -1;
-            tell(console.turnDial(direction * dialStep));
-            static constexpr int kMeterShape[] = {20, 40, 60, 50, 30, 70, 90, 60, 40, 30};
-            console.setMeter(kMeterShape[steps % 10]);
-        });
-        dial.start(dialEvery);
-    }
+    turnRestlessly(dial, app, dialStep, dialEvery, [&](qint64 delta, int steps) {
+        tell(console.turnDial(delta));
+        console.setMeter(kMeterShape[steps % 10] * 10);  // a percentage
+    });
     const int rc = app.exec();
     bus.unregisterService(kConsoleName);
     logLine(QStringLiteral("tolvane-radiosim: done"));
@@ -480,8 +392,7 @@ int serveConsole(QCoreApplication& app, SdrConsole& console, qint64 dialStep, in
 }
 
 // One stdin command; returns false for "quit".
-template <class Radio>
-bool runCommand(const QString& line, Radio& radio, Bus<Radio>& bus) {
+bool runCommand(const QString& line, LineRadio& radio, Bus& bus) {
     const QStringList w = line.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
     if (w.isEmpty()) return true;
     const QString cmd = w[0].toLower();
@@ -495,20 +406,20 @@ bool runCommand(const QString& line, Radio& radio, Bus<Radio>& bus) {
         const double khz = arg.toDouble(&ok);
         if (ok) bus.send(radio.setFrequency(qRound64(khz * 1000.0)));
     } else if (cmd == QLatin1String("mode")) {
-        const int m = modeIndex(radio, arg);  // all families count modes the same way
+        const int m = radio.modeIndex(arg);
         ok = m >= 0;
-        if (ok) bus.send(setMode(radio, m, w));
+        if (ok) bus.send(radio.setMode(m, w));
     } else if (cmd == QLatin1String("silent") || cmd == QLatin1String("transceive") ||
                cmd == QLatin1String("mute")) {
         ok = arg == QLatin1String("on") || arg == QLatin1String("off");
         if (ok && cmd == QLatin1String("silent")) radio.setSilent(arg == QLatin1String("on"));
         if (ok && cmd == QLatin1String("mute")) bus.setMuted(arg == QLatin1String("on"));
-        if (ok && cmd == QLatin1String("transceive") && !setTransceive(radio, arg == QLatin1String("on"))) {
+        if (ok && cmd == QLatin1String("transceive") && !radio.setTransceive(arg == QLatin1String("on"))) {
             logLine(QStringLiteral("%1: not on this radio").arg(line.trimmed()));
             return true;
         }
     } else if (cmd == QLatin1String("reject")) {
-        if (!rejectNext(radio)) {
+        if (!radio.rejectNext()) {
             logLine(QStringLiteral("%1: not on this radio").arg(line.trimmed()));
             return true;
         }
@@ -517,12 +428,12 @@ bool runCommand(const QString& line, Radio& radio, Bus<Radio>& bus) {
         const int baud = arg == QLatin1String("off") ? 0 : arg.toInt(&ok);
         ok = arg == QLatin1String("off") || (ok && baud > 0);
         if (ok) bus.setPace(baud);
-    } else if (yaesuCommand(radio, w, ok)) {
+    } else if (radio.familyCommand(w, ok)) {
         // done; `ok` tells how it went
     } else if (cmd == QLatin1String("garbage")) {
         const int n = arg.isEmpty() ? 20 : arg.toInt(&ok);
         ok = arg.isEmpty() || (ok && n >= 0 && n <= 4096);
-        if (ok) bus.send(Radio::garbage(n, QRandomGenerator::global()->generate()));
+        if (ok) bus.send(radio.garbage(n, QRandomGenerator::global()->generate()));
     } else if (cmd == QLatin1String("meter")) {
         const int v = arg.toInt(&ok);
         if (ok) radio.setMeter(v);
@@ -532,14 +443,13 @@ bool runCommand(const QString& line, Radio& radio, Bus<Radio>& bus) {
                     .arg(line.trimmed()));
         return true;
     }
-    logLine(ok ? QStringLiteral("%1: %2 Hz %3").arg(line.trimmed()).arg(radio.frequency()).arg(modeName(radio))
+    logLine(ok ? QStringLiteral("%1: %2 Hz %3").arg(line.trimmed()).arg(radio.frequency()).arg(radio.modeName())
                : QStringLiteral("bad argument: %1").arg(line.trimmed()));
     return true;
 }
 
 // The radio on its line until "quit" or a signal. `device` empty: a pseudo-terminal of our own.
-template <class Radio>
-int serve(QCoreApplication& app, Radio& radio, const QString& device, const QString& banner, qint64 dialStep,
+int serve(QCoreApplication& app, LineRadio& radio, const QString& device, const QString& banner, qint64 dialStep,
           int dialEvery, int baud) {
     auto fail = [](const QString& msg) {
         logLine(QStringLiteral("tolvane-radiosim: ") + msg);
@@ -573,28 +483,19 @@ int serve(QCoreApplication& app, Radio& radio, const QString& device, const QStr
     std::fflush(stdout);
     logLine(banner);
 
-    Bus<Radio> bus(fd, slave, radio, &app);
+    Bus bus(fd, slave, radio, &app);
     bus.setPace(baud);
 
     // Stdin: one command a line. At end of input (e.g. started with </dev/null) the radio keeps running.
     readStdinLines(app, [&](const QString& line) { return runCommand(line, radio, bus); });
 
-    // The demo's restless operator: wanders up and down the band and now and then changes mode.
+    // Now and then the restless operator changes mode too.
     QTimer dial;
-    int steps = 0;
-    if (dialStep != 0) {
-        QObject::connect(&dial, &QTimer::timeout, &app, [&] {
-            ++steps;
-            const qint64 direction = ((steps - 1) / 20) % 2 == 0 ? 1 : -1;
-            bus.send(radio.turnDial(direction * dialStep));
-            // Signals come and go as the dial moves: the meter rises and falls over the band.
-            static constexpr int kMeterShape[] = {2, 4, 6, 5, 3, 7, 9, 6, 4, 3};
-            radio.setMeter(meterTop(radio) * kMeterShape[steps % 10] / 10);
-            if (steps % 10 == 0)
-                bus.send(setMode(radio, radio.mode() == CivRadio::USB ? CivRadio::CW : CivRadio::USB, {}));
-        });
-        dial.start(dialEvery);
-    }
+    turnRestlessly(dial, app, dialStep, dialEvery, [&](qint64 delta, int steps) {
+        bus.send(radio.turnDial(delta));
+        radio.setMeter(radio.meterTop() * kMeterShape[steps % 10] / 10);
+        if (steps % 10 == 0) bus.send(radio.setMode(radio.mode() == CivRadio::USB ? CivRadio::CW : CivRadio::USB, {}));
+    });
 
     const int rc = app.exec();
     dial.stop();
@@ -644,14 +545,7 @@ int servePegasus(QCoreApplication& app, PegasusFolder& pegasus, qint64 dialStep,
     });
     watch.start(100);
     QTimer dial;
-    int steps = 0;
-    if (dialStep != 0) {
-        QObject::connect(&dial, &QTimer::timeout, &app, [&] {
-            ++steps;
-            pegasus.turnDial((((steps - 1) / 20) % 2 == 0 ? 1 : -1) * dialStep);
-        });
-        dial.start(dialEvery);
-    }
+    turnRestlessly(dial, app, dialStep, dialEvery, [&](qint64 delta, int) { pegasus.turnDial(delta); });
     const int rc = app.exec();
     logLine(QStringLiteral("tolvane-radiosim: done"));
     return rc;
@@ -805,17 +699,19 @@ int main(int argc, char** argv) {
             if (!radio.knowsMode(initialMode)) return fail(QStringLiteral("%1 has no mode %2").arg(radio.name(), parser.value(modeOpt)));
             radio.setMode(initialMode);
         }
-        QString banner = QStringLiteral("Yaesu %1, %2 Hz %3").arg(radio.name()).arg(radio.frequency()).arg(modeName(radio));
+        YaesuLine line(radio);
+        QString banner = QStringLiteral("Yaesu %1, %2 Hz %3").arg(radio.name()).arg(radio.frequency()).arg(line.modeName());
         if (baud > 0) banner += QStringLiteral(", answering at %1 baud").arg(baud);
-        return serve(app, radio, device, banner, dialStep, dialEvery, baud);
+        return serve(app, line, device, banner, dialStep, dialEvery, baud);
     }
 
     if (tenTecModel) {
         TenTecRadio radio(*tenTecModel);
         if (initialHz >= 0) radio.setFrequency(initialHz);
         if (initialMode >= 0) radio.setMode(initialMode);
-        QString banner = QStringLiteral("TenTec %1, %2 Hz %3").arg(tenTecModel->name).arg(radio.frequency()).arg(modeName(radio));
-        return serve(app, radio, device, banner, dialStep, dialEvery, baud);
+        TenTecLine line(radio);
+        QString banner = QStringLiteral("TenTec %1, %2 Hz %3").arg(tenTecModel->name).arg(radio.frequency()).arg(line.modeName());
+        return serve(app, line, device, banner, dialStep, dialEvery, baud);
     }
 
     if (kenwoodModel) {
@@ -827,7 +723,8 @@ int main(int argc, char** argv) {
                                    .arg(kenwoodModel->name, QString::fromLatin1(kenwoodModel->id))
                                    .arg(radio.frequency())
                                    .arg(CivRadio::modeName(radio.mode()));
-        return serve(app, radio, device, banner, dialStep, dialEvery, baud);
+        KenwoodLine line(radio);
+        return serve(app, line, device, banner, dialStep, dialEvery, baud);
     }
     CivRadio radio(*model);
     radio.setTransceive(!parser.isSet(noTransceiveOpt));
@@ -838,7 +735,8 @@ int main(int argc, char** argv) {
                                .arg(model->address, 2, 16, QLatin1Char('0'))
                                .arg(radio.frequency())
                                .arg(CivRadio::modeName(radio.mode()));
-    return serve(app, radio, device, banner, dialStep, dialEvery, baud);
+    CivLine line(radio);
+    return serve(app, line, device, banner, dialStep, dialEvery, baud);
 }
 
 #include "main.moc"

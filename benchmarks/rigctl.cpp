@@ -9,7 +9,7 @@
 //   build/<flavour>/benchmarks/bench_rigctl
 
 #include "netserver/Rigctl.h"
-#include "tests/support/PtyPair.h"
+#include "benchmarks/support/BenchStation.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -33,58 +33,13 @@
 namespace {
 
 // The program and the simulator, started once for all the socket benchmarks.
-struct Station {
+struct Station : tv::bench::BenchStation {
     bool start() {
-        const QString bin =
-            QDir(QCoreApplication::applicationDirPath() + QStringLiteral("/..")).absolutePath();
-        if (!tv::test::PtyPair::available() || !pty.start()) return fail("socat is needed");
-        sim.setStandardErrorFile(dir.filePath(QStringLiteral("radio.log")));
-        sim.start(bin + QStringLiteral("/tolvane-radiosim"),
-                  {QStringLiteral("--device"), pty.ends[1], QStringLiteral("--model"),
-                   QStringLiteral("IC-7300"), QStringLiteral("--freq"), QStringLiteral("14025.5"),
-                   QStringLiteral("--mode"), QStringLiteral("CW")});
-        if (!sim.waitForStarted(5000)) return fail("tolvane-radiosim did not start");
-        QFile ini(dir.filePath(QStringLiteral("Tolvane.ini")));
-        if (!ini.open(QIODevice::WriteOnly)) return fail("no settings file");
-        ini.write(QStringLiteral("[General]\nRadio=IC-7300\nRadioId=94\nCommPort=1\nCommPortDevice1=%1\n"
-                                 "InterrogateInterval=200\nMessageCapture=F\n")
-                      .arg(pty.ends[0])
-                      .toUtf8());
-        ini.close();
-        QTcpServer probe;
-        probe.listen(QHostAddress::LocalHost, 0);
-        port = probe.serverPort();
-        probe.close();
-        program.setProcessChannelMode(QProcess::MergedChannels);
-        program.start(
-            bin + QStringLiteral("/tolvane"),
-            {QStringLiteral("--headless"), QStringLiteral("--config-dir"), dir.path(),
-             QStringLiteral("--app-dir"), bin, QStringLiteral("--net-port"), QString::number(port)});
-        QByteArray out;
-        const bool up =
-            tv::test::waitFor([&] { return (out += program.readAll()).contains("Radio: mode CW"); }, 30000);
-        return up || fail("the program did not follow the radio");
+        port = freePort();
+        return BenchStation::start(QStringLiteral("14025.5"), QStringLiteral("CW"),
+                                   {QStringLiteral("--net-port"), QString::number(port)}, {"Radio: mode CW"});
     }
-    ~Station() {
-        program.terminate();
-        if (!program.waitForFinished(5000)) program.kill();
-        sim.write("quit\n");
-        if (!sim.waitForFinished(3000)) sim.kill();
-    }
-    bool fail(const char* why) {
-        error = why;
-        return false;
-    }
-    // Messages the radio has heard so far (the simulator logs each with "<- ").
-    qsizetype heard() {
-        QFile log(dir.filePath(QStringLiteral("radio.log")));
-        return log.open(QIODevice::ReadOnly) ? log.readAll().count("\n<- ") : 0;
-    }
-    QTemporaryDir dir;
-    tv::test::PtyPair pty;
-    QProcess sim, program;
     quint16 port = 0;
-    std::string error;
 };
 
 Station* station = nullptr;

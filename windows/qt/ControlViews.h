@@ -6,6 +6,7 @@
 #include "forms/Controls.h"
 #include "forms/Form.h"
 
+#include <QLayout>
 #include <QWidget>
 
 #include <map>
@@ -56,5 +57,16 @@ QStringList withMnemonics(const QStringList& captions);
 // Key codes and modifier masks of the models, from Qt's.
 int modelKeyCode(int qtKey);
 int modelShift(Qt::KeyboardModifiers m);
+
+// The layout of a frame's group box, made on first use with the windows' margins and spacing.
+template <class L>
+L* layoutOf(QWidget* frame) {
+    if (auto* l = qobject_cast<L*>(frame->layout())) return l;
+    auto* l = new L(frame);
+    l->setContentsMargins(8, 6, 8, 6);
+    l->setSpacing(4);
+    return l;
+}
+
 
 }  // namespace tv

@@ -1,6 +1,7 @@
 #include "windows/qt/NetworkViews.h"
 
 #include "forms/KavConfig.h"
+#include "windows/qt/ControlViews.h"
 
 #include <QBoxLayout>
 #include <QGridLayout>
@@ -10,19 +11,11 @@ namespace tv {
 
 namespace {
 
-QGridLayout* gridIn(QWidget* frame) {
-    if (auto* l = qobject_cast<QGridLayout*>(frame->layout())) return l;
-    auto* l = new QGridLayout(frame);
-    l->setContentsMargins(8, 6, 8, 6);
-    l->setSpacing(4);
-    return l;
-}
-
 // A frame of rows: a switch across the width, or a label and its field.
 QWidget* frameOf(Control& frame, std::initializer_list<std::pair<Control*, Control*>> rows, QWidget* page,
                  const PlaceWidget& place) {
     QWidget* f = place(frame, page);
-    auto* l = gridIn(f);
+    auto* l = layoutOf<QGridLayout>(f);
     int row = 0;
     for (const auto& [first, second] : rows) {
         if (!second) {

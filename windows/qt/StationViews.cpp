@@ -1,6 +1,7 @@
 #include "windows/qt/StationViews.h"
 
 #include "forms/KavConfig.h"
+#include "windows/qt/ControlViews.h"
 #include "forms/KavMain.h"
 
 #include <QBoxLayout>
@@ -11,22 +12,13 @@ namespace tv {
 
 namespace {
 
-template <class L>
-L* layoutIn(QWidget* frame) {
-    if (auto* l = qobject_cast<L*>(frame->layout())) return l;
-    auto* l = new L(frame);
-    l->setContentsMargins(8, 6, 8, 6);
-    l->setSpacing(4);
-    return l;
-}
-
 }  // namespace
 
 void buildDeviceFrames(KavMain& m, const PlaceWidget& place) {
     for (int d = 0; d < 3; ++d) {
         QWidget* frame = place(m.DeviceFrame[d], nullptr);
         frame->setMaximumWidth(200);
-        auto* l = layoutIn<QGridLayout>(frame);
+        auto* l = layoutOf<QGridLayout>(frame);
         Control* rows[3][2] = {{&m.DeviceLabel1[d], &m.DeviceControl1[d]},
                                {&m.DeviceLabel2[d], &m.DeviceControl2[d]},
                                {&m.DeviceLabel3[d], &m.DeviceControl3[d]}};
@@ -56,7 +48,7 @@ void buildDevicePage(KavConfig& c, int d, QWidget* page, const PlaceWidget& plac
         left->addWidget(place(*field, page), row++, 1);
     }
     QWidget* file = place(c.DeviceFileFrame[d], page);
-    auto* fl = layoutIn<QGridLayout>(file);
+    auto* fl = layoutOf<QGridLayout>(file);
     fl->addWidget(place(c.DeviceFilename[d], file), 0, 0, 1, 3);
     fl->addWidget(place(c.SelectDeviceFilenameCmd[d], file), 1, 0);
     fl->addWidget(place(c.LoadDeviceCmd[d], file), 1, 1);
@@ -75,7 +67,7 @@ void buildMultiRadioPage(KavConfig& c, QWidget* page, const PlaceWidget& place) 
     auto table = [&](Frame& frame, int firstField,
                      std::initializer_list<std::function<Control&(int)>> columns) {
         QWidget* f = place(frame, page);
-        auto* g = layoutIn<QGridLayout>(f);
+        auto* g = layoutOf<QGridLayout>(f);
         // The radios' numbers head the first table; the second lines up under it.
         if (firstField == 0)
             for (int n = 0; n < KavConfig::kMultiEntries; ++n)
@@ -108,7 +100,7 @@ void buildMultiRadioPage(KavConfig& c, QWidget* page, const PlaceWidget& place) 
     entries->addStretch(1);
     root->addLayout(entries, 2);
     QWidget* bands = place(c.Frame10, page);
-    auto* bl = layoutIn<QGridLayout>(bands);
+    auto* bl = layoutOf<QGridLayout>(bands);
     bl->addWidget(place(c.MultiAutoSelect, bands), 0, 0, 1, 2);
     for (int b = 1; b <= KavConfig::kBandRadioCombos; ++b) {
         bl->addWidget(place(c.BandRadioLabel[b], bands), b, 0);

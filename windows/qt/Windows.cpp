@@ -24,16 +24,6 @@ namespace tv {
 
 namespace {
 
-// Puts widgets into a group box's layout (the group box is the frame control's widget).
-template <class L>
-L* layoutOf(QWidget* frame) {
-    if (auto* l = qobject_cast<L*>(frame->layout())) return l;
-    auto* l = new L(frame);
-    l->setContentsMargins(8, 6, 8, 6);
-    l->setSpacing(4);
-    return l;
-}
-
 void symbol(Control& c, QWidget* w, const QString& text) {
     w->setProperty("tvEmptyText", text);
     if (c.viewChanged) c.viewChanged();

@@ -19,6 +19,7 @@ void KavConfig::describeNetworkTab() {
         QStringLiteral("needed to listen on anything but loopback: a client from another computer logs in with "
                        "rigctld's \\password command and the MD5 of this text (rigctl --password); clients on "
                        "this computer are not asked"));
+    NetServerPassword.setMasked(true);
     Describe(NetServerAllowedLabel, QStringLiteral("Allowed clients"));
     NetServerAllowedClients.setToolTip(
         QStringLiteral("the other computers that may connect: addresses or subnets (192.168.1.0/24), separated "

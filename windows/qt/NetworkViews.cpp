@@ -5,7 +5,6 @@
 
 #include <QBoxLayout>
 #include <QGridLayout>
-#include <QLineEdit>
 
 namespace tv {
 
@@ -33,9 +32,6 @@ QWidget* frameOf(Control& frame, std::initializer_list<std::pair<Control*, Contr
 
 void buildNetworkPage(KavConfig& c, QWidget* page, const PlaceWidget& place) {
     auto* root = new QVBoxLayout(page);
-    // The password is shown only while it is typed.
-    if (auto* e = qobject_cast<QLineEdit*>(place(c.NetServerPassword, page)))
-        e->setEchoMode(QLineEdit::PasswordEchoOnEdit);
     root->addWidget(frameOf(c.NetServerFrame,
                             {{&c.NetServerEnabledCheck, nullptr},
                              {&c.NetServerAddressLabel, &c.NetServerAddress},

@@ -83,11 +83,11 @@ public:
     // Bands, the frequency box and tuning.
     Bands bands{module};
     Tuning tuning{module, bands};
-    FrequencyDisplay freqDisplay{module, bands, tuning};
+    FrequencyDisplay freqDisplay{common, module.state(), module.queue(), main, bands, tuning};
     // Modes and filters, and the meter.
     ModeControl modes{module};
-    SMeter meter{module};
-    PassbandLists passbands{module, modes};
+    SMeter meter{common, module.state(), module.radio(), module.hooks, main};
+    PassbandLists passbands{common, module.state(), module.queue(), module.hooks, main, modes};
     FilterGroups filterGroups{module, modes};
     // The hundred memories, their bank pane and their notes window.
     MemoryNotes memoryNotes{loop};

@@ -1,6 +1,7 @@
 #include "operating/FrequencyDisplay.h"
 
-#include "core/KavModule.h"
+#include "core/CommandQueue.h"
+#include "core/RadioState.h"
 #include "forms/KavMain.h"
 #include "operating/Bands.h"
 #include "operating/Tuning.h"
@@ -44,21 +45,29 @@ double ParseFrequency(const QString& text, const QLocale& locale, bool* ok) {
     return *ok ? v : 0;
 }
 
-FrequencyDisplay::FrequencyDisplay(KavModule& m, Bands& bands, Tuning& tuning, QLocale locale)
-    : m_(m), bands_(bands), tuning_(tuning), locale_(std::move(locale)) {
+FrequencyDisplay::FrequencyDisplay(Common& common, RadioState& state, CommandQueue& queue, KavMain& main,
+                                   Bands& bands, Tuning& tuning, QLocale locale)
+    : common_(common),
+      state_(state),
+      queue_(queue),
+      main_(main),
+      bands_(bands),
+      tuning_(tuning),
+      locale_(std::move(locale)) {
     tuning_.useDisplay(*this);
 }
 
 void FrequencyDisplay::connect() {
-    RadioState& s = m_.state();
-    QObject::connect(&s, &RadioState::frequencyChanged, &s,
-                     [this](double) { Guard("KavModule.UpdateFreqDisplay", [this] { UpdateFreqDisplay(); }); });
+    RadioState& s = state_;
+    QObject::connect(&s, &RadioState::frequencyChanged, &s, [this](double) {
+        Guard("KavModule.UpdateFreqDisplay", [this] { UpdateFreqDisplay(); });
+    });
     // The first frequency the radio reports puts the keyboard on the box, once a run.
     QObject::connect(&s, &RadioState::frequencyFocusWanted, &s, [this] {
-        TextBox& f = m_.main().FreqDisplay;
+        TextBox& f = main_.FreqDisplay;
         if (f.visible() && f.enabled()) f.SetFocus();
     });
-    m_.main().FreqDisplay.KeyPress = [this](int& key) {
+    main_.FreqDisplay.KeyPress = [this](int& key) {
         Guard("KavMain.FreqDisplay_KeyPress", [&] { FreqDisplay_KeyPress(key); });
     };
 }
@@ -72,14 +81,15 @@ QString FrequencyDisplay::DisplayText(double kHz) const {
 }
 
 void FrequencyDisplay::UpdateFreqDisplay() {
-    const double freq = m_.state().RadioFreq;
+    const double freq = state_.RadioFreq;
     const QString text = DisplayText(freq);
-    m_.common().DebugLog(QStringLiteral("KavModule.UpdateFreqDisplay, RadioFreq = ") + QString::number(freq, 'g', 15));
-    m_.main().FreqDisplay.setText(text);
+    common_.DebugLog(QStringLiteral("KavModule.UpdateFreqDisplay, RadioFreq = ") +
+                     QString::number(freq, 'g', 15));
+    main_.FreqDisplay.setText(text);
     bands_.PlaceFrequency(freq);
     const double rounded = std::nearbyint(freq - double(bands_.RadioBand) * 1000.0);
     int offset = int(std::clamp(rounded, -32768.0, 32767.0));
-    if (m_.main().HamBandSequence.checked()) bands_.KeepBandOffsetMemory(freq);
+    if (main_.HamBandSequence.checked()) bands_.KeepBandOffsetMemory(freq);
     tuning_.SetupBandspread();
     tuning_.PositionBandspread(offset);
     if (updateDevices) updateDevices();
@@ -89,13 +99,13 @@ void FrequencyDisplay::FreqDisplay_KeyPress(int& keyAscii) {
     if (keyAscii == '\r') {
         keyAscii = 0;
         bool ok = false;
-        const double value = ParseFrequency(m_.main().FreqDisplay.text(), locale_, &ok);
+        const double value = ParseFrequency(main_.FreqDisplay.text(), locale_, &ok);
         if (!ok) {
-            m_.dialogs().messageBox(QString::fromLatin1(kBadEntryMessage), m_.common().info().title);
+            common_.dialogs().messageBox(QString::fromLatin1(kBadEntryMessage), common_.info().title);
             UpdateFreqDisplay();
             return;
         }
-        m_.queue().SetXcvrFreq(value);
+        queue_.SetXcvrFreq(value);
         return;
     }
     if ((keyAscii >= '0' && keyAscii <= '9') || keyAscii == ',' || keyAscii == '.') return;
@@ -124,8 +134,12 @@ void LeftDeleteText(TextBox& box) {
     }
 }
 
-void FrequencyDisplay::SelectAll() { SelectAllText(m_.main().FreqDisplay); }
+void FrequencyDisplay::SelectAll() {
+    SelectAllText(main_.FreqDisplay);
+}
 
-void FrequencyDisplay::LeftDelete() { LeftDeleteText(m_.main().FreqDisplay); }
+void FrequencyDisplay::LeftDelete() {
+    LeftDeleteText(main_.FreqDisplay);
+}
 
 }  // namespace tv

@@ -11,7 +11,10 @@
 namespace tv {
 
 class Bands;
-class KavModule;
+class Common;
+class RadioState;
+class CommandQueue;
+class KavMain;
 class Tuning;
 
 // A frequency by a pattern of "###,###." and the given number of decimals, in the locale's marks:
@@ -29,11 +32,12 @@ void SelectAllText(TextBox& box);
 void LeftDeleteText(TextBox& box);
 
 class FrequencyDisplay {
-public:
+  public:
     static constexpr const char* kBadEntryMessage =
         "valid characters include numeric digits, commas, and no more than one decimal point";
 
-    FrequencyDisplay(KavModule& m, Bands& bands, Tuning& tuning, QLocale locale = QLocale::system());
+    FrequencyDisplay(Common& common, RadioState& state, CommandQueue& queue, KavMain& main, Bands& bands,
+                     Tuning& tuning, QLocale locale = QLocale::system());
     FrequencyDisplay(const FrequencyDisplay&) = delete;
     FrequencyDisplay& operator=(const FrequencyDisplay&) = delete;
 
@@ -59,8 +63,11 @@ public:
     // The refusal of a typed character; the system's beep when unset.
     std::function<void()> beep;
 
-private:
-    KavModule& m_;
+  private:
+    Common& common_;
+    RadioState& state_;
+    CommandQueue& queue_;
+    KavMain& main_;
     Bands& bands_;
     Tuning& tuning_;
     QLocale locale_;

@@ -1,6 +1,8 @@
 #include "operating/PassbandLists.h"
 
-#include "core/KavModule.h"
+#include "core/CommandQueue.h"
+#include "core/Hooks.h"
+#include "core/RadioState.h"
 #include "forms/KavMain.h"
 #include "operating/ModeControl.h"
 #include "platform/EventLoop.h"
@@ -28,10 +30,12 @@ double numberOf(const QString& text) {
 }
 }  // namespace
 
-PassbandLists::PassbandLists(KavModule& m, ModeControl& modes) : m_(m), modes_(modes) {}
+PassbandLists::PassbandLists(Common& common, RadioState& state, CommandQueue& queue, UpperHooks& hooks,
+                             KavMain& main, ModeControl& modes)
+    : common_(common), state_(state), queue_(queue), hooks_(hooks), main_(main), modes_(modes) {}
 
 void PassbandLists::connect() {
-    RadioState& s = m_.state();
+    RadioState& s = state_;
     QObject::connect(&s, &RadioState::passbandModelChosen, &s, [this](const PassbandModel* model) {
         Guard("KavModule.FillKenwoodFilterLists", [&] { FillFilterLists(model); });
     });
@@ -40,8 +44,9 @@ void PassbandLists::connect() {
     });
     QObject::connect(&s, &RadioState::passbandTextReported, &s,
                      [this](int list, const QString& text) { MirrorText(list, text); });
-    QObject::connect(&s, &RadioState::passbandCodeReported, &s, [this](int list, int code) { MirrorCode(list, code); });
-    KavMain& w = m_.main();
+    QObject::connect(&s, &RadioState::passbandCodeReported, &s,
+                     [this](int list, int code) { MirrorCode(list, code); });
+    KavMain& w = main_;
     auto click = [](ComboBox& list, const char* label, std::function<void()> handler) {
         list.Click = [label, handler] { Guard(label, handler); };
     };
@@ -58,23 +63,23 @@ void PassbandLists::Reset() {
 
 void PassbandLists::FillFilterLists(const PassbandModel* model) {
     model_ = model;
-    m_.hooks.SetFilterFrameVisibility(false);
+    hooks_.SetFilterFrameVisibility(false);
     if (!model) return;
-    KavMain& w = m_.main();
+    KavMain& w = main_;
     fill(w.LowCutoffCombo, model->lowCuts);
     fill(w.HighCutoffCombo, model->highCuts);
     fill(w.ShiftCombo, model->shifts);
-    m_.hooks.SetFilterFrameVisibility(true);
+    hooks_.SetFilterFrameVisibility(true);
 }
 
 void PassbandLists::UpdateFilterSettings() {
-    const int mode = m_.state().RadioMode;
+    const int mode = state_.RadioMode;
     if (mode == LastFilterMode) return;
     LastFilterMode = mode;
     if (!model_ || mode < 0 || mode > 9) return;
     const PassbandLayout& l = model_->layouts[size_t(mode)];
     if (!l.known) return;  // WBFM, PKT: the layout stays
-    KavMain& w = m_.main();
+    KavMain& w = main_;
     for (Control* c : {static_cast<Control*>(&w.HighCutoffCombo), static_cast<Control*>(&w.HighCutLabel),
                        static_cast<Control*>(&w.LowCutoffCombo), static_cast<Control*>(&w.LowCutLabel)})
         c->setVisible(l.cuts);
@@ -92,7 +97,7 @@ void PassbandLists::mirrorText(ComboBox& list, const QString& text) {
     if (list.text() == text) return;
     modes_.FilterComboUpdating = true;
     SetCombo(list, text);
-    m_.loop().yield();
+    common_.loop().yield();
     modes_.FilterComboUpdating = false;
 }
 
@@ -107,7 +112,7 @@ void PassbandLists::mirrorCode(ComboBox& list, bool high, int code) {
             modes_.FilterComboUpdating = true;
             list.setListIndex(i);
             last = i;
-            m_.loop().yield();
+            common_.loop().yield();
             modes_.FilterComboUpdating = false;
         }
         return;
@@ -115,24 +120,33 @@ void PassbandLists::mirrorCode(ComboBox& list, bool high, int code) {
 }
 
 void PassbandLists::MirrorText(int list, const QString& text) {
-    KavMain& w = m_.main();
+    KavMain& w = main_;
     switch (list) {
-        case FilterHighCut: mirrorText(w.HighCutoffCombo, text); break;
-        case FilterLowCut: mirrorText(w.LowCutoffCombo, text); break;
-        case FilterWidth: mirrorText(w.WidthCombo, text); break;
-        case FilterShift: mirrorText(w.ShiftCombo, text); break;
-        default: break;
+        case FilterHighCut:
+            mirrorText(w.HighCutoffCombo, text);
+            break;
+        case FilterLowCut:
+            mirrorText(w.LowCutoffCombo, text);
+            break;
+        case FilterWidth:
+            mirrorText(w.WidthCombo, text);
+            break;
+        case FilterShift:
+            mirrorText(w.ShiftCombo, text);
+            break;
+        default:
+            break;
     }
 }
 
 void PassbandLists::MirrorCode(int list, int code) {
-    KavMain& w = m_.main();
+    KavMain& w = main_;
     if (list == FilterHighCut) mirrorCode(w.HighCutoffCombo, true, code);
     if (list == FilterLowCut) mirrorCode(w.LowCutoffCombo, false, code);
 }
 
 void PassbandLists::focusRule() {
-    TextBox& f = m_.main().FreqDisplay;
+    TextBox& f = main_.FreqDisplay;
     if (f.visible()) f.SetFocus();
 }
 
@@ -142,15 +156,15 @@ void PassbandLists::send(const ComboBox& list, const PassbandValueRule& rule, co
     if (rule.byCode) {
         const int i = list.listIndex();
         if (!codes || i < 0 || i >= int(codes->size())) throw TvError(kErrSubscript);
-        m_.queue().SetXcvrFilters((*codes)[size_t(i)], selector);
+        queue_.SetXcvrFilters((*codes)[size_t(i)], selector);
     } else {
-        m_.queue().SetXcvrFilters(int(std::nearbyint(numberOf(list.text()) / rule.divisor)), selector);
+        queue_.SetXcvrFilters(int(std::nearbyint(numberOf(list.text()) / rule.divisor)), selector);
     }
 }
 
 void PassbandLists::HighCutoffComboClick() {
     if (modes_.FilterComboUpdating) return;
-    const ComboBox& list = m_.main().HighCutoffCombo;
+    const ComboBox& list = main_.HighCutoffCombo;
     modes_.HighCutoffIndex = list.listIndex();
     if (model_) send(list, model_->high, &model_->highCodes, FilterHighCut);
     focusRule();
@@ -158,7 +172,7 @@ void PassbandLists::HighCutoffComboClick() {
 
 void PassbandLists::LowCutoffComboClick() {
     if (modes_.FilterComboUpdating) return;
-    const ComboBox& list = m_.main().LowCutoffCombo;
+    const ComboBox& list = main_.LowCutoffCombo;
     modes_.LowCutoffIndex = list.listIndex();
     if (model_) send(list, model_->low, &model_->lowCodes, FilterLowCut);
     focusRule();
@@ -166,14 +180,14 @@ void PassbandLists::LowCutoffComboClick() {
 
 void PassbandLists::WidthComboClick() {
     if (modes_.FilterComboUpdating) return;
-    if (model_) send(m_.main().WidthCombo, model_->width, nullptr, FilterWidth);
+    if (model_) send(main_.WidthCombo, model_->width, nullptr, FilterWidth);
     focusRule();
 }
 
 void PassbandLists::ShiftComboClick() {
     if (modes_.FilterComboUpdating) return;
     // Whatever the radio: a shift is its number.
-    send(m_.main().ShiftCombo, PassbandValueRule{}, nullptr, FilterShift);
+    send(main_.ShiftCombo, PassbandValueRule{}, nullptr, FilterShift);
     focusRule();
 }
 

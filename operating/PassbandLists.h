@@ -11,12 +11,17 @@
 namespace tv {
 
 class ComboBox;
-class KavModule;
+class Common;
+class RadioState;
+class CommandQueue;
+class KavMain;
+struct UpperHooks;
 class ModeControl;
 
 class PassbandLists {
-public:
-    PassbandLists(KavModule& m, ModeControl& modes);
+  public:
+    PassbandLists(Common& common, RadioState& state, CommandQueue& queue, UpperHooks& hooks, KavMain& main,
+                  ModeControl& modes);
     void connect();
 
     // A newly chosen radio lays its controls out afresh at its first mode report, and has no lists yet.
@@ -37,14 +42,19 @@ public:
     int LastFilterMode = 65535;
     const PassbandModel* model() const { return model_; }
 
-private:
+  private:
     void mirrorText(ComboBox& list, const QString& text);
     void mirrorCode(ComboBox& list, bool high, int code);
     // Sends the list's choice by the model's rule for it.
-    void send(const ComboBox& list, const PassbandValueRule& rule, const std::vector<int>* codes, int selector);
+    void send(const ComboBox& list, const PassbandValueRule& rule, const std::vector<int>* codes,
+              int selector);
     void focusRule();
 
-    KavModule& m_;
+    Common& common_;
+    RadioState& state_;
+    CommandQueue& queue_;
+    UpperHooks& hooks_;
+    KavMain& main_;
     ModeControl& modes_;
     const PassbandModel* model_ = nullptr;
 };

@@ -1,6 +1,8 @@
 #include "operating/SMeter.h"
 
-#include "core/KavModule.h"
+#include "core/Hooks.h"
+#include "core/RadioState.h"
+#include "core/SelectedRadio.h"
 #include "forms/KavMain.h"
 #include "platform/Dialogs.h"
 #include "services/Common.h"
@@ -31,24 +33,25 @@ constexpr ColorWord kColorWords[] = {
 };
 }  // namespace
 
-SMeter::SMeter(KavModule& m) : m_(m) {
+SMeter::SMeter(Common& common, RadioState& state, SelectedRadio& radio, UpperHooks& hooks, KavMain& main)
+    : common_(common), state_(state), radio_(radio), hooks_(hooks), main_(main) {
     SMeterColor.fill(kGreen);
 }
 
 void SMeter::connect() {
-    RadioState& s = m_.state();
+    RadioState& s = state_;
     QObject::connect(&s, &RadioState::meterReported, &s,
                      [this](double f) { Guard("KavModule.UpdateSMeter", [&] { UpdateSMeter(f); }); });
     // A radio that told its model has its own scale, or none.
     QObject::connect(&s, &RadioState::identified, &s, [this](const RadioIdentity& who) {
         if (!who.meterFile.isEmpty()) LoadSMeterData(who.meterFile);
-        KavMain& w = m_.main();
+        KavMain& w = main_;
         w.SMeterValue.setVisible(w.SMeter.visible());
         Guard("KavModule.SetSMeter", [&] { SetSMeter(QString()); });
         w.SMeterDummy.setVisible(!who.hasMeter);
     });
-    m_.hooks.LoadSMeterData = [this] { LoadSMeterData(); };
-    m_.hooks.SetSMeter = [this](const QString& t) { Guard("KavModule.SetSMeter", [&] { SetSMeter(t); }); };
+    hooks_.LoadSMeterData = [this] { LoadSMeterData(); };
+    hooks_.SetSMeter = [this](const QString& t) { Guard("KavModule.SetSMeter", [&] { SetSMeter(t); }); };
 }
 
 std::uint32_t SMeter::ParseColor(const QString& field) {
@@ -74,9 +77,9 @@ int SMeter::StepOf(double fraction) {
 
 void SMeter::LoadSMeterData() {
     QString name;
-    if (const Protocol* p = m_.radio().protocol()) name = p->SMeterFile();
+    if (const Protocol* p = radio_.protocol()) name = p->SMeterFile();
     if (name.isEmpty())
-        if (const RadioInfo* r = m_.radio().info()) name = r->comboName;
+        if (const RadioInfo* r = radio_.info()) name = r->comboName;
     LoadSMeterData(name);
 }
 
@@ -85,12 +88,12 @@ void SMeter::LoadSMeterData(const QString& filename) {
         SMeterFilename = filename;
         SMeterCount = 0;
         const QString path =
-            m_.common().info().appPath + QStringLiteral("/SMeter/") + filename + QStringLiteral(".txt");
+            common_.info().appPath + QStringLiteral("/SMeter/") + filename + QStringLiteral(".txt");
         if (filename.isEmpty() || !QFileInfo(path).isFile()) return;  // no scale: raw mode, silently
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) throw TvError(kErrPathFileAccess, path);
-        const QString title = m_.common().info().title;
-        auto box = [&](const QString& text) { m_.dialogs().messageBox(text, title); };
+        const QString title = common_.info().title;
+        auto box = [&](const QString& text) { common_.dialogs().messageBox(text, title); };
         const QString head = QStringLiteral("Error in S Meter file ") + filename;
         QTextStream in(&file);
         while (!in.atEnd()) {
@@ -123,8 +126,8 @@ void SMeter::LoadSMeterData(const QString& filename) {
             }
         }
         file.close();
-        m_.common().LogLine(QStringLiteral("KavModule.LoadSMeterData, SMeterFilename = ") + filename +
-                            QStringLiteral(", SMeterCount = ") + QString::number(SMeterCount));
+        common_.LogLine(QStringLiteral("KavModule.LoadSMeterData, SMeterFilename = ") + filename +
+                        QStringLiteral(", SMeterCount = ") + QString::number(SMeterCount));
         if (SMeterCount == 0) {
             box(QStringLiteral("S Meter file ") + filename +
                 QStringLiteral(" is empty; raw meter data will be displayed"));
@@ -143,7 +146,7 @@ void SMeter::UpdateSMeter(double fraction) {
     // A radio may report below zero ("SM-001;") or past full scale: the scale has no step for either.
     if (!std::isfinite(fraction)) return;
     fraction = std::clamp(fraction, 0.0, 1.0);
-    KavMain& w = m_.main();
+    KavMain& w = main_;
     QString label;
     if (w.SMeter.visible()) {
         PictureBox& bar = w.SMeter;
@@ -175,12 +178,12 @@ void SMeter::UpdateSMeter(double fraction) {
         lastReading_ = float(fraction);
         lastReadingText_ = QString::number(double(lastReading_), 'g', 7);
     }
-    m_.state().SetItem(QStringLiteral("RadioSMeter"), lastReadingText_);
-    m_.state().SetItem(QStringLiteral("RadioSMeterString"), label);
+    state_.SetItem(QStringLiteral("RadioSMeter"), lastReadingText_);
+    state_.SetItem(QStringLiteral("RadioSMeterString"), label);
 }
 
 void SMeter::SetSMeter(const QString& text) {
-    KavMain& w = m_.main();
+    KavMain& w = main_;
     Label& value = w.SMeterValue;
     if (text.isEmpty()) {
         value.setVisible(false);

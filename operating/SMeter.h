@@ -10,7 +10,11 @@
 
 namespace tv {
 
-class KavModule;
+class Common;
+class RadioState;
+class SelectedRadio;
+class KavMain;
+struct UpperHooks;
 
 class SMeter {
   public:
@@ -21,7 +25,7 @@ class SMeter {
     // Average width of a character of the window's font, for sizing the value label.
     static constexpr int kCharWidth = 7;
 
-    explicit SMeter(KavModule& m);
+    SMeter(Common& common, RadioState& state, SelectedRadio& radio, UpperHooks& hooks, KavMain& main);
     SMeter(const SMeter&) = delete;
     SMeter& operator=(const SMeter&) = delete;
 
@@ -48,7 +52,11 @@ class SMeter {
     QString SMeterFilename;
 
   private:
-    KavModule& m_;
+    Common& common_;
+    RadioState& state_;
+    SelectedRadio& radio_;
+    UpperHooks& hooks_;
+    KavMain& main_;
     // The last reading and its text: a steady meter is not formatted again on every reply.
     float lastReading_ = -1;
     QString lastReadingText_;

@@ -81,11 +81,11 @@ public:
     KavConfigLogic configLogic;
     KavMessagesLogic messagesLogic;
     // Bands, the frequency box and tuning.
-    Bands bands{module};
-    Tuning tuning{module, bands};
+    Bands bands{common, module.state(), module.queue(), module.hooks, module.flags, main};
+    Tuning tuning{common, module.state(), module.radio(), module.queue(), module.hooks, module.flags, main, config, bands};
     FrequencyDisplay freqDisplay{common, module.state(), module.queue(), main, bands, tuning};
     // Modes and filters, and the meter.
-    ModeControl modes{module};
+    ModeControl modes{common, module.state(), module.radio(), module.queue(), module.hooks, module.flags, main, config};
     SMeter meter{common, module.state(), module.radio(), module.hooks, main};
     PassbandLists passbands{common, module.state(), module.queue(), module.hooks, main, modes};
     FilterGroups filterGroups{module, modes};

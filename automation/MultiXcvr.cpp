@@ -63,7 +63,7 @@ void MultiXcvr::InitializeMultiXcvr() {
     Guard("KavModule.InitializeMultiXcvr", [&] {
         KavConfig& c = m_.config();
         SettingsStore& s = m_.settings();
-        FlagHold hold(m_.ControlFlags[FlagMultiXcvr]);
+        FlagHold hold(m_.flags.flags[FlagMultiXcvr]);
         for (int n = 0; n < kEntries; ++n) {
             ComboBox& model = c.MultiModel[n];
             model.Clear();
@@ -278,13 +278,13 @@ void MultiXcvr::switchTo(int index) {
     const QString model = c.MultiModel[index].text();
     if (!model.isEmpty() && model.compare(c.RadioCombo.text(), Qt::CaseInsensitive) != 0) {
         {
-            FlagHold hold(m_.ControlFlags[FlagRadioCombo]);
+            FlagHold hold(m_.flags.flags[FlagRadioCombo]);
             SetCombo(c.RadioCombo, model);
         }
         m_.UpdateRadio(!forTune_);
     } else {
         if (!model.isEmpty()) {
-            FlagHold hold(m_.ControlFlags[FlagRadioCombo]);
+            FlagHold hold(m_.flags.flags[FlagRadioCombo]);
             SetCombo(c.RadioCombo, model);
         }
         // The ticks stopped above start again, at the entry's interval.

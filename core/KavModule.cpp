@@ -162,7 +162,7 @@ void KavModule::Initialize() {
         log(QStringLiteral("start"));
         // The flags of the run.
         state_.ResetForNewRun();
-        ControlFlags.fill(false);
+        flags.flags.fill(false);
         state_.Responding = true;
         if (QFileInfo::exists(keyedMarkerPath())) {
             // The last run keyed the radio and ended without unkeying it: the bring-up unkeys it first.
@@ -240,7 +240,7 @@ void KavModule::Initialize() {
         if (!radioName.isEmpty() && SearchCombo(config_.RadioCombo, radioName) >= 0) {
             {
                 // The program chooses the entry: its click must not bring the radio up a second time.
-                FlagHold hold(ControlFlags[FlagRadioCombo]);
+                FlagHold hold(flags.flags[FlagRadioCombo]);
                 SetCombo(config_.RadioCombo, radioName);
             }
             hooks.InitializeMultiXcvr();
@@ -479,16 +479,6 @@ void KavModule::UpdateCaption() {
 void KavModule::ErrorLogExists() {
     ErrorLogFlag = true;
     UpdateCaption();
-}
-
-bool KavModule::ControlFlag(int index) const {
-    if (index < 0 || index >= kControlFlagCount) return false;
-    return ControlFlags[size_t(index)];
-}
-
-void KavModule::SetControlFlag(int index, bool value) {
-    if (index < 0 || index >= kControlFlagCount) return;
-    ControlFlags[size_t(index)] = value;
 }
 
 // ---- what the parts read of the windows ----

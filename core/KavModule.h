@@ -5,6 +5,7 @@
 // parts themselves know no window: they read the few controls they need through CoreView.
 
 #include "core/CommandQueue.h"
+#include "core/ControlFlags.h"
 #include "core/CoreView.h"
 #include "core/Hooks.h"
 #include "core/KavComm.h"
@@ -30,24 +31,6 @@ class KavMain;
 class KavMessages;
 class SettingsStore;
 class SuiteBus;
-
-// Indices of the control flags.
-enum ControlFlagIndex : int {
-    FlagRadixRestore = 0,
-    FlagInterrogation = 1,
-    FlagCaptureEnabled = 2,
-    FlagHamBandSequence = 3,
-    FlagModeSel = 4,
-    FlagFilterGroupList = 5,
-    FlagRadioCombo = 6,
-    FlagBandspread = 7,
-    FlagSplitBox = 8,
-    FlagDualBox = 9,
-    FlagXcvrSelButton = 10,
-    FlagCommPort = 11,
-    FlagMultiXcvr = 12,
-    kControlFlagCount = 13,
-};
 
 class KavModule : public CoreView {
 public:
@@ -126,9 +109,9 @@ public:
     bool ErrorLogFlag = false;
 
     // ---- guards against a control's own event ----
-    bool ControlFlag(int index) const;
-    void SetControlFlag(int index, bool value);
-    std::array<bool, kControlFlagCount> ControlFlags{};
+    bool ControlFlag(int index) const { return flags.ControlFlag(index); }
+    void SetControlFlag(int index, bool value) { flags.SetControlFlag(index, value); }
+    ControlFlagSet flags;
 
     // Settings read at start-up for the panes other parts own.
     bool MemoryNotesShown = false;

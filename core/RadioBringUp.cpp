@@ -59,7 +59,7 @@ void KavModule::UpdateRadio(bool interrogate) {
         // The family's protocol is built afresh: nothing the old radio told it survives.
         radio_.choose(index, context_);
         {
-            FlagHold hold(ControlFlags[FlagRadioCombo]);
+            FlagHold hold(flags.flags[FlagRadioCombo]);
             config_.RadioCombo.setListIndex(index);
             loop().yield();
         }

@@ -1,6 +1,9 @@
 #include "operating/Bands.h"
 
-#include "core/KavModule.h"
+#include "core/CommandQueue.h"
+#include "core/ControlFlags.h"
+#include "core/Hooks.h"
+#include "core/RadioState.h"
 #include "forms/KavMain.h"
 #include "operating/Tuning.h"
 #include "platform/SettingsStore.h"
@@ -37,20 +40,24 @@ constexpr int kFirst70cm = 20;
 constexpr std::int32_t k70cmBase = 400;  // MHz of a 70 cm row less its index
 constexpr std::int32_t kHighestMHz = 999;
 
-QString offsetKey(int index) { return QStringLiteral("BandOffsetMemory%1mhz").arg(Bands::BandMHz(index)); }
+QString offsetKey(int index) {
+    return QStringLiteral("BandOffsetMemory%1mhz").arg(Bands::BandMHz(index));
+}
 
 }  // namespace
 
-Bands::Bands(KavModule& m) : m_(m) {
+Bands::Bands(Common& common, RadioState& state, CommandQueue& queue, UpperHooks& hooks, ControlFlagSet& flags,
+             KavMain& main)
+    : common_(common), state_(state), queue_(queue), hooks_(hooks), flags_(flags), main_(main) {
     fillEdges();
     // Until the store is read, each band remembers its low edge.
     BandOffsetMemory = BandLowOffset;
 }
 
 void Bands::connect() {
-    KavMain& w = m_.main();
-    m_.hooks.InitializeBands = [this] { InitializeBands(); };
-    m_.hooks.SaveBandMemories = [this] { SaveBandMemories(); };
+    KavMain& w = main_;
+    hooks_.InitializeBands = [this] { InitializeBands(); };
+    hooks_.SaveBandMemories = [this] { SaveBandMemories(); };
     w.BandUpCmd.MouseDown = [this](int b, int s, double, double) {
         Guard("KavMain.BandUpCmd_MouseDown", [&] { BandUpCmd_MouseDown(b, s); });
     };
@@ -63,7 +70,9 @@ void Bands::connect() {
     w.BandDownCmd.MouseUp = [this](int b, int s, double, double) {
         Guard("KavMain.BandDownCmd_MouseUp", [&] { BandDownCmd_MouseUp(b, s); });
     };
-    w.HamBandSequence.Click = [this] { Guard("KavMain.HamBandSequence_Click", [this] { HamBandSequence_Click(); }); };
+    w.HamBandSequence.Click = [this] {
+        Guard("KavMain.HamBandSequence_Click", [this] { HamBandSequence_Click(); });
+    };
 }
 
 std::int32_t Bands::BandMHz(int index) {
@@ -96,13 +105,14 @@ void Bands::InitializeBands() {
     Guard("KavModule.InitializeBands", [this] {
         fillEdges();
         for (int i = 1; i <= kBandCount; ++i) {
-            const QString text = m_.settings().GetSetting(kBandsSection, offsetKey(i),
-                                                          QString::number(BandLowOffset[size_t(i)]));
+            const QString text = common_.settings().GetSetting(kBandsSection, offsetKey(i),
+                                                               QString::number(BandLowOffset[size_t(i)]));
             bool ok = false;
             const int value = text.trimmed().toInt(&ok);
             // A bad value stops the load: the bands read so far keep what was stored.
             if (!ok) throw TvError(kErrTypeMismatch, offsetKey(i) + QStringLiteral("=") + text);
-            if (value < std::numeric_limits<std::int16_t>::min() || value > std::numeric_limits<std::int16_t>::max())
+            if (value < std::numeric_limits<std::int16_t>::min() ||
+                value > std::numeric_limits<std::int16_t>::max())
                 throw TvError(kErrOverflow, offsetKey(i) + QStringLiteral("=") + text);
             BandOffsetMemory[size_t(i)] = std::int16_t(value);
         }
@@ -112,7 +122,8 @@ void Bands::InitializeBands() {
 void Bands::SaveBandMemories() {
     Guard("KavModule.SaveBandMemories", [this] {
         for (int i = 1; i <= kBandCount; ++i)
-            m_.settings().SaveSetting(kBandsSection, offsetKey(i), QString::number(BandOffsetMemory[size_t(i)]));
+            common_.settings().SaveSetting(kBandsSection, offsetKey(i),
+                                           QString::number(BandOffsetMemory[size_t(i)]));
     });
 }
 
@@ -167,12 +178,13 @@ void Bands::NormalizeBandOffset() {
 
 void Bands::PlaceFrequency(double freq) {
     // A radio's report is bounded by its own digits; anything beyond lies in no band anyway.
-    RadioBand = std::int32_t(std::trunc(std::clamp(freq, -CommandQueue::kMaxTunableKHz, CommandQueue::kMaxTunableKHz) / 1000.0));
+    RadioBand = std::int32_t(
+        std::trunc(std::clamp(freq, -CommandQueue::kMaxTunableKHz, CommandQueue::kMaxTunableKHz) / 1000.0));
     RadioBandIndex = BandIndex(RadioBand);
 }
 
 void Bands::KeepBandOffsetMemory(double freq) {
-    CheckBox& box = m_.main().HamBandSequence;
+    CheckBox& box = main_.HamBandSequence;
     // Unchecked without the flag: the box's handler stores "F", so leaving the ham bands is remembered.
     if (RadioBandIndex < 1) {
         box.setChecked(false);
@@ -188,12 +200,12 @@ void Bands::KeepBandOffsetMemory(double freq) {
 }
 
 void Bands::BandUpCmd_MouseDown(int, int shift) {
-    m_.common().DebugLog(QStringLiteral("KavMain.BandUpCmd_MouseDown"));
+    common_.DebugLog(QStringLiteral("KavMain.BandUpCmd_MouseDown"));
     bandStep(true, shift);
 }
 
 void Bands::BandDownCmd_MouseDown(int, int shift) {
-    m_.common().DebugLog(QStringLiteral("KavMain.BandDownCmd_MouseDown"));
+    common_.DebugLog(QStringLiteral("KavMain.BandDownCmd_MouseDown"));
     bandStep(false, shift);
 }
 
@@ -204,9 +216,9 @@ void Bands::bandStep(bool up, int shift) {
         tuning_->ShiftState = shift;
     }
     const int action = up ? Tuning::RepeatBandUp : Tuning::RepeatBandDown;
-    if (!m_.main().HamBandSequence.checked()) {
-        if (up ? m_.state().RadioFreq > 998999.0 : m_.state().RadioFreq <= 1000.0) return;
-        m_.queue().SetXcvrFreq(m_.state().RadioFreq + (up ? 1000.0 : -1000.0));
+    if (!main_.HamBandSequence.checked()) {
+        if (up ? state_.RadioFreq > 998999.0 : state_.RadioFreq <= 1000.0) return;
+        queue_.SetXcvrFreq(state_.RadioFreq + (up ? 1000.0 : -1000.0));
         if (tuning_) tuning_->SetAutoRepeat(action, 1000, Tuning::kFirstRepeatDelay);
         return;
     }
@@ -219,38 +231,40 @@ void Bands::hamStep(bool up) {
         NextHamBand();
     else
         PreviousHamBand();
-    m_.queue().SetXcvrFreq(double(GetRadioBand()) * 1000.0 + GetBandOffsetMemory());
+    queue_.SetXcvrFreq(double(GetRadioBand()) * 1000.0 + GetBandOffsetMemory());
 }
 
 void Bands::RepeatBandStep(bool up, double increment) {
-    if (!m_.main().HamBandSequence.checked()) {
-        m_.queue().AdjustRadioFreq(up ? increment : -increment);
+    if (!main_.HamBandSequence.checked()) {
+        queue_.AdjustRadioFreq(up ? increment : -increment);
         return;
     }
     hamStep(up);
 }
 
 void Bands::BandUpCmd_MouseUp(int, int shift) {
-    m_.common().DebugLog(QStringLiteral("KavMain.BandUpCmd_Up"));
+    common_.DebugLog(QStringLiteral("KavMain.BandUpCmd_Up"));
     if (tuning_) tuning_->TuningButton_MouseUp(shift);
 }
 
 void Bands::BandDownCmd_MouseUp(int, int shift) {
-    m_.common().DebugLog(QStringLiteral("KavMain.BandDownCmd_MouseUp"));
+    common_.DebugLog(QStringLiteral("KavMain.BandDownCmd_MouseUp"));
     if (tuning_) tuning_->TuningButton_MouseUp(shift);
 }
 
 void Bands::HamBandSequence_Click() {
-    if (m_.ControlFlag(FlagHamBandSequence)) {
+    if (flags_.ControlFlag(FlagHamBandSequence)) {
         // The program restored the box at start-up: nothing to store.
-        m_.SetControlFlag(FlagHamBandSequence, false);
+        flags_.SetControlFlag(FlagHamBandSequence, false);
         if (tuning_) tuning_->SetupBandspread();
         return;
     }
-    if (!m_.main().HamBandSequence.checked()) {
-        m_.settings().SaveSetting(kGeneralSection, QStringLiteral("HamBandSequence"), QStringLiteral("F"));
+    if (!main_.HamBandSequence.checked()) {
+        common_.settings().SaveSetting(kGeneralSection, QStringLiteral("HamBandSequence"),
+                                       QStringLiteral("F"));
     } else {
-        m_.settings().SaveSetting(kGeneralSection, QStringLiteral("HamBandSequence"), QStringLiteral("T"));
+        common_.settings().SaveSetting(kGeneralSection, QStringLiteral("HamBandSequence"),
+                                       QStringLiteral("T"));
         NormalizeBandOffset();
     }
     if (tuning_) tuning_->SetupBandspread();

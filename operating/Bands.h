@@ -10,14 +10,20 @@
 
 namespace tv {
 
-class KavModule;
+class Common;
+class RadioState;
+class CommandQueue;
+struct ControlFlagSet;
+class KavMain;
+struct UpperHooks;
 class Tuning;
 
 class Bands {
-public:
+  public:
     static constexpr int kBandCount = 49;
 
-    explicit Bands(KavModule& m);
+    Bands(Common& common, RadioState& state, CommandQueue& queue, UpperHooks& hooks, ControlFlagSet& flags,
+          KavMain& main);
     Bands(const Bands&) = delete;
     Bands& operator=(const Bands&) = delete;
 
@@ -59,12 +65,17 @@ public:
     std::array<std::int16_t, kBandCount + 1> BandHighOffset{};
     std::array<std::int16_t, kBandCount + 1> BandOffsetMemory{};
 
-private:
+  private:
     void fillEdges();
     void bandStep(bool up, int shift);
     void hamStep(bool up);
 
-    KavModule& m_;
+    Common& common_;
+    RadioState& state_;
+    CommandQueue& queue_;
+    UpperHooks& hooks_;
+    ControlFlagSet& flags_;
+    KavMain& main_;
     Tuning* tuning_ = nullptr;
 };
 

@@ -1,6 +1,10 @@
 #include "operating/ModeControl.h"
 
-#include "core/KavModule.h"
+#include "core/CommandQueue.h"
+#include "core/ControlFlags.h"
+#include "core/Hooks.h"
+#include "core/RadioState.h"
+#include "core/SelectedRadio.h"
 #include "forms/KavConfig.h"
 #include "forms/KavMain.h"
 #include "platform/EventLoop.h"
@@ -20,33 +24,44 @@ QString modeFilterKey(int mode) {
 }
 }  // namespace
 
-ModeControl::ModeControl(KavModule& m) : m_(m) {}
+ModeControl::ModeControl(Common& common, RadioState& state, SelectedRadio& radio, CommandQueue& queue,
+                         UpperHooks& hooks, ControlFlagSet& flags, KavMain& main, KavConfig& config)
+    : common_(common),
+      state_(state),
+      radio_(radio),
+      queue_(queue),
+      hooks_(hooks),
+      flags_(flags),
+      main_(main),
+      config_(config) {}
 
 void ModeControl::connect() {
-    KavMain& w = m_.main();
-    m_.hooks.InitializeFilterSettings = [this] { InitializeFilterSettings(); };
-    m_.hooks.InitializeIcomFilterSettings = [this] { InitializeIcomFilterSettings(); };
-    RadioState& s = m_.state();
+    KavMain& w = main_;
+    hooks_.InitializeFilterSettings = [this] { InitializeFilterSettings(); };
+    hooks_.InitializeIcomFilterSettings = [this] { InitializeIcomFilterSettings(); };
+    RadioState& s = state_;
     QObject::connect(&s, &RadioState::modeReported, &s, [this](int mode) {
         // Every mode reply repeats the mode: the caption is composed only when it would change.
         static constexpr QLatin1String prefix("Mode: ");
         const QString name = ModeName(mode);
-        const QString& shown = m_.main().ModeFrame.caption();
-        if (shown.size() == prefix.size() + name.size() && shown.startsWith(prefix) && shown.endsWith(name)) return;
-        m_.main().ModeFrame.setCaption(prefix + name);
+        const QString& shown = main_.ModeFrame.caption();
+        if (shown.size() == prefix.size() + name.size() && shown.startsWith(prefix) && shown.endsWith(name))
+            return;
+        main_.ModeFrame.setCaption(prefix + name);
     });
     QObject::connect(&s, &RadioState::modeChanged, &s, [this](int mode) {
         // The option's click handler sees the flag and doesn't send the report back to the radio.
-        m_.SetControlFlag(FlagModeSel, true);
-        m_.main().ModeSel[mode].setValue(true);
-        m_.loop().yield();
-        m_.SetControlFlag(FlagModeSel, false);
+        flags_.SetControlFlag(FlagModeSel, true);
+        main_.ModeSel[mode].setValue(true);
+        common_.loop().yield();
+        flags_.SetControlFlag(FlagModeSel, false);
     });
-    QObject::connect(&s, &RadioState::filterGroupReported, &s, [this](int group) { UpdateIcomXcvrFilter(group); });
+    QObject::connect(&s, &RadioState::filterGroupReported, &s,
+                     [this](int group) { UpdateIcomXcvrFilter(group); });
     QObject::connect(&s, &RadioState::identified, &s, [this](const RadioIdentity& who) {
         if (!who.reverseModes) return;
-        m_.main().ModeSel[ModeCWR].setVisible(true);
-        m_.main().ModeSel[ModeRTTYR].setVisible(true);
+        main_.ModeSel[ModeCWR].setVisible(true);
+        main_.ModeSel[ModeRTTYR].setVisible(true);
     });
     for (int i = w.ModeSel.lbound(); i <= w.ModeSel.ubound(); ++i) {
         w.ModeSel[i].Click = [this, i] { Guard("KavMain.ModeSel_Click", [&] { ModeSel_Click(i); }); };
@@ -61,7 +76,7 @@ void ModeControl::connect() {
     click(w.MainFilter1Combo, "KavMain.MainFilter1Combo_Click", &ModeControl::MainFilter1Click);
     click(w.MainFilter2Combo, "KavMain.MainFilter2Combo_Click", &ModeControl::MainFilter2Click);
     click(w.SubFilterCombo, "KavMain.SubFilterCombo_Click", &ModeControl::SubFilterClick);
-    m_.config().ModeFiltersEnabledCheck.Click = [this] {
+    config_.ModeFiltersEnabledCheck.Click = [this] {
         Guard("KavConfig.ModeFiltersEnabledCheck_Click", [this] { UpdateCurrentModeCaptions(); });
     };
 }
@@ -73,55 +88,55 @@ QString ModeControl::FilterGroupModeName(int mode) {
 }
 
 void ModeControl::focusRule() {
-    TextBox& f = m_.main().FreqDisplay;
+    TextBox& f = main_.FreqDisplay;
     if (f.visible()) f.SetFocus();
 }
 
 bool ModeControl::groupsShown() const {
-    const RadioInfo* r = m_.radio().info();
-    return r && r->filterGroups && m_.config().ModeFiltersEnabledCheck.checked();
+    const RadioInfo* r = radio_.info();
+    return r && r->filterGroups && config_.ModeFiltersEnabledCheck.checked();
 }
 
 QString ModeControl::captionOf(int mode) const {
     if (!groupsShown()) return ModeName(mode);
-    return ModeName(mode) + QStringLiteral(" (") + m_.state().ModeFilters[size_t(mode)] + QStringLiteral(")");
+    return ModeName(mode) + QStringLiteral(" (") + state_.ModeFilters[size_t(mode)] + QStringLiteral(")");
 }
 
 void ModeControl::UpdateCurrentModeCaptions() {
-    KavMain& w = m_.main();
+    KavMain& w = main_;
     w.ModeFrame.setCaption(groupsShown() ? QStringLiteral("Mode (Filter Group)") : QStringLiteral("Mode"));
     for (int i = 0; i <= 9; ++i) w.ModeSel[i].setCaption(captionOf(i));
 }
 
 void ModeControl::UpdateModeCaption(int mode) {
     if (mode < 0 || mode > 9) return;
-    m_.main().ModeSel[mode].setCaption(captionOf(mode));
+    main_.ModeSel[mode].setCaption(captionOf(mode));
 }
 
 void ModeControl::UpdateModeFilters() {
     for (int i = 0; i <= 9; ++i)
-        if (SearchCombo(m_.main().FilterGroupCombo, m_.state().ModeFilters[size_t(i)]) == -1)
-            m_.state().ModeFilters[size_t(i)].clear();
+        if (SearchCombo(main_.FilterGroupCombo, state_.ModeFilters[size_t(i)]) == -1)
+            state_.ModeFilters[size_t(i)].clear();
     UpdateCurrentModeCaptions();
 }
 
 void ModeControl::UpdateYaesuXcvrFilter(const QString& groupName) {
-    const int mode = m_.state().RadioMode;
+    const int mode = state_.RadioMode;
     if (mode < 0 || mode >= ModeUnknown) return;
-    m_.settings().SaveSetting(kGeneralSection, modeFilterKey(mode), groupName);
-    m_.state().ModeFilters[size_t(mode)] = groupName;
+    common_.settings().SaveSetting(kGeneralSection, modeFilterKey(mode), groupName);
+    state_.ModeFilters[size_t(mode)] = groupName;
     UpdateModeCaption(mode);
-    ComboBox& list = m_.main().FilterGroupCombo;
-    m_.SetControlFlag(FlagFilterGroupList, true);
+    ComboBox& list = main_.FilterGroupCombo;
+    flags_.SetControlFlag(FlagFilterGroupList, true);
     if (!SetCombo(list, groupName) && !SetCombo(list, QString())) list.setListIndex(-1);
-    m_.loop().yield();
-    m_.SetControlFlag(FlagFilterGroupList, false);
+    common_.loop().yield();
+    flags_.SetControlFlag(FlagFilterGroupList, false);
 }
 
 void ModeControl::InitializeFilterSettings() {
-    KavMain& w = m_.main();
+    KavMain& w = main_;
     // Every mode starts on its Wide group.
-    for (int i = 0; i <= 9; ++i) m_.state().ModeFilters[size_t(i)] = QStringLiteral("Wide");
+    for (int i = 0; i <= 9; ++i) state_.ModeFilters[size_t(i)] = QStringLiteral("Wide");
     // The memories' filter lists follow.
     if (ClearMemoryFilterLists) ClearMemoryFilterLists();
     // Hide the filter lists and labels.
@@ -134,7 +149,7 @@ void ModeControl::InitializeFilterSettings() {
                        static_cast<Control*>(&w.ShiftCombo), static_cast<Control*>(&w.ShiftLabel)})
         c->setVisible(false);
     // Hide the filter frame; the groups go back to their defaults.
-    m_.hooks.SetFilterFrameVisibility(false);
+    hooks_.SetFilterFrameVisibility(false);
     if (ResetFilterGroups) ResetFilterGroups();
     // Empty the filter lists.
     w.MainFilter1Combo.Clear();
@@ -150,32 +165,32 @@ void ModeControl::ResetModeTables() {
 
 void ModeControl::ModeSel_Click(int index) {
     // Consuming: the report that checked this option must not go back to the radio.
-    if (m_.ControlFlag(FlagModeSel)) {
-        m_.SetControlFlag(FlagModeSel, false);
+    if (flags_.ControlFlag(FlagModeSel)) {
+        flags_.SetControlFlag(FlagModeSel, false);
         return;
     }
-    m_.queue().SetXcvrMode(index);
+    queue_.SetXcvrMode(index);
     focusRule();
 }
 
 void ModeControl::ModeSel_GotFocus(int index) {
     // Only the checked option gives the focus back; arrow keys between options must still work.
-    if (m_.main().ModeSel[index].value()) focusRule();
+    if (main_.ModeSel[index].value()) focusRule();
 }
 
 void ModeControl::FilterGroupCombo_Click() {
-    if (m_.ControlFlag(FlagFilterGroupList)) return;
+    if (flags_.ControlFlag(FlagFilterGroupList)) return;
     FilterGroupClick();
     focusRule();
 }
 
 void ModeControl::FilterGroupClick() {
-    if (FilterComboUpdating || m_.radio().RadioIndex < 0) return;
-    if (m_.radio().traits().filterGroupsInModeCommands) {
-        m_.queue().SetXcvrFilterGroup(IcomFilterGroupIndex(m_.main().FilterGroupCombo.text()));
+    if (FilterComboUpdating || radio_.RadioIndex < 0) return;
+    if (radio_.traits().filterGroupsInModeCommands) {
+        queue_.SetXcvrFilterGroup(IcomFilterGroupIndex(main_.FilterGroupCombo.text()));
     } else {
         if (!ApplyFilterGroup || !(HasGroupTable && HasGroupTable())) return;
-        const QString selection = m_.main().FilterGroupCombo.text();
+        const QString selection = main_.FilterGroupCombo.text();
         if (selection.isEmpty()) return;
         {
             FlagHold hold(FilterComboUpdating);
@@ -191,71 +206,72 @@ void ModeControl::filterListClick(ComboBox& list, int& lastIndex, int kind) {
     const int index = list.listIndex();
     if (index != lastIndex) {
         lastIndex = index;
-        if (FilterCode) m_.queue().SetXcvrFilters(FilterCode(kind, index), kind);
+        if (FilterCode) queue_.SetXcvrFilters(FilterCode(kind, index), kind);
         if (MatchFilterGroup) MatchFilterGroup();
     }
     focusRule();
 }
 
 void ModeControl::MainFilter1Click() {
-    filterListClick(m_.main().MainFilter1Combo, MainFilter1Index, 0);
+    filterListClick(main_.MainFilter1Combo, MainFilter1Index, 0);
 }
 void ModeControl::MainFilter2Click() {
-    filterListClick(m_.main().MainFilter2Combo, MainFilter2Index, 1);
+    filterListClick(main_.MainFilter2Combo, MainFilter2Index, 1);
 }
 void ModeControl::SubFilterClick() {
-    filterListClick(m_.main().SubFilterCombo, SubFilterIndex, 2);
+    filterListClick(main_.SubFilterCombo, SubFilterIndex, 2);
 }
 
 void ModeControl::UpdateIcomXcvrFilter(int index) {
-    const int mode = m_.state().RadioMode;
+    const int mode = state_.RadioMode;
     if (!(index > 0 && index < 4) || mode < 0 || mode >= 10) return;
     const QString name = FilterGroupName(index);
     // Each mode reply repeats the group: when the state, the store and the list already hold it,
     // there is nothing to save, show or let through.
-    ComboBox& shown = m_.main().FilterGroupCombo;
-    if (m_.state().RadioFilterGroup == index && m_.state().ModeFilters[size_t(mode)] == name &&
+    ComboBox& shown = main_.FilterGroupCombo;
+    if (state_.RadioFilterGroup == index && state_.ModeFilters[size_t(mode)] == name &&
         (shown.text() == name || (SearchCombo(shown, name) == -1 && shown.listIndex() == -1)))
         return;
-    m_.state().RadioFilterGroup = index;
-    m_.settings().SaveSetting(kGeneralSection, modeFilterKey(mode), name);
-    m_.state().ModeFilters[size_t(mode)] = name;
+    state_.RadioFilterGroup = index;
+    common_.settings().SaveSetting(kGeneralSection, modeFilterKey(mode), name);
+    state_.ModeFilters[size_t(mode)] = name;
     UpdateModeCaption(mode);
-    ComboBox& list = m_.main().FilterGroupCombo;
-    m_.SetControlFlag(FlagFilterGroupList, true);
+    ComboBox& list = main_.FilterGroupCombo;
+    flags_.SetControlFlag(FlagFilterGroupList, true);
     if (!SetCombo(list, name)) list.setListIndex(-1);
-    m_.loop().yield();
-    m_.SetControlFlag(FlagFilterGroupList, false);
+    common_.loop().yield();
+    flags_.SetControlFlag(FlagFilterGroupList, false);
 }
 
 void ModeControl::InitializeIcomFilterSettings() {
-    const RadioInfo* r = m_.radio().info();
+    const RadioInfo* r = radio_.info();
     if (!r) return;
-    ComboBox& list = m_.main().FilterGroupCombo;
+    ComboBox& list = main_.FilterGroupCombo;
     if (r->filterGroups) {
         list.Clear();
         list.AddItem(QStringLiteral("Wide"));
         list.AddItem(QStringLiteral("Narrow"));
         if (r->filter0) list.AddItem(QStringLiteral("Normal"));
         list.setVisible(true);
-        m_.main().FilterGroupLabel.setVisible(true);
+        main_.FilterGroupLabel.setVisible(true);
         // The list lives in the filter frame, which the clean slate of a new radio hid.
-        m_.hooks.SetFilterFrameVisibility(true);
-        const QString restore =
-            m_.settings().GetSetting(kGeneralSection, QStringLiteral("RestoreModeFilter"), QStringLiteral("1"));
-        m_.config().ModeFiltersEnabledCheck.setChecked(restore.trimmed() == QLatin1String("1"));
+        hooks_.SetFilterFrameVisibility(true);
+        const QString restore = common_.settings().GetSetting(
+            kGeneralSection, QStringLiteral("RestoreModeFilter"), QStringLiteral("1"));
+        config_.ModeFiltersEnabledCheck.setChecked(restore.trimmed() == QLatin1String("1"));
     }
     for (int mode = 0; mode < 10; ++mode) {
         int group = 1;
         if (r->filterGroups) {
             const QString key = modeFilterKey(mode);
-            group = IcomFilterGroupIndex(m_.settings().GetSetting(kGeneralSection, key, QStringLiteral("Wide")));
+            group = IcomFilterGroupIndex(
+                common_.settings().GetSetting(kGeneralSection, key, QStringLiteral("Wide")));
             // The stored name is put right as it was meant ("normal" becomes "Normal") before the radio
             // decides what it can do with it: "Normal" exists only with the third filter position.
-            m_.settings().SaveSetting(kGeneralSection, key, FilterGroupName(group));
+            common_.settings().SaveSetting(kGeneralSection, key, FilterGroupName(group));
             if (group == 0 || (group == 3 && !r->filter0)) group = 1;
         }
-        m_.state().ModeFilters[size_t(mode)] = FilterGroupName(group);
+        state_.ModeFilters[size_t(mode)] = FilterGroupName(group);
     }
     QStringList names = {QStringLiteral("Wide"), QStringLiteral("Narrow")};
     if (r->filter0) names << QStringLiteral("Normal");

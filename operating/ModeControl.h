@@ -12,12 +12,20 @@
 
 namespace tv {
 
-class KavModule;
+class Common;
+class RadioState;
+class SelectedRadio;
+class CommandQueue;
+struct ControlFlagSet;
+class KavMain;
+class KavConfig;
+struct UpperHooks;
 class ComboBox;
 
 class ModeControl {
   public:
-    explicit ModeControl(KavModule& m);
+    ModeControl(Common& common, RadioState& state, SelectedRadio& radio, CommandQueue& queue,
+                UpperHooks& hooks, ControlFlagSet& flags, KavMain& main, KavConfig& config);
     ModeControl(const ModeControl&) = delete;
     ModeControl& operator=(const ModeControl&) = delete;
 
@@ -78,7 +86,14 @@ class ModeControl {
     bool groupsShown() const;
     void filterListClick(ComboBox& list, int& lastIndex, int kind);
 
-    KavModule& m_;
+    Common& common_;
+    RadioState& state_;
+    SelectedRadio& radio_;
+    CommandQueue& queue_;
+    UpperHooks& hooks_;
+    ControlFlagSet& flags_;
+    KavMain& main_;
+    KavConfig& config_;
 };
 
 }  // namespace tv

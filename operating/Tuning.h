@@ -13,16 +13,31 @@ namespace tv {
 
 class Bands;
 class FrequencyDisplay;
-class KavModule;
+class Common;
+class RadioState;
+class SelectedRadio;
+class CommandQueue;
+struct ControlFlagSet;
+class KavMain;
+class KavConfig;
+struct UpperHooks;
 
 class Tuning {
-public:
+  public:
     // Auto-repeat actions.
-    enum Action : int { RepeatUp = 1, RepeatDown = 2, RepeatBandUp = 3, RepeatBandDown = 4, PageUp = 5, PageDown = 6 };
+    enum Action : int {
+        RepeatUp = 1,
+        RepeatDown = 2,
+        RepeatBandUp = 3,
+        RepeatBandDown = 4,
+        PageUp = 5,
+        PageDown = 6
+    };
     static constexpr int kFirstRepeatDelay = 500;  // ms before a held button starts repeating
     static constexpr int kAltKey = 18;
 
-    Tuning(KavModule& m, Bands& bands);
+    Tuning(Common& common, RadioState& state, SelectedRadio& radio, CommandQueue& queue, UpperHooks& hooks,
+           ControlFlagSet& flags, KavMain& main, KavConfig& config, Bands& bands);
     Tuning(const Tuning&) = delete;
     Tuning& operator=(const Tuning&) = delete;
 
@@ -84,7 +99,7 @@ public:
     std::function<void()> DoRcv, DoXmit;
     std::function<void(int)> EditSequence;
 
-private:
+  private:
     void hzStep(bool up, int shift);
     void bandspreadStep(bool up, int shift);
     void repeatFineStep(bool up);
@@ -93,7 +108,14 @@ private:
     void showPreview(double freq, const char* logLabel);
     bool stepsWithOwnCommand() const;
 
-    KavModule& m_;
+    Common& common_;
+    RadioState& state_;
+    SelectedRadio& radio_;
+    CommandQueue& queue_;
+    UpperHooks& hooks_;
+    ControlFlagSet& flags_;
+    KavMain& main_;
+    KavConfig& config_;
     Bands& bands_;
     FrequencyDisplay* display_ = nullptr;
 };

@@ -77,7 +77,7 @@ QString TestStation::stored(const QString& section, const QString& key, const QS
 void TestStation::selectRadio(const QString& name) {
     auto& combo = program->config.RadioCombo;
     {
-        FlagHold hold(program->module.ControlFlags[FlagRadioCombo]);
+        FlagHold hold(program->module.flags.flags[FlagRadioCombo]);
         SetCombo(combo, name);
     }
     program->module.UpdateRadio(true);

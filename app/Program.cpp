@@ -57,7 +57,7 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
       mainLogic(module, comm),
       configLogic(module, comm),
       messagesLogic(module),
-      sequences(module, sequenceEditor),
+      sequences(common, module.queue(), module.hooks, main, config, sequenceEditor),
       ownSuiteBus(bus ? nullptr : std::make_unique<FakeSuiteBus>()),
       suiteBus(bus ? *bus : *ownSuiteBus),
       suiteLink(module, suiteBus),

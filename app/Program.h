@@ -94,7 +94,7 @@ public:
     Memories memories{module, freqDisplay, modes, memoryNotes};
     UserSequences sequences;
     // The station around the radio: frequency-driven devices, and three transceivers to switch among.
-    Devices devices{module};
+    Devices devices{common, module.state(), module.hooks, main, config};
     MultiXcvr multiXcvr{module};
     std::unique_ptr<SuiteBus> ownSuiteBus;  // set only when no bus was given
     SuiteBus& suiteBus;

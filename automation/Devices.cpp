@@ -1,7 +1,8 @@
 #include "automation/Devices.h"
 
 #include "automation/DeviceFile.h"
-#include "core/KavModule.h"
+#include "core/Hooks.h"
+#include "core/RadioState.h"
 #include "forms/KavConfig.h"
 #include "forms/KavMain.h"
 #include "operating/FrequencyDisplay.h"
@@ -42,18 +43,19 @@ QChar decimalSeparator() {
 
 }  // namespace
 
-Devices::Devices(KavModule& module) : m_(module) {}
+Devices::Devices(Common& common, RadioState& state, UpperHooks& hooks, KavMain& main, KavConfig& config)
+    : common_(common), state_(state), hooks_(hooks), main_(main), config_(config) {}
 
 void Devices::connect(FrequencyDisplay& display) {
-    UpperHooks& h = m_.hooks;
+    UpperHooks& h = hooks_;
     h.InitializeDeviceGrids = [this] { InitializeDeviceGrids(); };
     h.LoadDevices = [this] { LoadDevices(); };
     h.SaveDevices = [this] { SaveDevices(); };
     // Last of the frequency display's steps, after the band and the bandspread.
     display.updateDevices = [this] { UpdateDevices(); };
 
-    KavConfig& c = m_.config();
-    KavMain& w = m_.main();
+    KavConfig& c = config_;
+    KavMain& w = main_;
     auto handler = [](const char* label, auto body) { return [label, body] { Guard(label, body); }; };
     for (int d = 0; d < kDevices; ++d) {
         c.DeviceEnabled[d].Click =
@@ -76,9 +78,9 @@ void Devices::connect(FrequencyDisplay& display) {
         g.BeforeColUpdate = [this, d](int col, const QString&, int& cancel) {
             Guard("KavConfig.DeviceGrid_BeforeColUpddate", [&] {
                 if (col != 0) return;
-                const QString text = m_.config().DeviceGrid[d].editText();
+                const QString text = config_.DeviceGrid[d].editText();
                 if (text.isEmpty() || !IsReal(text, decimalSeparator())) {
-                    m_.dialogs().messageBox(QStringLiteral("invalid frequency"), m_.common().info().title);
+                    common_.dialogs().messageBox(QStringLiteral("invalid frequency"), common_.info().title);
                     cancel = 1;
                 }
             });
@@ -101,17 +103,17 @@ void Devices::connect(FrequencyDisplay& display) {
         c.SelectDeviceFilenameCmd[d].Click =
             handler("KavConfig.LoadDeviceFilenameCmd_Click", [this, d] { selectFilename(d); });
         c.LoadDeviceCmd[d].Click = handler("KavConfig.LoadDeviceCmd_Click", [this, d] {
-            LoadDeviceFreqData(m_.config().DeviceFilename[d].text(), d);
+            LoadDeviceFreqData(config_.DeviceFilename[d].text(), d);
         });
         c.SaveDeviceCmd[d].Click = handler("KavConfig.LoadDeviceFilenameCmd_Click", [this, d] { saveAs(d); });
         c.ConfigDeviceHelpCmd[d].Click = handler("KavConfig.ConfigDeviceHelpCmd_Click", [this] {
-            m_.common().InvokeHelp(QStringLiteral("Devices.htm"));
+            common_.InvokeHelp(QStringLiteral("Devices.htm"));
         });
         // The result boxes take no typing; the keys of the window still act, and the keyboard goes back
         // to the frequency box.
         for (TextBox* box : {&w.DeviceControl1[d], &w.DeviceControl2[d], &w.DeviceControl3[d]})
             box->KeyDown = [this](int&, int) {
-                TextBox& f = m_.main().FreqDisplay;
+                TextBox& f = main_.FreqDisplay;
                 if (f.visible()) f.SetFocus();
             };
     }
@@ -122,7 +124,7 @@ void Devices::connect(FrequencyDisplay& display) {
 void Devices::InitializeDeviceGrids() {
     Guard("KavModule.InitializeDeviceGrids", [&] {
         for (int d = 0; d < kDevices; ++d) {
-            m_.config().DeviceGrid[d].setRows({});
+            config_.DeviceGrid[d].setRows({});
             DeviceDepth[size_t(d)] = 0;
             for (const DefaultBand& b : kDefaultBands) AddDeviceBand(d, b.start, b.end, b.step);
         }
@@ -130,7 +132,7 @@ void Devices::InitializeDeviceGrids() {
 }
 
 void Devices::AddDeviceBand(int device, double start, double end, double step) {
-    Grid& g = m_.config().DeviceGrid[device];
+    Grid& g = config_.DeviceGrid[device];
     std::vector<GridRow> rows = g.rows();
     for (double f = start; f <= end && step > 0; f += step) {
         GridRow r = g.blankRow();
@@ -143,22 +145,22 @@ void Devices::AddDeviceBand(int device, double start, double end, double step) {
 
 void Devices::LoadDevices() {
     Guard("KavModule.LoadDevices", [&] {
-        KavConfig& c = m_.config();
+        KavConfig& c = config_;
         for (int d = 0; d < kDevices; ++d) {
             LoadDeviceData(d);
             if (c.DeviceEnabled[d].checked() && !c.DeviceFilename[d].text().isEmpty())
                 LoadDeviceFreqData(c.DeviceFilename[d].text(), d);
         }
         // The third device's frame takes the PTT frame's place.
-        m_.main().PTTFrame.setVisible(!c.DeviceEnabled[2].checked() && !memoryBanksShown());
+        main_.PTTFrame.setVisible(!c.DeviceEnabled[2].checked() && !memoryBanksShown());
     });
     ready_ = true;
 }
 
 void Devices::LoadDeviceData(int d) {
     Guard("KavModule.LoadDeviceData", [&] {
-        KavConfig& c = m_.config();
-        SettingsStore& s = m_.settings();
+        KavConfig& c = config_;
+        SettingsStore& s = common_.settings();
         auto get = [&](const char* key, const QString& def) {
             return s.GetSetting(kDevicesSection, QString::fromLatin1(key) + QString::number(d), def);
         };
@@ -184,8 +186,8 @@ void Devices::SaveDevices() {
 
 void Devices::SaveDeviceData(int d) {
     Guard("KavModule.SaveDeviceData", [&] {
-        KavConfig& c = m_.config();
-        SettingsStore& s = m_.settings();
+        KavConfig& c = config_;
+        SettingsStore& s = common_.settings();
         auto put = [&](const char* key, const QString& value) {
             s.SaveSetting(kDevicesSection, QString::fromLatin1(key) + QString::number(d), value);
         };
@@ -203,15 +205,15 @@ void Devices::SaveDeviceData(int d) {
 // ---- the tables ----
 
 void Devices::disable(int device, const QString& why) {
-    m_.config().DeviceEnabled[device].setChecked(false);
-    m_.dialogs().messageBox(QStringLiteral("disabling device ") + QString::number(device) + why,
-                            m_.common().info().title);
+    config_.DeviceEnabled[device].setChecked(false);
+    common_.dialogs().messageBox(QStringLiteral("disabling device ") + QString::number(device) + why,
+                                 common_.info().title);
 }
 
 void Devices::LoadDeviceFreqData(const QString& filename, int device) {
     Guard("KavModule.LoadDeviceFreqData", [&] {
-        KavConfig& c = m_.config();
-        Common& common = m_.common();
+        KavConfig& c = config_;
+        Common& common = common_;
         // Empty the device's table and its grid.
         DeviceDepth[size_t(device)] = 0;
         c.DeviceGrid[device].setRows({});
@@ -245,7 +247,7 @@ void Devices::LoadDeviceFreqData(const QString& filename, int device) {
             }
             c.DeviceGrid[device].setRows(file.rows);
             DeviceDepth[size_t(device)] = int(file.rows.size());
-            if (!file.message.isEmpty()) m_.dialogs().messageBox(file.message, common.info().title);
+            if (!file.message.isEmpty()) common_.dialogs().messageBox(file.message, common.info().title);
         }
         // Sort the table; an enabled device follows the radio at once.
         SortDeviceArray(device);
@@ -255,7 +257,7 @@ void Devices::LoadDeviceFreqData(const QString& filename, int device) {
 
 void Devices::SaveDeviceFreqData(const QString& filename, int device) {
     Guard("KavModule.SaveDeviceFreqData", [&] {
-        KavConfig& c = m_.config();
+        KavConfig& c = config_;
         const QStringList names = {c.DeviceControl1[device].text(), c.DeviceControl2[device].text(),
                                    c.DeviceControl3[device].text()};
         std::vector<GridRow> rows = c.DeviceGrid[device].rows();
@@ -271,7 +273,7 @@ void Devices::SaveDeviceFreqData(const QString& filename, int device) {
 
 void Devices::SortDeviceArray(int device) {
     Guard("KavModule.SortDeviceArray", [&] {
-        Grid& g = m_.config().DeviceGrid[device];
+        Grid& g = config_.DeviceGrid[device];
         std::vector<GridRow>& rows = g.rows();
         const size_t depth = size_t(std::clamp(DeviceDepth[size_t(device)], 0, int(rows.size())));
         std::vector<GridRow> head(rows.begin(), rows.begin() + long(depth));
@@ -282,20 +284,20 @@ void Devices::SortDeviceArray(int device) {
 }
 
 void Devices::UpdateDeviceArrayDepth(int device) {
-    DeviceDepth[size_t(device)] = m_.config().DeviceGrid[device].rowCount();
+    DeviceDepth[size_t(device)] = config_.DeviceGrid[device].rowCount();
 }
 
 // ---- the frames on the main window ----
 
 int Devices::controlCount(int device) const {
-    const double n = Val(m_.config().DeviceControls[device].text());
+    const double n = Val(config_.DeviceControls[device].text());
     return n < 0 ? 0 : n > 3 ? 3 : int(n);
 }
 
 bool Devices::ValidDeviceEntry(int device, int row) const {
     bool valid = false;
     Guard("KavModule.ValidDeviceEntry", [&] {
-        const Grid& g = m_.config().DeviceGrid[device];
+        const Grid& g = config_.DeviceGrid[device];
         CheckSubscript(row, 0, g.rowCount() - 1);
         valid = DeviceRowHasValues(g.rows()[size_t(row)], controlCount(device));
     });
@@ -306,15 +308,15 @@ void Devices::UpdateDevices() {
     if (!ready_ || loading_) return;
     // One device's broken table doesn't keep the others from following the frequency.
     for (int d = 0; d < kDevices; ++d)
-        if (m_.config().DeviceEnabled[d].checked()) Guard("KavModule.UpdateDevices", [&] { updateOne(d); });
+        if (config_.DeviceEnabled[d].checked()) Guard("KavModule.UpdateDevices", [&] { updateOne(d); });
 }
 
 void Devices::updateOne(int d) {
-    KavConfig& c = m_.config();
-    KavMain& w = m_.main();
+    KavConfig& c = config_;
+    KavMain& w = main_;
     const Grid& g = c.DeviceGrid[d];
     const int best = FindDeviceRow(g.rows(), DeviceDepth[size_t(d)], controlCount(d),
-                                   Val(c.DeviceTolerance[d].text()), m_.state().RadioFreq);
+                                   Val(c.DeviceTolerance[d].text()), state_.RadioFreq);
     TextBox* boxes[3] = {&w.DeviceControl1[d], &w.DeviceControl2[d], &w.DeviceControl3[d]};
     for (int k = 0; k < 3; ++k) boxes[k]->setText(best < 0 ? QString() : g.cell(best, k + 1));
 }
@@ -322,13 +324,13 @@ void Devices::updateOne(int d) {
 // ---- the device pages ----
 
 bool Devices::memoryBanksShown() const {
-    return m_.main().MemoryBankFrame.visible();
+    return main_.MemoryBankFrame.visible();
 }
 
 void Devices::DeviceEnabled_Click(int index) {
-    KavMain& w = m_.main();
+    KavMain& w = main_;
     const bool banks = memoryBanksShown();
-    if (!m_.config().DeviceEnabled[index].checked()) {
+    if (!config_.DeviceEnabled[index].checked()) {
         // Any device's frame going gives the PTT frame back, even while device 2 stays enabled.
         w.DeviceFrame[index].setVisible(false);
         w.PTTFrame.setVisible(!banks);
@@ -339,8 +341,8 @@ void Devices::DeviceEnabled_Click(int index) {
 }
 
 void Devices::DeviceControls_Change(int index) {
-    KavConfig& c = m_.config();
-    KavMain& w = m_.main();
+    KavConfig& c = config_;
+    KavMain& w = main_;
     const int n = controlCount(index);
     Control* perControl[3][5] = {{&c.DeviceControl1[index], &c.DeviceControlLabel1[index],
                                   &w.DeviceControl1[index], &w.DeviceLabel1[index], nullptr},
@@ -357,8 +359,8 @@ void Devices::DeviceControls_Change(int index) {
 }
 
 void Devices::DeviceControlName_Change(int index, int control) {
-    KavConfig& c = m_.config();
-    KavMain& w = m_.main();
+    KavConfig& c = config_;
+    KavMain& w = main_;
     TextBox* names[3] = {&c.DeviceControl1[index], &c.DeviceControl2[index], &c.DeviceControl3[index]};
     Label* labels[3] = {&w.DeviceLabel1[index], &w.DeviceLabel2[index], &w.DeviceLabel3[index]};
     const QString& text = names[control - 1]->text();
@@ -367,21 +369,21 @@ void Devices::DeviceControlName_Change(int index, int control) {
 }
 
 void Devices::DeviceName_Change(int index) {
-    const QString& name = m_.config().DeviceName[index].text();
-    m_.main().DeviceFrame[index].setCaption(name);
-    m_.config().ConfigTab.setTabCaption(index + 2, name);
+    const QString& name = config_.DeviceName[index].text();
+    main_.DeviceFrame[index].setCaption(name);
+    config_.ConfigTab.setTabCaption(index + 2, name);
 }
 
 void Devices::DeviceTolerance_Change(int index) {
-    const double v = Val(m_.config().DeviceTolerance[index].text());
+    const double v = Val(config_.DeviceTolerance[index].text());
     // A value outside 0 to 100 is simply not acted on.
     if (v >= 0 && v <= 100) UpdateDevices();
 }
 
 void Devices::selectFilename(int device) {
-    TextBox& name = m_.config().DeviceFilename[device];
-    const QString path = m_.dialogs().openFile(
-        QStringLiteral("Select the data file of ") + m_.config().DeviceName[device].text(), name.text(),
+    TextBox& name = config_.DeviceFilename[device];
+    const QString path = common_.dialogs().openFile(
+        QStringLiteral("Select the data file of ") + config_.DeviceName[device].text(), name.text(),
         kFileFilter);
     if (path.isEmpty()) return;
     name.setText(path);
@@ -389,10 +391,9 @@ void Devices::selectFilename(int device) {
 }
 
 void Devices::saveAs(int device) {
-    TextBox& name = m_.config().DeviceFilename[device];
-    QString path =
-        m_.dialogs().saveFile(QStringLiteral("Save the data of ") + m_.config().DeviceName[device].text(),
-                              name.text(), kFileFilter);
+    TextBox& name = config_.DeviceFilename[device];
+    QString path = common_.dialogs().saveFile(
+        QStringLiteral("Save the data of ") + config_.DeviceName[device].text(), name.text(), kFileFilter);
     if (path.isEmpty()) return;
     if (QFileInfo(path).suffix().isEmpty()) path += QStringLiteral(".txt");
     name.setText(path);

@@ -12,13 +12,17 @@
 namespace tv {
 
 class FrequencyDisplay;
-class KavModule;
+class Common;
+class RadioState;
+class KavMain;
+class KavConfig;
+struct UpperHooks;
 
 class Devices {
   public:
     static constexpr int kDevices = 3;
 
-    explicit Devices(KavModule& module);
+    Devices(Common& common, RadioState& state, UpperHooks& hooks, KavMain& main, KavConfig& config);
     Devices(const Devices&) = delete;
     Devices& operator=(const Devices&) = delete;
     // Installs the steps of start-up and shutdown, the device pages' handlers, and the update at the
@@ -59,7 +63,11 @@ class Devices {
     void selectFilename(int device);
     void saveAs(int device);
 
-    KavModule& m_;
+    Common& common_;
+    RadioState& state_;
+    UpperHooks& hooks_;
+    KavMain& main_;
+    KavConfig& config_;
     // Until start-up has loaded the devices, and while a table loads, nothing is looked up: the table
     // is half there, and its load ends with an update of its own.
     bool ready_ = false;

@@ -9,15 +9,20 @@
 
 namespace tv {
 
-class KavModule;
+class Common;
+class CommandQueue;
+class KavMain;
+class KavConfig;
+struct UpperHooks;
 class UserCommandSequenceDefinition;
 
 class UserSequences {
-public:
+  public:
     static constexpr int kSequences = 16;
     static constexpr int kSteps = 16;
 
-    UserSequences(KavModule& module, UserCommandSequenceDefinition& editor);
+    UserSequences(Common& common, CommandQueue& queue, UpperHooks& hooks, KavMain& main, KavConfig& config,
+                  UserCommandSequenceDefinition& editor);
     void connect();
 
     void LoadUserSequences();
@@ -41,11 +46,15 @@ public:
     // Modifier mask of the last key in the frequency box or press on a sequence button.
     int KeyShiftState = 0;
 
-private:
+  private:
     void showName(int index);
     void fillEditor();
 
-    KavModule& m_;
+    Common& common_;
+    CommandQueue& queue_;
+    UpperHooks& hooks_;
+    KavMain& main_;
+    KavConfig& config_;
     UserCommandSequenceDefinition& editor_;
     bool filling_ = false;
     bool stopping_ = false;

@@ -136,6 +136,20 @@ TEST_P(KeyedExit, AKillWhileKeyedIsMadeGoodByTheNextStartAndAHangUpUnkeysBeforeT
     key(0);
     program.kill();
     ASSERT_TRUE(program.waitForFinished(10000));
+    // A poll the killed run wrote just before its end may still wait in the line for a busy simulator:
+    // the next run's frames begin once the simulator has logged nothing new for a while.
+    QElapsedTimer still;
+    still.start();
+    qsizetype seen = simLog().size();
+    waitFor(
+        [&] {
+            if (simLog().size() != seen) {
+                seen = log.size();
+                still.restart();
+            }
+            return still.elapsed() >= 1000;
+        },
+        10000);
 
     // The next start: the radio hears its receive command first, and the log says why.
     const qsizetype restart = simLog().size();

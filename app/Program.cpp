@@ -121,7 +121,10 @@ Program::Program(EventLoop& l, Dialogs& dialogs, ProgramPaths paths, SerialFacto
     suiteLink.connect();
     rig.connect();
     rig.multiXcvr = &multiXcvr;
-    loggers.web.onStatus = [this](const QString& note) { netServer.setNote(note); };
+    loggers.web.onStatus = [this](const QString& note) {
+        netServer.setNote(note);
+        module.SetCaptionNote(note);
+    };
     QObject::connect(&module.state(), &RadioState::transmitOwnerChanged, &module.state(),
                      [this](const QString& owner) { netServer.setTransmitOwner(owner); });
     QObject::connect(&module.state(), &RadioState::clientLockChanged, &module.state(),

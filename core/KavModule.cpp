@@ -466,7 +466,13 @@ QString KavModule::composeCaption() const {
                 loop().utcNow().toString(QStringLiteral("hh:mm:ss")) + QStringLiteral("Z ") +
                 main_.FreqDisplay.text() + QLatin1Char(' ') + ModeName(state_.RadioMode);
     if (main_.SplitBox.checked()) c += QStringLiteral(" Split");
-    return c + txWatchdogNote_ + suffix;
+    return c + txWatchdogNote_ + (outsideNote_.isEmpty() ? QString() : QStringLiteral(" - ") + outsideNote_) + suffix;
+}
+
+void KavModule::SetCaptionNote(const QString& note) {
+    if (note == outsideNote_) return;
+    outsideNote_ = note;
+    UpdateCaption();
 }
 
 void KavModule::UpdateCaption() {

@@ -100,6 +100,9 @@ public:
 
     // ---- the caption ----
     void UpdateCaption();
+    // A note of a part beside the radio for the caption's end (a web logger that doesn't answer); empty
+    // takes it away.
+    void SetCaptionNote(const QString& note);
     // The caption as UpdateCaption would make it now.
     QString composeCaption() const;
     void SetCommCaption(const QString& text) { CommCaption = text; }
@@ -156,6 +159,7 @@ private:
     // caption until the next key.
     std::unique_ptr<LoopTimer> txWatchdog_;
     QString txWatchdogNote_;
+    QString outsideNote_;
     // The radio is declared after the parts its protocol uses, so that the protocol goes first.
     RadioState state_;
     RadioLink link_;

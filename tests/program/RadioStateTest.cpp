@@ -89,6 +89,11 @@ TEST_F(RadioState, TheCaptionTellsTheStateOfLinkRadioAndLog) {
     st.loop.runPosted();
     EXPECT_TRUE(st.p().main.caption().contains(QStringLiteral("@ 12:01:01Z")));
     EXPECT_TRUE(st.log().contains(QStringLiteral("the radio answers again")));
+    // A part beside the radio in trouble (a web logger that doesn't answer) is told at the end, until it's well.
+    m().SetCaptionNote(QStringLiteral("web logger not answering"));
+    EXPECT_TRUE(st.p().main.caption().endsWith(QStringLiteral("CW Split - web logger not answering")));
+    m().SetCaptionNote(QString());
+    EXPECT_TRUE(st.p().main.caption().endsWith(QStringLiteral("CW Split")));
 
     // A failure written to the log: the caption points there from now on.
     Guard("KavModule.Test", [] { throw TvError(kErrDeviceIO); });
